@@ -1,0 +1,32 @@
+#pragma once
+
+#include <velmora/math/xpr/VariableImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+/// A variable that has a value from its construction on, [0.0]: an input declared by a script.
+///
+/// Each domain value that is bound to it by handle is made to point at the variable's own initial
+/// value. A copy shares the domain value of its source, so that setting either feeds both; the deep
+/// copy of a dictionary undoes that. A domain value never points into a variable that has died.
+class VELMORA_EXPORT DomainVariableImpl : public virtual Variable, public VariableImpl {
+public:
+    VELMORA_MEM_ACCOUNT_NO_SIZE("DomainVariableImpl")
+
+    DomainVariableImpl();
+    ~DomainVariableImpl() override;
+
+protected:
+    bool setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck) override;
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
+
+    using VariableImpl::fill;
+    void fill(const DomainVariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
+
+private:
+    void pointElsewhere(DomainValueNoCopyImpl& inout_DomainValue) const;
+
+    DoubleVector m_InitialValue;
+};
+
+} // namespace Velmora::Math::Xpr

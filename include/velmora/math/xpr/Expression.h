@@ -1,0 +1,42 @@
+#pragma once
+
+#include <velmora/Export.h>
+#include <velmora/LimitedObjPtr.h>
+#include <velmora/Object.h>
+#include <velmora/OutputStreamable.h>
+#include <velmora/TSHandle.h>
+#include <velmora/VirtualFileSystem.h>
+#include <velmora/math/DoubleVector.h>
+
+namespace Velmora::Math::Xpr {
+
+/// A value of a frame: a node of the graph of expressions, as a host sees it.
+///
+/// A graph belongs to one thread at a time: evaluating it, and even looking a name up in it, writes
+/// into its nodes.
+class VELMORA_EXPORT Expression : public virtual Object, public OutputStreamable {
+public:
+    /// Prepares the node and everything below it: each function reads its parameters.
+    /// False at the first function that refuses; the cause is in the log.
+    virtual bool configure(const TSHandle<VirtualFileSystem>& in_pFileSystem) = 0;
+
+    /// Computes the value if it isn't current and copies it into `out`.
+    /// False when it can't be computed; `out` is left alone then.
+    virtual bool evaluate(DoubleVector& out) = 0;
+
+    /// Computes the value if it isn't current and hands out a pointer to it, without a copy. The
+    /// vector belongs to a node or to the host; it is good until the next evaluation of the graph.
+    /// May hand out null with a true result: a variable or a script function whose value has
+    /// failed ever since its first evaluation.
+    virtual bool evaluate(LimitedObjPtr<DoubleVector>& out) = 0;
+
+    /// Writes the graph below the node in Graphviz form. True in every case: a file that can't be
+    /// opened is left out.
+    virtual bool dump(const char* in_szFileName) const = 0;
+
+    /// Forgets the values and the memory between frames of the node and everything below it; keeps
+    /// the configuration and the values that were set.
+    virtual bool reset() = 0;
+};
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,214 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <velmora/Handle.h>
+#include <velmora/math/xpr/Expression.h>
+
+namespace Velmora::Math::Xpr {
+
+class ExpressionImplCopier;
+class GraphWalk;
+
+/// What all nodes share: identity, links, the cached value and its validity.
+///
+/// Always true of a graph:
+/// - it has no cycle, as long as links are made with their checks;
+/// - a node stands in the parent list of each child once for each link, and once more for each time
+///   that a sealed operator registered itself with the node that it reads;
+/// - a node is valid only if everything that its value was computed from was valid then, so an
+///   invalid node has no valid ancestor that reads through it. (A sealed operator reads past its
+///   arguments; that is why it is a direct parent of what it reads.)
+///
+/// Children are owned, parents are not: the graph is held from its roots downward. `m_pValue` never
+/// owns: it points at a vector of a node or of the host.
+///
+/// A node is identified by its identifier, never by its address or name.
+class VELMORA_EXPORT ExpressionBaseImpl : public virtual Expression {
+public:
+    /// What the operations that number a child return when there is none.
+    static constexpr unsigned long NoChild = 4294967295UL;
+
+    /// Visits of one walk (`seal`, `configure`, `reset`, a dump) up to which a node is visited once
+    /// for each path that leads to it. A graph with more paths gets one visit per node, so that the
+    /// walk costs no more than the graph is large. The values are the same in both cases.
+    static constexpr std::size_t MaxVisitsPerWalk = 65536;
+
+    ExpressionBaseImpl();
+    ~ExpressionBaseImpl() override;
+    ExpressionBaseImpl(const ExpressionBaseImpl&) = delete;
+    ExpressionBaseImpl& operator=(const ExpressionBaseImpl&) = delete;
+
+    std::ostream& write(std::ostream& out_Stream) const override;
+    bool configure(const TSHandle<VirtualFileSystem>& in_pFileSystem) override;
+    bool evaluate(DoubleVector& out) override;
+    bool evaluate(LimitedObjPtr<DoubleVector>& out) override;
+    bool dump(const char* in_szFileName) const override;
+    bool reset() override;
+
+    virtual const char* getName() const = 0;
+
+    /// Makes the parents of this node point at another node. True unless the other node is this
+    /// one.
+    ///
+    /// The walk goes over the positions that the parent list had at the start while the list
+    /// shrinks beneath it, so that of three and more parents every second one is passed over and
+    /// keeps this node; its caller repeats the call for what must move completely.
+    virtual bool replace(const Handle<ExpressionBaseImpl>& in_pNewExpression);
+
+    /// The identity: unique in the process, given at construction, never copied.
+    unsigned long getId() const { return m_id; }
+
+    /// A free label of the host's; nothing in the library reads it, copies carry it along.
+    const char* getType() const { return m_strType.c_str(); }
+    void setType(const char* in_szType);
+
+    /// Where in a script the node came from; empty on a node made by hand.
+    const char* getSourceInfo() const { return m_strSourceInfo.c_str(); }
+    void setSourceInfo(const char* in_szSourceInfo);
+
+    bool isValid() const { return m_bValid; }
+
+    /// The node's name in Graphviz output; good until the next call.
+    const char* getDotName() const;
+
+    const LimitedObjPtr<ExpressionBaseImpl>* getParentBegin() const { return m_Parents.data(); }
+    const LimitedObjPtr<ExpressionBaseImpl>* getParentEnd() const {
+        return m_Parents.data() + m_Parents.size();
+    }
+    const Handle<ExpressionBaseImpl>* getChildBegin() const { return m_Childs.data(); }
+    const Handle<ExpressionBaseImpl>* getChildEnd() const {
+        return m_Childs.data() + m_Childs.size();
+    }
+
+    /// The child of that number; null, without a message, for a number out of range.
+    Handle<ExpressionBaseImpl> getChildAt(long in_lIndex) const;
+
+    /// Is one of the direct children this node?
+    bool isChild(const ExpressionBaseImpl& in_Expression) const;
+
+    /// Is the variable this node or one of its transitive parents? (The name says the opposite.)
+    bool isDependantOf(const Handle<ExpressionBaseImpl>& in_pExpression) const;
+
+    /// The node that really computes the value of another: variables and script functions are
+    /// stripped. A variable without a value stands for itself; a function without a body gives
+    /// null.
+    static Handle<ExpressionBaseImpl>
+    getYoungerChild(const Handle<ExpressionBaseImpl>& in_pExpression);
+
+    /// Appends to the parent list. A parent that comes after `seal` gets no invalidation until the
+    /// next `seal`.
+    void addParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
+
+    /// Removes the first entry of that parent. False, with an ERROR line, when there is none.
+    bool removeParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
+
+    /// Puts a new child in the place of an old one, with the checks of `addChild`, and returns its
+    /// number. Of a child that stands twice, the last entry is replaced. The flag isn't looked at.
+    /// Nothing is invalidated.
+    unsigned long replaceChild(ExpressionBaseImpl& in_OldChild,
+                               const Handle<ExpressionBaseImpl>& in_pNewChild, bool in_bCheck);
+
+    /// Computes the value whether or not it is current: for a parent that has tested the flag.
+    bool doEvaluate(LimitedObjPtr<DoubleVector>& out);
+
+    /// As `evaluate`, but true in every case; a failure leaves `out` as it was.
+    bool quickEvaluate(LimitedObjPtr<DoubleVector>& out);
+
+    /// Marks this node and all that depends on it as not current; nothing on an invalid node.
+    void invalidate() {
+        if (m_bValid) {
+            invalidate_i();
+        }
+    }
+
+    /// Prepares a finished graph for fast repeated evaluation: each node gets a flat array of its
+    /// parents, and each operator direct links to the nodes that compute its inputs. The structure
+    /// is frozen from then on: only the contents of domain values may change.
+    void seal();
+
+    /// A copy of the graph below this node, with new identities, invalid and not sealed.
+    Handle<ExpressionBaseImpl> copy() const;
+
+    /// As above within one copying operation: what the copier has seen isn't copied again.
+    Handle<ExpressionBaseImpl> copy(ExpressionImplCopier& inout_Copier) const;
+
+protected:
+    /// Hooks of the node kinds, called by this class.
+    virtual bool configure_i(const TSHandle<VirtualFileSystem>& in_pFileSystem) = 0;
+    virtual bool evaluate_i(LimitedObjPtr<DoubleVector>& out) = 0;
+    virtual bool reset_i() = 0;
+    virtual void seal_i();
+    virtual void replaceChild_i(ExpressionBaseImpl& in_OldChild,
+                                const Handle<ExpressionBaseImpl>& in_pNewChild);
+    virtual Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const = 0;
+    virtual bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const = 0;
+
+    /// Links a child and returns its number, or `NoChild` when a check refuses it. Without the
+    /// check a cycle can be made, and nothing works on a cycle.
+    unsigned long addChild(const Handle<ExpressionBaseImpl>& in_pChild, bool in_bCheck);
+
+    /// Is the node among the transitive parents of this one? Never for a constant.
+    bool isParent(const ExpressionBaseImpl& in_Expression) const;
+
+    bool isSealed() const { return m_bSealed; }
+    void invalidate_i();
+    void quickInvalidate() { invalidate(); }
+
+    /// The part of a copy that every kind shares.
+    void fill(const ExpressionBaseImpl& in_Source, ExpressionImplCopier& inout_Copier);
+
+    /// The value of a node by the shortest way: its flag is read here, and its failure isn't told.
+    static void readValue(ExpressionBaseImpl& in_Node, LimitedObjPtr<DoubleVector>& out) {
+        if (in_Node.m_bValid) {
+            out = in_Node.m_pValue;
+        } else {
+            in_Node.doEvaluate(out);
+        }
+    }
+
+    /// False, with the ERROR line that names this node, when the pointer was never filled. Whoever
+    /// is about to read through a pointer from below asks this first.
+    bool checkValue(const LimitedObjPtr<DoubleVector>& in_pValue) const {
+        return !in_pValue.isNull() || reportNoValue();
+    }
+    /// Writes the ERROR line "no value to compute from" for this node; returns false.
+    bool reportNoValue() const;
+
+    /// Forgets the cached pointer, when what it points at may go.
+    void forgetValue() { m_pValue = nullptr; }
+
+    /// For the destructor of a node that registered itself as a parent of `in_Child` beyond its
+    /// links: takes one entry out, as described by `seal`, and turns what is left beyond the links
+    /// into entries of a node that is never valid, so that nothing follows a dead parent.
+    void retireFrom(ExpressionBaseImpl& inout_Child);
+
+private:
+    friend class GraphWalk;
+
+    bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;
+    void sealParents();
+    bool configureBelow(const TSHandle<VirtualFileSystem>& in_pFileSystem);
+    bool resetBelow();
+    void sealBelow();
+
+    unsigned long m_id;
+    std::string m_strType;
+    std::vector<LimitedObjPtr<ExpressionBaseImpl>> m_Parents;
+    std::vector<Handle<ExpressionBaseImpl>> m_Childs;
+    std::string m_strSourceInfo;
+    mutable std::string m_strDotName;
+    bool m_bSealed = false;
+    std::unique_ptr<LimitedObjPtr<ExpressionBaseImpl>[]> m_pSealedParents;
+    std::size_t m_uiSealedParents = 0;
+    bool m_bValid = false;
+    LimitedObjPtr<DoubleVector> m_pValue;
+    /// The next node of a running invalidation: a list through the nodes needs neither the stack
+    /// nor memory, however deep the graph.
+    ExpressionBaseImpl* m_pNextInvalid = nullptr;
+};
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <string>
+
+#include <velmora/HashMapVector.h>
+#include <velmora/ROConfiguration.h>
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+#include <velmora/math/xpr/Function.h>
+#include <velmora/math/xpr/ParameterImpl.h>
+#include <velmora/math/xpr/VariableImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+/// The base of every node that computes: operators, script functions, built-ins.
+///
+/// Arguments are children of the node, parameters stand beside it; both keep the order in which
+/// they were added. Arguments and parameters are never removed. Even look-ups by name write into
+/// the node: one thread at a time.
+class VELMORA_EXPORT FunctionBaseImpl : public virtual Function, public ExpressionBaseImpl {
+public:
+    using ArgumentMap = HashMapVector<std::string, unsigned long>;
+    using ParameterMap = HashMapVector<std::string, Handle<ParameterImpl>>;
+    using ArgumentIterator = ArgumentMap::const_iterator;
+    using ParameterIterator = ParameterMap::const_iterator;
+
+    FunctionBaseImpl();
+    explicit FunctionBaseImpl(const char* in_szName);
+    ~FunctionBaseImpl() override;
+
+    const char* getName() const override { return m_strName.c_str(); }
+    void setName(const char* in_szName);
+
+    Handle<Variable> getArgument(std::size_t in_uiIndex) const override;
+    Handle<Variable> getArgument(const char* in_szArgumentName) const override;
+    Handle<Parameter> getParameter(std::size_t in_uiIndex) const override;
+    Handle<Parameter> getParameter(const char* in_szName) const override;
+
+    /// The variable of an entry; null where a refused link left an entry without a child.
+    Handle<VariableImpl> getArgument(const ArgumentIterator& in_iteArgument) const;
+
+    /// Adds an argument without a value. A name that exists gets the new argument in its place. The
+    /// variable's own name becomes NAME&ID, ID being the identifier of the function.
+    bool addArgument(const char* in_szArgumentName);
+
+    /// Adds a parameter without a value. False, with an ERROR line, for a name that exists.
+    bool addParameter(const char* in_szParameterName);
+
+    ArgumentIterator getArgumentBegin() const { return m_Arguments.begin(); }
+    ArgumentIterator getArgumentEnd() const { return m_Arguments.end(); }
+    std::size_t getArgumentCount() const { return m_Arguments.size(); }
+    ParameterIterator getParameterBegin() const { return m_Parameters.begin(); }
+    ParameterIterator getParameterEnd() const { return m_Parameters.end(); }
+    std::size_t getParameterCount() const { return m_Parameters.size(); }
+
+    /// The function must be configured again; nothing acts on it by itself.
+    void invalidateConfig() { m_bConfigured = false; }
+
+    /// As for every expression; then the parameters that took their values from this function's
+    /// take them from those of the same name of the new one. False for a new expression that is no
+    /// function; the parents have moved by then.
+    bool replace(const Handle<ExpressionBaseImpl>& in_pNewExpression) override;
+
+    std::ostream& write(std::ostream& out_Stream) const override;
+
+protected:
+    /// Collects the parameters in a configuration and hands it to the overload of two arguments.
+    bool configure_i(const TSHandle<VirtualFileSystem>& in_pFileSystem) override;
+
+    /// Reads the parameters. The configuration dies after the call: copy what is needed.
+    virtual bool configure_i(const ROConfiguration& in_Configuration,
+                             const TSHandle<VirtualFileSystem>& in_pFileSystem) = 0;
+
+    bool addArgument(const char* in_szArgumentName, Handle<VariableImpl> in_pArgument);
+    bool addParameter(const char* in_szParameterName, const Handle<ParameterImpl>& in_pParameter);
+
+    using ExpressionBaseImpl::fill;
+    void fill(const FunctionBaseImpl& in_Source, ExpressionImplCopier& inout_Copier);
+
+private:
+    /// The parser adds the operands of concatenations and conditions as arguments of its own.
+    friend class ScriptParser;
+
+    ArgumentMap m_Arguments;
+    ParameterMap m_Parameters;
+    std::string m_strName;
+    bool m_bConfigured = false;
+    mutable std::string m_strKey;
+};
+
+} // namespace Velmora::Math::Xpr

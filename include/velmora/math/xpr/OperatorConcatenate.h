@@ -1,0 +1,22 @@
+#pragma once
+
+#include <velmora/math/xpr/XaryFunction.h>
+
+namespace Velmora::Math::Xpr {
+
+/// The elements of all arguments, one argument after the other. The first argument that fails fails
+/// the operator.
+class VELMORA_EXPORT OperatorConcatenate : public XaryFunction<OperatorConcatenate> {
+public:
+    /// Bears the name "unamed": the optimizer looks for "concat" and leaves it as it is.
+    OperatorConcatenate();
+    explicit OperatorConcatenate(const char* in_szName);
+
+    /// "concat", the name under which the optimizer flattens concatenations.
+    static const char* getNameStatic();
+
+    bool calculate(std::vector<Handle<ExpressionBaseImpl>>& inout_vInputs,
+                   DoubleVector& out) override;
+};
+
+} // namespace Velmora::Math::Xpr
