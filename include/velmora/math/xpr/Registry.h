@@ -73,7 +73,8 @@ public:
 protected:
     Registry();
 
-    bool registerExpression(const char* in_szName, const Handle<ExpressionAllocator>& in_pAllocator);
+    bool registerExpression(const char* in_szName,
+                            const Handle<ExpressionAllocator>& in_pAllocator);
 
 private:
     HashMapVector<std::string, Handle<ExpressionAllocator>> m_mapExpressionAllocators;

@@ -2,7 +2,7 @@
 
 #include <velmora/Export.h>
 #include <velmora/MemAccounting.h>
-#include <velmora/StringVector.h>
+#include <velmora/StringUtil.h>
 #include <velmora/TSHandle.h>
 #include <velmora/VirtualFileSystem.h>
 #include <velmora/math/xpr/ScriptLoaderImpl.h>
