@@ -181,9 +181,10 @@ protected:
     /// Forgets the cached pointer, when what it points at may go.
     void forgetValue() { m_pValue = nullptr; }
 
-    /// For the destructor of a node that registered itself as a parent of `in_Child` beyond its
-    /// links: takes one entry out, as described by `seal`, and turns what is left beyond the links
-    /// into entries of a node that is never valid, so that nothing follows a dead parent.
+    /// For the destructor of a node that registered itself as a parent of another beyond its links,
+    /// after it has taken one entry out for each registration that it knows of: turns what is left
+    /// beyond the links into entries of a node that is never valid, so that nothing follows a parent
+    /// that is dead.
     void retireFrom(ExpressionBaseImpl& inout_Child);
 
 private:
@@ -191,9 +192,7 @@ private:
 
     bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;
     void sealParents();
-    bool configureBelow(const TSHandle<VirtualFileSystem>& in_pFileSystem);
-    bool resetBelow();
-    void sealBelow();
+    void sealAlongPaths();
 
     unsigned long m_id;
     std::string m_strType;

@@ -1,0 +1,15 @@
+#include <velmora/math/xpr/Argument.h>
+
+#include <velmora/math/xpr/ExpressionImplCopier.h>
+
+namespace Velmora::Math::Xpr {
+
+Handle<ExpressionBaseImpl> Argument::copy_i(ExpressionImplCopier& inout_Copier) const {
+    Handle<Argument> pCopy(new Argument);
+    if (!pCopy.isNull()) {
+        pCopy->fill(*this, inout_Copier);
+    }
+    return Handle<ExpressionBaseImpl>(pCopy);
+}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,457 @@
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+#include <velmora/math/xpr/ConstantImpl.h>
+#include <velmora/math/xpr/ExpressionImplCopier.h>
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
+#include <velmora/math/xpr/VariableImpl.h>
+
+#include "AncestorWalk.h"
+#include "DeadParent.h"
+#include "DeferredRelease.h"
+#include "GraphWalk.h"
+#include "GraphvizFrame.h"
+#include "IdGenerators.h"
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
+
+namespace {
+
+bool pointsAt(const LimitedObjPtr<ExpressionBaseImpl>& in_pPointer,
+              const ExpressionBaseImpl& in_Expression) {
+    return !in_pPointer.isNull() && &*in_pPointer == &in_Expression;
+}
+
+template <class Iterator>
+Iterator findParent(Iterator in_iteBegin, Iterator in_iteEnd, const ExpressionBaseImpl& in_Parent) {
+    return std::find_if(in_iteBegin, in_iteEnd,
+                        [&](const auto& in_pEntry) { return pointsAt(in_pEntry, in_Parent); });
+}
+
+template <class Iterator>
+void retireEntries(Iterator in_iteBegin, Iterator in_iteEnd, const ExpressionBaseImpl& in_Parent,
+                   std::ptrdiff_t in_iLinks) {
+    for (Iterator ite = in_iteBegin; ite != in_iteEnd; ++ite) {
+        if (pointsAt(*ite, in_Parent) && in_iLinks-- <= 0) {
+            *ite = &deadParent();
+        }
+    }
+}
+
+} // namespace
+
+ExpressionBaseImpl::ExpressionBaseImpl() : m_id(expressionIdGenerator().generateId()) {}
+
+ExpressionBaseImpl::~ExpressionBaseImpl() {
+    for (std::size_t uiChild = 0; uiChild != m_Childs.size(); ++uiChild) {
+        const Handle<ExpressionBaseImpl> pChild(m_Childs[uiChild]);
+        pChild->removeParent(this);
+    }
+    m_pSealedParents.reset();
+    releaseDeferred(m_Childs);
+}
+
+std::ostream& ExpressionBaseImpl::write(std::ostream& out_Stream) const {
+    return out_Stream;
+}
+
+bool ExpressionBaseImpl::configure(const TSHandle<VirtualFileSystem>& in_pFileSystem) {
+    const GraphWalk::Outermost outermost;
+    if (outermost && !GraphWalk::isShort({this})) {
+        for (ExpressionBaseImpl* pNode : GraphWalk().collect(*this)) {
+            if (!pNode->configure_i(in_pFileSystem)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    if (!configure_i(in_pFileSystem)) {
+        return false;
+    }
+    return std::all_of(m_Childs.begin(), m_Childs.end(),
+                       [&](const auto& in_pChild) { return in_pChild->configure(in_pFileSystem); });
+}
+
+bool ExpressionBaseImpl::evaluate(DoubleVector& out) {
+    LimitedObjPtr<DoubleVector> pValue;
+    if (!evaluate(pValue) || !checkValue(pValue)) {
+        return false;
+    }
+    out = *pValue;
+    return true;
+}
+
+bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
+    if (m_bValid) {
+        out = m_pValue;
+        return true;
+    }
+    return doEvaluate(out);
+}
+
+bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
+    if (!evaluate_i(m_pValue)) {
+        return false;
+    }
+    m_bValid = true;
+    out = m_pValue;
+    return true;
+}
+
+bool ExpressionBaseImpl::quickEvaluate(LimitedObjPtr<DoubleVector>& out) {
+    evaluate(out);
+    return true;
+}
+
+bool ExpressionBaseImpl::reportNoValue() const {
+    VELMORA_LOG_ERROR(fileLogger(), m_strSourceInfo << ":no value to compute from: " << getName());
+    return false;
+}
+
+bool ExpressionBaseImpl::dump(const char* in_szFileName) const {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ExpressionBaseImpl::dump");
+    std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
+    if (file.is_open()) {
+        writeGraphvizHead(file);
+        file << *this;
+        writeGraphvizLegend(file, GraphvizLegend::WithParameter);
+    }
+    return true;
+}
+
+bool ExpressionBaseImpl::reset() {
+    const GraphWalk::Outermost outermost;
+    if (outermost && !GraphWalk::isShort({this})) {
+        for (ExpressionBaseImpl* pNode : GraphWalk().collect(*this)) {
+            pNode->invalidate();
+            if (!pNode->reset_i()) {
+                return false;
+            }
+        }
+        return true;
+    }
+    invalidate();
+    if (!reset_i()) {
+        return false;
+    }
+    return std::all_of(m_Childs.begin(), m_Childs.end(), [](const auto& in_pChild) {
+        Expression& child = *in_pChild;
+        return child.reset();
+    });
+}
+
+void ExpressionBaseImpl::setType(const char* in_szType) {
+    if (in_szType == nullptr) {
+        VELMORA_ASSERT_FAIL("in_szType");
+        return;
+    }
+    m_strType = in_szType;
+}
+
+void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
+    m_strSourceInfo = in_szSourceInfo == nullptr ? "" : in_szSourceInfo;
+}
+
+const char* ExpressionBaseImpl::getDotName() const {
+    makeDotName(getName(), m_id, m_strDotName);
+    return m_strDotName.c_str();
+}
+
+Handle<ExpressionBaseImpl> ExpressionBaseImpl::getChildAt(long in_lIndex) const {
+    if (in_lIndex < 0 || static_cast<std::size_t>(in_lIndex) >= m_Childs.size()) {
+        return Handle<ExpressionBaseImpl>();
+    }
+    return m_Childs[static_cast<std::size_t>(in_lIndex)];
+}
+
+bool ExpressionBaseImpl::isChild(const ExpressionBaseImpl& in_Expression) const {
+    return std::any_of(m_Childs.begin(), m_Childs.end(), [&](const auto& in_pChild) {
+        return in_pChild->getId() == in_Expression.getId();
+    });
+}
+
+bool ExpressionBaseImpl::isParent(const ExpressionBaseImpl& in_Expression) const {
+    if (m_Parents.empty() || dynamic_cast<const ConstantImpl*>(this) != nullptr) {
+        return false;
+    }
+    AncestorWalk walk(*this);
+    while (const ExpressionBaseImpl* pNode = walk.next()) {
+        for (const auto& pParent : pNode->m_Parents) {
+            if (pParent->getId() == in_Expression.getId()) {
+                return true;
+            }
+            walk.add(*pParent);
+        }
+    }
+    return false;
+}
+
+bool ExpressionBaseImpl::isDependantOf(const Handle<ExpressionBaseImpl>& in_pExpression) const {
+    if (in_pExpression.isNull() || dynamic_cast<const ConstantImpl*>(&*in_pExpression) != nullptr) {
+        return false;
+    }
+    AncestorWalk walk(*this);
+    while (const ExpressionBaseImpl* pNode = walk.next()) {
+        if (pNode->isDependantOf_i(in_pExpression)) {
+            return true;
+        }
+        for (const auto& pParent : pNode->m_Parents) {
+            walk.add(*pParent);
+        }
+    }
+    return false;
+}
+
+Handle<ExpressionBaseImpl>
+ExpressionBaseImpl::getYoungerChild(const Handle<ExpressionBaseImpl>& in_pExpression) {
+    if (in_pExpression.isNull()) {
+        VELMORA_ASSERT_FAIL("!pExpr.isNull()");
+        return Handle<ExpressionBaseImpl>();
+    }
+    Handle<ExpressionBaseImpl> pExpression(in_pExpression);
+    while (!pExpression.isNull()) {
+        if (const auto* pVariable = dynamic_cast<const VariableImpl*>(&*pExpression)) {
+            if (pVariable->getValue().isNull()) {
+                return pExpression;
+            }
+            pExpression = Handle<ExpressionBaseImpl>(pVariable->getValue());
+        } else if (const auto* pFunction = dynamic_cast<const ScriptFunctionImpl*>(&*pExpression)) {
+            pExpression = Handle<ExpressionBaseImpl>(pFunction->getImplementation());
+        } else {
+            return pExpression;
+        }
+    }
+    return pExpression;
+}
+
+void ExpressionBaseImpl::addParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {
+    if (in_pParent.isNull()) {
+        VELMORA_ASSERT_FAIL("!in_pParent.isNull()");
+        return;
+    }
+    m_Parents.push_back(in_pParent);
+}
+
+bool ExpressionBaseImpl::removeParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {
+    if (in_pParent.isNull()) {
+        VELMORA_ASSERT_FAIL("!in_pParent.isNull()");
+        return false;
+    }
+    const auto iteParent = findParent(m_Parents.begin(), m_Parents.end(), *in_pParent);
+    if (iteParent == m_Parents.end()) {
+        VELMORA_LOG_ERROR(fileLogger(), "Failed to remove parent (expr: "
+                                            << m_id << ", pexpr: " << in_pParent->getId() << ")");
+        VELMORA_ASSERT_FAIL("false");
+        return false;
+    }
+    m_Parents.erase(iteParent);
+    if (m_uiSealedParents != 0) {
+        auto* const pEnd = m_pSealedParents.get() + m_uiSealedParents;
+        auto* const pSealed = findParent(m_pSealedParents.get(), pEnd, *in_pParent);
+        if (pSealed != pEnd) {
+            std::move(pSealed + 1, pEnd, pSealed);
+            --m_uiSealedParents;
+        }
+    }
+    return true;
+}
+
+unsigned long ExpressionBaseImpl::addChild(const Handle<ExpressionBaseImpl>& in_pChild,
+                                           bool in_bCheck) {
+    if (in_pChild.isNull()) {
+        VELMORA_ASSERT_FAIL("!in_pChild.isNull()");
+        return NoChild;
+    }
+    if (in_bCheck) {
+        if (in_pChild->getId() == getId()) {
+            VELMORA_ASSERT_FAIL("in_pChild->getId() != this->getId() && \"Can't loop on self!\"");
+            return NoChild;
+        }
+        if (isParent(*in_pChild)) {
+            VELMORA_ASSERT_FAIL("!isParent( *in_pChild ) && \"Can't loop on a parent!\"");
+            return NoChild;
+        }
+        if (isDependantOf(in_pChild)) {
+            VELMORA_ASSERT_FAIL("!isDependantOf( in_pChild )");
+            return NoChild;
+        }
+    }
+    in_pChild->addParent(this);
+    m_Childs.push_back(in_pChild);
+    return m_Childs.size() - 1;
+}
+
+bool ExpressionBaseImpl::checkNewChild(const Handle<ExpressionBaseImpl>& in_pNewChild) const {
+    if (in_pNewChild.isNull()) {
+        VELMORA_ASSERT_FAIL("!in_pNewChild.isNull()");
+        return false;
+    }
+    if (in_pNewChild->getId() == getId()) {
+        VELMORA_ASSERT_FAIL("in_pNewChild->getId() != this->getId() && \"Can't loop on self!\"");
+        return false;
+    }
+    if (isParent(*in_pNewChild)) {
+        VELMORA_ASSERT_FAIL("!isParent( *in_pNewChild ) && \"Can't loop on a parent!\"");
+        return false;
+    }
+    if (isDependantOf(in_pNewChild)) {
+        VELMORA_ASSERT_FAIL("!isDependantOf( in_pNewChild )");
+        return false;
+    }
+    return true;
+}
+
+unsigned long ExpressionBaseImpl::replaceChild(ExpressionBaseImpl& in_OldChild,
+                                               const Handle<ExpressionBaseImpl>& in_pNewChild,
+                                               bool /*in_bCheck*/) {
+    if (!checkNewChild(in_pNewChild)) {
+        return NoChild;
+    }
+    const auto iteFound =
+        std::find_if(m_Childs.rbegin(), m_Childs.rend(), [&](const auto& in_pChild) {
+            return in_pChild->getId() == in_OldChild.getId();
+        });
+    if (iteFound == m_Childs.rend()) {
+        VELMORA_ASSERT_FAIL("iteFound != m_Childs.end()");
+        return NoChild;
+    }
+    // The entry may hold the last handle, and the caller's reference is used to the end.
+    const Handle<ExpressionBaseImpl> pOldChild(*iteFound);
+    const Handle<ExpressionBaseImpl> pNewChild(in_pNewChild);
+    pOldChild->removeParent(this);
+    pNewChild->addParent(this);
+    *iteFound = pNewChild;
+    replaceChild_i(*pOldChild, pNewChild);
+    return static_cast<unsigned long>(std::distance(iteFound, m_Childs.rend()) - 1);
+}
+
+bool ExpressionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpression) {
+    if (!in_pNewExpression.isNull() && &*in_pNewExpression == this) {
+        VELMORA_ASSERT_FAIL("in_pNewExpression != this");
+        return false;
+    }
+    // The last handle of this node may stand among its parents' children.
+    Handle<ExpressionBaseImpl> pThis;
+    for (auto iteParent = m_Parents.begin(); iteParent != m_Parents.end() && pThis.isNull();
+         ++iteParent) {
+        for (const auto& pChild : (*iteParent)->m_Childs) {
+            if (&*pChild == this) {
+                pThis = pChild;
+            }
+        }
+    }
+    // What the storage of the list holds while it shrinks beneath the walk: the live entries, and
+    // behind them what stood there before.
+    std::vector<LimitedObjPtr<ExpressionBaseImpl>> vStorage(m_Parents);
+    for (std::size_t uiPosition = 0; uiPosition != vStorage.size(); ++uiPosition) {
+        const LimitedObjPtr<ExpressionBaseImpl> pParent(vStorage[uiPosition]);
+        pParent->replaceChild(*this, in_pNewExpression, true);
+        std::copy_n(m_Parents.begin(), std::min(m_Parents.size(), vStorage.size()),
+                    vStorage.begin());
+    }
+    return true;
+}
+
+void ExpressionBaseImpl::invalidate_i() {
+    m_bValid = false;
+    m_pNextInvalid = nullptr;
+    ExpressionBaseImpl* pPending = this;
+    while (pPending != nullptr) {
+        ExpressionBaseImpl& node = *pPending;
+        pPending = node.m_pNextInvalid;
+        const LimitedObjPtr<ExpressionBaseImpl>* pParent =
+            node.m_bSealed ? node.m_pSealedParents.get() : node.m_Parents.data();
+        const std::size_t uiParents =
+            node.m_bSealed ? node.m_uiSealedParents : node.m_Parents.size();
+        for (std::size_t uiParent = 0; uiParent != uiParents; ++uiParent) {
+            ExpressionBaseImpl& parent = *pParent[uiParent];
+            if (parent.m_bValid) {
+                parent.m_bValid = false;
+                parent.m_pNextInvalid = pPending;
+                pPending = &parent;
+            }
+        }
+    }
+}
+
+void ExpressionBaseImpl::seal() {
+    if (GraphWalk::isShort({this})) {
+        sealAlongPaths();
+        return;
+    }
+    const GraphWalk::Nodes vNodes = GraphWalk().collect(*this);
+    // Every node is registered with what it reads before any list of parents is copied.
+    for (ExpressionBaseImpl* pNode : vNodes) {
+        pNode->m_bSealed = true;
+        pNode->seal_i();
+    }
+    for (ExpressionBaseImpl* pNode : vNodes) {
+        pNode->sealParents();
+    }
+}
+
+void ExpressionBaseImpl::sealAlongPaths() {
+    sealParents();
+    m_bSealed = true;
+    seal_i();
+    for (const auto& pChild : m_Childs) {
+        pChild->sealAlongPaths();
+    }
+}
+
+void ExpressionBaseImpl::sealParents() {
+    m_pSealedParents.reset();
+    m_uiSealedParents = m_Parents.size();
+    m_pSealedParents.reset(new LimitedObjPtr<ExpressionBaseImpl>[m_uiSealedParents]);
+    std::copy(m_Parents.begin(), m_Parents.end(), m_pSealedParents.get());
+}
+
+void ExpressionBaseImpl::retireFrom(ExpressionBaseImpl& inout_Child) {
+    const auto iLinks = std::count_if(m_Childs.begin(), m_Childs.end(), [&](const auto& in_pChild) {
+        return &*in_pChild == &inout_Child;
+    });
+    retireEntries(inout_Child.m_Parents.begin(), inout_Child.m_Parents.end(), *this, iLinks);
+    retireEntries(inout_Child.m_pSealedParents.get(),
+                  inout_Child.m_pSealedParents.get() + inout_Child.m_uiSealedParents, *this,
+                  iLinks);
+}
+
+Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy() const {
+    ExpressionImplCopier copier;
+    return copy(copier);
+}
+
+Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy(ExpressionImplCopier& inout_Copier) const {
+    Handle<ExpressionBaseImpl> pCopy = inout_Copier.getCopy(*this);
+    if (!pCopy.isNull()) {
+        return pCopy;
+    }
+    pCopy = copy_i(inout_Copier);
+    if (pCopy.isNull()) {
+        VELMORA_LOG_ERROR(fileLogger(), "Failed to copy the expression: " << *this);
+        return pCopy;
+    }
+    if (!inout_Copier.registerCopy(*this, pCopy)) {
+        VELMORA_ASSERT_FAIL("in_Copier.registerCopy( *this, pCopy )");
+    }
+    pCopy->fill(*this, inout_Copier);
+    return pCopy;
+}
+
+void ExpressionBaseImpl::fill(const ExpressionBaseImpl& in_Source, ExpressionImplCopier&) {
+    m_strType = in_Source.m_strType;
+    m_strSourceInfo = in_Source.m_strSourceInfo;
+    m_bValid = false;
+}
+
+void ExpressionBaseImpl::seal_i() {}
+
+void ExpressionBaseImpl::replaceChild_i(ExpressionBaseImpl&, const Handle<ExpressionBaseImpl>&) {}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,67 @@
+#include "GraphWalk.h"
+
+#include <algorithm>
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+thread_local bool t_bWalking = false;
+
+} // namespace
+
+GraphWalk::Outermost::Outermost() : m_bOutermost(!t_bWalking) {
+    t_bWalking = true;
+}
+
+GraphWalk::Outermost::~Outermost() {
+    if (m_bOutermost) {
+        t_bWalking = false;
+    }
+}
+
+bool GraphWalk::isShort(const Nodes& in_vRoots) {
+    std::size_t uiVisits = 0;
+    std::vector<const ExpressionBaseImpl*> vPending(in_vRoots.begin(), in_vRoots.end());
+    while (!vPending.empty()) {
+        if (++uiVisits > ExpressionBaseImpl::MaxVisitsPerWalk) {
+            return false;
+        }
+        const ExpressionBaseImpl* pNode = vPending.back();
+        vPending.pop_back();
+        for (const auto& pChild : pNode->m_Childs) {
+            vPending.push_back(&*pChild);
+        }
+    }
+    return true;
+}
+
+GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        std::size_t m_uiNextChild;
+    };
+    Nodes vNodes;
+    std::vector<Place> vPath;
+    const auto enter = [&](ExpressionBaseImpl& in_Node) {
+        if (m_Seen.insert(&in_Node).second) {
+            vPath.push_back({&in_Node, 0});
+        }
+    };
+    enter(in_Root);
+    while (!vPath.empty()) {
+        // The last child first: reversed below, siblings come in their own order.
+        Place& place = vPath.back();
+        const std::size_t uiChildCount = place.m_pNode->m_Childs.size();
+        if (place.m_uiNextChild < uiChildCount) {
+            enter(*place.m_pNode->m_Childs[uiChildCount - ++place.m_uiNextChild]);
+        } else {
+            vNodes.push_back(place.m_pNode);
+            vPath.pop_back();
+        }
+    }
+    std::reverse(vNodes.begin(), vNodes.end());
+    return vNodes;
+}
+
+} // namespace Velmora::Math::Xpr

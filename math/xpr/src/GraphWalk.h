@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <unordered_set>
+#include <vector>
+
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+/// Walks below one or more roots that visit each node once, parents ahead of children, without
+/// recursion.
+///
+/// The operations that walk along every path use it for graphs with too many paths.
+class GraphWalk {
+public:
+    using Nodes = std::vector<ExpressionBaseImpl*>;
+
+    /// True for the outermost walk on this thread: a walk along paths asks once, at its start,
+    /// whether it is short enough, and not again at each node.
+    class Outermost {
+    public:
+        Outermost();
+        ~Outermost();
+        Outermost(const Outermost&) = delete;
+        Outermost& operator=(const Outermost&) = delete;
+        explicit operator bool() const { return m_bOutermost; }
+
+    private:
+        bool m_bOutermost;
+    };
+
+    /// Would walks along every path from these roots, taken together, stay within
+    /// `ExpressionBaseImpl::MaxVisitsPerWalk` visits?
+    static bool isShort(const Nodes& in_vRoots);
+
+    /// The nodes below a root, the root included, that no earlier call of this object has given: a
+    /// node stands behind all of its parents among them.
+    Nodes collect(ExpressionBaseImpl& in_Root);
+
+private:
+    std::unordered_set<const ExpressionBaseImpl*> m_Seen;
+};
+
+} // namespace Velmora::Math::Xpr

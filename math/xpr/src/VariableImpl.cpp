@@ -1,0 +1,135 @@
+#include <velmora/math/xpr/VariableImpl.h>
+
+#include <ostream>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+#include <velmora/math/xpr/ExpressionImplCopier.h>
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
+
+VariableImpl::VariableImpl() : m_strName("unamed variable") {}
+
+const char* VariableImpl::TypeName() {
+    return "Variable";
+}
+
+void VariableImpl::setName(const char* in_szName) {
+    if (in_szName == nullptr) {
+        VELMORA_ASSERT_FAIL("0 != in_szName");
+        return;
+    }
+    m_strName = in_szName;
+}
+
+bool VariableImpl::setValue(const Handle<Expression>& in_pExpression) {
+    return setValue_i(in_pExpression, true);
+}
+
+bool VariableImpl::setValue(const DoubleVector& in_vValue) {
+    if (!m_pDomainValue.isNull()) {
+        VELMORA_LOG_DEBUG(fileLogger(), "set variable \""
+                                            << m_strName << "\" to a domain value. "
+                                            << "Keeping same domain value instance --> just swap "
+                                               "pointer.");
+        m_pDomainValue->setValue(in_vValue);
+        invalidate();
+        return true;
+    }
+    VELMORA_LOG_DEBUG(fileLogger(), "set variable \"" << m_strName << "\" to a domain value. "
+                                                      << "Creating a new domain value instance.");
+    return setValue_i(Handle<Expression>(new DomainValueNoCopyImpl(in_vValue)), false);
+}
+
+bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck) {
+    if (in_pExpression.isNull()) {
+        VELMORA_LOG_ERROR(fileLogger(), "Can't set a null expression");
+        return false;
+    }
+    const Handle<ExpressionBaseImpl> pValue(in_pExpression);
+    if (pValue.isNull()) {
+        VELMORA_LOG_ERROR(fileLogger(), "Must use same implementation base for all expressions.");
+        return false;
+    }
+    // What the cached pointer leads to may go with the old value.
+    const Handle<ExpressionBaseImpl> pOldValue(m_pValueExpr);
+    if (!pOldValue.isNull()) {
+        replaceChild(*pOldValue, pValue, in_bCheck);
+    } else {
+        addChild(pValue, in_bCheck);
+    }
+    m_pValueExpr = pValue;
+    m_bValueSet = true;
+    m_pDomainValue = dynamic_cast<DomainValueNoCopyImpl*>(&*pValue);
+    invalidate();
+    forgetValue();
+    m_pFormerValue = Handle<ExpressionBaseImpl>();
+    return true;
+}
+
+bool VariableImpl::configure_i(const TSHandle<VirtualFileSystem>&) {
+    return true;
+}
+
+bool VariableImpl::evaluate_i(LimitedObjPtr<DoubleVector>& out) {
+    if (!m_bValueSet) {
+        VELMORA_LOG_ERROR(fileLogger(), "Can't evaluate a variable ("
+                                            << m_strName << ") without setting its value first!");
+        return false;
+    }
+    readValue(*m_pValueExpr, out);
+    return true;
+}
+
+bool VariableImpl::reset_i() {
+    return true;
+}
+
+void VariableImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
+                                  const Handle<ExpressionBaseImpl>& in_pNewChild) {
+    if (m_pValueExpr.isNull() || &*m_pValueExpr != &in_OldChild || &m_pValueExpr == &in_pNewChild) {
+        return;
+    }
+    if (isValid() || !m_pDomainValue.isNull()) {
+        m_pFormerValue = m_pValueExpr;
+    } else {
+        forgetValue();
+    }
+    m_pValueExpr = in_pNewChild;
+}
+
+Handle<ExpressionBaseImpl> VariableImpl::copy_i(ExpressionImplCopier& inout_Copier) const {
+    VELMORA_LOG_DEBUG(fileLogger(), "copy variable: [" << m_strName << "]");
+    Handle<VariableImpl> pCopy(new VariableImpl);
+    if (!pCopy.isNull()) {
+        pCopy->fill(*this, inout_Copier);
+    }
+    return Handle<ExpressionBaseImpl>(pCopy);
+}
+
+void VariableImpl::fill(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier) {
+    setName(in_Source.getName());
+    if (!in_Source.m_pValueExpr.isNull()) {
+        Variable& variable = *this;
+        variable.setValue(Handle<Expression>(in_Source.m_pValueExpr->copy(inout_Copier)));
+    }
+}
+
+bool VariableImpl::isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const {
+    const auto* pVariable = dynamic_cast<const VariableImpl*>(&*in_pExpression);
+    return pVariable != nullptr && pVariable->getName() == getName();
+}
+
+std::ostream& VariableImpl::write(std::ostream& out_Stream) const {
+    ExpressionBaseImpl::write(out_Stream);
+    out_Stream << getDotName() << " [shape=box]\n";
+    if (!m_pValueExpr.isNull()) {
+        out_Stream << getDotName() << " -> { " << m_pValueExpr->getDotName() << " }\n"
+                   << *m_pValueExpr;
+    }
+    return out_Stream;
+}
+
+} // namespace Velmora::Math::Xpr
