@@ -1,0 +1,20 @@
+#pragma once
+
+#include <velmora/Export.h>
+
+#include <cstddef>
+
+namespace Velmora {
+
+/// The allocator that counts blocks and bytes by account. Thread-safe.
+class VELMORA_EXPORT DefaultStaticMemAllocator {
+public:
+    /// A block for any object that isn't over-aligned; null when memory is exhausted.
+    static void* allocate(std::size_t in_uiSize, const char* in_szAccount) noexcept;
+
+    /// Releases a block with the size and the account of its allocation. A null block is ignored.
+    static void deallocate(void* in_pBlock, std::size_t in_uiSize,
+                           const char* in_szAccount) noexcept;
+};
+
+} // namespace Velmora

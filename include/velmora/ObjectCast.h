@@ -1,0 +1,29 @@
+#pragma once
+
+#include <velmora/Object.h>
+
+#include <type_traits>
+
+namespace Velmora {
+
+/// The `Object` part of an object; null for null.
+template <class T>
+auto objectPart(T* in_p) noexcept {
+    using Part = std::conditional_t<std::is_const_v<T>, const Object, Object>;
+    return static_cast<Part*>(in_p);
+}
+
+/// The cast between interfaces of one object: the object as a `T`, or null if it isn't one.
+///
+/// It is checked at run time, from the object's `Object` part. Where the conversion is known to
+/// succeed at compile time it is made there, at the price of a pointer copy.
+template <class T, class U>
+T* objectCast(U* in_p) noexcept {
+    if constexpr (std::is_convertible_v<U*, T*>) {
+        return in_p;
+    } else {
+        return dynamic_cast<T*>(objectPart(in_p));
+    }
+}
+
+} // namespace Velmora

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <velmora/DefaultStaticMemAllocator.h>
+#include <velmora/Export.h>
+
+#include <cstdint>
+#include <new>
+
+namespace Velmora {
+
+/// The unsynchronised counter that the handles of one object share, apart from the object.
+///
+/// It is never 0: the last handle tests for 1 and destroys. Counters stand under the account
+/// "ReferenceCount".
+class VELMORA_EXPORT ReferenceCount {
+public:
+    /// A new counter set to 1, or null when memory is exhausted.
+    static ReferenceCount* create() noexcept {
+        void* pBlock =
+            DefaultStaticMemAllocator::allocate(sizeof(ReferenceCount), "ReferenceCount");
+        return pBlock == nullptr ? nullptr : ::new (pBlock) ReferenceCount;
+    }
+
+    static void destroy(ReferenceCount* in_pCount) noexcept {
+        DefaultStaticMemAllocator::deallocate(in_pCount, sizeof(ReferenceCount), "ReferenceCount");
+    }
+
+    void increment() noexcept { ++m_uiCount; }
+    void decrement() noexcept { --m_uiCount; }
+    bool isLast() const noexcept { return m_uiCount == 1; }
+    int get() const noexcept { return static_cast<int>(m_uiCount); }
+
+private:
+    ReferenceCount() = default;
+
+    std::uint32_t m_uiCount = 1;
+};
+
+static_assert(sizeof(ReferenceCount) == 4, "the counter is one 32-bit word");
+
+} // namespace Velmora

@@ -1,0 +1,7 @@
+#include <velmora/Object.h>
+
+namespace Velmora {
+
+Object::~Object() = default;
+
+} // namespace Velmora

@@ -1,0 +1,21 @@
+#include <velmora/UUID.h>
+
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
+
+#include <algorithm>
+
+namespace Velmora {
+
+UUID::UUID() {
+    const boost::uuids::uuid uuid = boost::uuids::random_generator()();
+    std::copy(uuid.begin(), uuid.end(), m_bytes.begin());
+}
+
+UUID::operator std::string() const {
+    boost::uuids::uuid uuid;
+    std::copy(m_bytes.begin(), m_bytes.end(), uuid.begin());
+    return boost::uuids::to_string(uuid);
+}
+
+} // namespace Velmora
