@@ -39,6 +39,16 @@ function(velmora_add_library name)
 
     set(target velmora-${name})
     set(objects ${target}-objects)
+    if(NOT sources)
+        # A library of headers only, so that what stands above it can be configured.
+        add_library(${target} INTERFACE)
+        add_library(Velmora::${name} ALIAS ${target})
+        target_include_directories(${target} INTERFACE "${PROJECT_SOURCE_DIR}/include")
+        target_link_libraries(${target} INTERFACE ${ARG_PUBLIC_LINK})
+        add_library(${objects} INTERFACE)
+        target_include_directories(${objects} INTERFACE "${PROJECT_SOURCE_DIR}/include")
+        return()
+    endif()
     add_library(${objects} OBJECT ${sources})
     set_target_properties(${objects} PROPERTIES
         POSITION_INDEPENDENT_CODE ON
