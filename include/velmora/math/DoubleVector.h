@@ -1,11 +1,11 @@
 #pragma once
 
+#include <velmora/Export.h>
+
 #include <cstddef>
 #include <initializer_list>
 #include <iosfwd>
 #include <stdexcept>
-
-#include <velmora/Export.h>
 
 namespace Velmora::Math {
 
@@ -26,6 +26,10 @@ namespace Velmora::Math {
 /// it was.
 class VELMORA_EXPORT DoubleVector {
 public:
+    using value_type = double;
+    using iterator = double*;
+    using const_iterator = const double*;
+
     /// Empty, without a block.
     DoubleVector() = default;
 
