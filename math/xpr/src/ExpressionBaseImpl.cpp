@@ -381,19 +381,7 @@ void ExpressionBaseImpl::invalidate_i() {
 }
 
 void ExpressionBaseImpl::seal() {
-    if (GraphWalk::isShort({this})) {
-        sealAlongPaths();
-        return;
-    }
-    const GraphWalk::Nodes vNodes = GraphWalk().collect(*this);
-    // Every node is registered with what it reads before any list of parents is copied.
-    for (ExpressionBaseImpl* pNode : vNodes) {
-        pNode->m_bSealed = true;
-        pNode->seal_i();
-    }
-    for (ExpressionBaseImpl* pNode : vNodes) {
-        pNode->sealParents();
-    }
+    GraphWalk::seal({this});
 }
 
 void ExpressionBaseImpl::sealAlongPaths() {

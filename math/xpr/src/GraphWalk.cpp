@@ -36,6 +36,29 @@ bool GraphWalk::isShort(const Nodes& in_vRoots) {
     return true;
 }
 
+void GraphWalk::seal(const Nodes& in_vRoots) {
+    if (isShort(in_vRoots)) {
+        for (ExpressionBaseImpl* pRoot : in_vRoots) {
+            pRoot->sealAlongPaths();
+        }
+        return;
+    }
+    GraphWalk walk;
+    Nodes vNodes;
+    for (ExpressionBaseImpl* pRoot : in_vRoots) {
+        const Nodes vBelow = walk.collect(*pRoot);
+        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
+    }
+    for (ExpressionBaseImpl* pNode : vNodes) {
+        pNode->m_bSealed = true;
+        pNode->seal_i();
+    }
+    // Now that all are registered, the lists of parents are complete.
+    for (ExpressionBaseImpl* pNode : vNodes) {
+        pNode->sealParents();
+    }
+}
+
 GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
     struct Place {
         ExpressionBaseImpl* m_pNode;

@@ -34,6 +34,10 @@ public:
     /// `ExpressionBaseImpl::MaxVisitsPerWalk` visits?
     static bool isShort(const Nodes& in_vRoots);
 
+    /// Seals the graphs below the roots, one after the other: along every path if that is short,
+    /// otherwise each node once, after every node is registered with what it reads.
+    static void seal(const Nodes& in_vRoots);
+
     /// The nodes below a root, the root included, that no earlier call of this object has given: a
     /// node stands behind all of its parents among them.
     Nodes collect(ExpressionBaseImpl& in_Root);

@@ -30,6 +30,7 @@
 #include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/OperatorSlice.h>
+#include <velmora/math/xpr/Optimizer.h>
 #include <velmora/math/xpr/Parameter.h>
 #include <velmora/math/xpr/ParameterImpl.h>
 #include <velmora/math/xpr/Registry.h>

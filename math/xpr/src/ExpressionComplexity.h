@@ -1,0 +1,23 @@
+#pragma once
+
+#include <unordered_map>
+
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+/// Counts the nodes of expressions' trees, a shared node once for each path, in time that grows
+/// with the number of nodes. The counts hold as long as the graph doesn't change.
+class ExpressionComplexity {
+public:
+    /// The largest unsigned long stands for everything from there on.
+    unsigned long of(ExpressionBaseImpl& in_Expression);
+
+    /// The graph has changed.
+    void forget() { m_mapCounts.clear(); }
+
+private:
+    std::unordered_map<unsigned long, unsigned long> m_mapCounts;
+};
+
+} // namespace Velmora::Math::Xpr

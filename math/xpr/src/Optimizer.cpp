@@ -1,0 +1,253 @@
+#include <velmora/math/xpr/Optimizer.h>
+
+#include <unordered_map>
+#include <vector>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+#include <velmora/UUID.h>
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
+
+#include "ExpressionComplexity.h"
+#include "GraphWalk.h"
+#include "OptimizerDictionnary.h"
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Optimizer");
+
+namespace {
+
+using Data = CountedObjPtr<OptimizerExpressionData>;
+using InstanceList = OptimizerDictionnary::FunctionInstanceList;
+using Instances = std::vector<InstanceList::iterator>;
+
+/// The opening of both levels: the output takes the entries over, and the index is filled.
+bool open(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions,
+          OptimizerDictionnary& out_Index) {
+    out_OptimizedExpressions = in_Dictionnary;
+    VELMORA_LOG_DEBUG(fileLogger(), "populating optimizer dictionnary...");
+    if (!out_Index.initialize(out_OptimizedExpressions)) {
+        VELMORA_ASSERT_FAIL("dictOptimizer.initialize( out_OptimizedExpressions )");
+        return false;
+    }
+    VELMORA_LOG_DEBUG(fileLogger(), "optimizer dictionnary before optimize:" << out_Index.dump());
+    return true;
+}
+
+/// The instances of a list by key, the groups in the order of their first instance.
+std::vector<Instances> groupByKey(InstanceList& inout_Instances) {
+    std::vector<Instances> vGroups;
+    std::unordered_map<OptimizerKeyTable::Number, std::size_t> mapGroups;
+    for (auto ite = inout_Instances.begin(); ite != inout_Instances.end(); ++ite) {
+        const auto inserted = mapGroups.emplace((*ite)->getKeyNumber(), vGroups.size());
+        if (inserted.second) {
+            vGroups.emplace_back();
+        }
+        vGroups[inserted.first->second].push_back(ite);
+    }
+    return vGroups;
+}
+
+/// Merges the instances of one key into the first of those with the highest complexity.
+class Merger {
+public:
+    explicit Merger(bool in_bOneEntryEach) : m_bOneEntryEach(in_bOneEntryEach) {}
+
+    void merge(const Instances& in_vSimilar) {
+        const Data pBest = findBest(in_vSimilar);
+        for (const auto& iteSimilar : in_vSimilar) {
+            const Data& pOther = *iteSimilar;
+            if (pOther->getExpression()->getId() != pBest->getExpression()->getId()) {
+                replace(*pOther->getExpression(), pBest->getExpression());
+            }
+        }
+    }
+
+private:
+    Data findBest(const Instances& in_vSimilar) {
+        Data pBest = *in_vSimilar.front();
+        for (const auto& iteSimilar : in_vSimilar) {
+            const Data& pOther = *iteSimilar;
+            // Entries of one expression need no count.
+            if (pOther->getExpression()->getId() != pBest->getExpression()->getId() &&
+                m_Complexity.of(*pBest->getExpression()) <
+                    m_Complexity.of(*pOther->getExpression())) {
+                pBest = pOther;
+            }
+        }
+        return pBest;
+    }
+
+    void replace(ExpressionBaseImpl& inout_Other, const Handle<ExpressionBaseImpl>& in_pBest) {
+        if (m_Complexity.of(inout_Other) != m_Complexity.of(*in_pBest)) {
+            m_Complexity.forget();
+        }
+        if (m_bOneEntryEach) {
+            // One call of `replace` passes over every second parent, and there is one entry only
+            // where otherwise each path has its own.
+            const std::vector<LimitedObjPtr<ExpressionBaseImpl>> vParents(
+                inout_Other.getParentBegin(), inout_Other.getParentEnd());
+            for (const auto& pParent : vParents) {
+                pParent->replaceChild(inout_Other, in_pBest, true);
+            }
+        }
+        inout_Other.replace(in_pBest);
+    }
+
+    bool m_bOneEntryEach;
+    ExpressionComplexity m_Complexity;
+};
+
+} // namespace
+
+Optimizer::Optimizer() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::Optimizer");
+}
+
+Optimizer::Optimizer(const Optimizer&) : Object(), Cloneable() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::Optimizer copy");
+}
+
+Optimizer::~Optimizer() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::~Optimizer");
+}
+
+Cloneable* Optimizer::clone() const {
+    return new Optimizer(*this);
+}
+
+bool Optimizer::configure(const ROConfiguration&) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::configure");
+    return true;
+}
+
+bool Optimizer::run(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::run");
+    if (!optimizeLevel1(in_Dictionnary, out_OptimizedExpressions)) {
+        return false;
+    }
+    if (!optimizeLevel2(out_OptimizedExpressions, out_OptimizedExpressions)) {
+        return false;
+    }
+    sealExpressions(out_OptimizedExpressions);
+    return true;
+}
+
+bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
+                               Dictionnary& out_OptimizedExpressions) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel1");
+    OptimizerDictionnary dictOptimizer;
+    if (!open(in_Dictionnary, out_OptimizedExpressions, dictOptimizer)) {
+        return false;
+    }
+    Merger merger(dictOptimizer.hasOneVisitEach());
+    for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
+         ++ite) {
+        InstanceList& instances = *ite->second;
+        for (Instances& vSimilar : groupByKey(instances)) {
+            VELMORA_LOG_DEBUG(fileLogger(), "found " << vSimilar.size()
+                                                     << " similar instance(s) of the function "
+                                                     << ite->first);
+            merger.merge(vSimilar);
+            for (auto& iteInstance : vSimilar) {
+                dictOptimizer.eraseFunctionInstance(iteInstance, instances);
+            }
+        }
+    }
+    VELMORA_LOG_DEBUG(fileLogger(),
+                      "optimizer dictionnary after optimize level 1" << dictOptimizer.dump());
+    return true;
+}
+
+bool Optimizer::optimizeLevel2(const Dictionnary& in_Dictionnary,
+                               Dictionnary& out_OptimizedExpressions) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel2");
+    OptimizerDictionnary dictOptimizer;
+    if (!open(in_Dictionnary, out_OptimizedExpressions, dictOptimizer)) {
+        return false;
+    }
+    for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
+         ++ite) {
+        if (ite->first != OperatorConcatenate::getNameStatic()) {
+            continue;
+        }
+        for (const auto& pData : *ite->second) {
+            Handle<OperatorConcatenate> pInstance(pData->getExpression());
+            if (pInstance.isNull()) {
+                VELMORA_ASSERT_FAIL("!pInstance.isNull()");
+                return false;
+            }
+            regroupSubConcatenateOp(pInstance);
+        }
+    }
+    VELMORA_LOG_DEBUG(fileLogger(),
+                      "optimizer dictionnary after optimize level 2" << dictOptimizer.dump());
+    return true;
+}
+
+Handle<OperatorConcatenate>
+Optimizer::asOperatorConcatenate(Handle<VariableImpl> in_pVariable) const {
+    const Handle<ExpressionBaseImpl>& pValue = in_pVariable->getValue();
+    const Handle<OperatorConcatenate> pOperator(pValue);
+    if (!pOperator.isNull()) {
+        return pOperator;
+    }
+    const Handle<ScriptFunctionImpl> pFunction(pValue);
+    return pFunction.isNull() ? Handle<OperatorConcatenate>()
+                              : Handle<OperatorConcatenate>(pFunction->getImplementation());
+}
+
+bool Optimizer::checkIfConcatenateChild(Handle<FunctionBaseImpl> in_pFunction) const {
+    for (auto ite = in_pFunction->getArgumentBegin(); ite != in_pFunction->getArgumentEnd();
+         ++ite) {
+        const Function& function = *in_pFunction;
+        const Handle<VariableImpl> pVariable(function.getArgument((*ite).first.c_str()));
+        if (!pVariable.isNull() && !asOperatorConcatenate(pVariable).isNull()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator) {
+    const auto move = [](FunctionBaseImpl& inout_Operator, const std::string& in_strName,
+                         const VariableImpl& in_Variable) {
+        inout_Operator.addArgument(in_strName.c_str());
+        const Function& function = inout_Operator;
+        function.getArgument(in_strName.c_str())
+            ->setValue(Handle<Expression>(in_Variable.getValue()));
+    };
+    while (checkIfConcatenateChild(inout_pOperator)) {
+        const Handle<OperatorConcatenate> pNewOp(new OperatorConcatenate);
+        for (auto ite = inout_pOperator->getArgumentBegin();
+             ite != inout_pOperator->getArgumentEnd(); ++ite) {
+            const Handle<VariableImpl> pChild = inout_pOperator->FunctionBaseImpl::getArgument(ite);
+            const Handle<OperatorConcatenate> pSub = asOperatorConcatenate(pChild);
+            if (pSub.isNull()) {
+                move(*pNewOp, (*ite).first, *pChild);
+                continue;
+            }
+            for (auto iteSub = pSub->getArgumentBegin(); iteSub != pSub->getArgumentEnd();
+                 ++iteSub) {
+                move(*pNewOp, UUID(), *pSub->FunctionBaseImpl::getArgument(iteSub));
+            }
+        }
+        inout_pOperator->replace(pNewOp);
+        inout_pOperator = pNewOp;
+    }
+}
+
+void Optimizer::sealExpressions(Dictionnary& inout_Dictionnary) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "sealExpression");
+    GraphWalk::Nodes vRoots;
+    for (const auto& entry : inout_Dictionnary) {
+        const Handle<ExpressionBaseImpl> pRoot(entry.second);
+        if (!pRoot.isNull()) {
+            vRoots.push_back(&*pRoot);
+        }
+    }
+    GraphWalk::seal(vRoots);
+}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,171 @@
+#include "OptimizerDictionnary.h"
+
+#include <sstream>
+#include <vector>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Optimizer.Dictionnary");
+
+namespace {
+
+/// What a dump holds at most of keys; those behind are written as "...".
+constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
+
+} // namespace
+
+CountedObjPtr<OptimizerExpressionData>&
+OptimizerDictionnary::ExpressionMap::get(const Expression& in_Expression) {
+    const auto* pXpr = dynamic_cast<const ExpressionBaseImpl*>(&in_Expression);
+    if (pXpr == nullptr) {
+        VELMORA_ASSERT_FAIL("pXpr != 0 && \"Unsupported Expression implementation\"");
+        // No node bears this number.
+        return (*this)[0];
+    }
+    return (*this)[pXpr->getId()];
+}
+
+OptimizerDictionnary::OptimizerDictionnary() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::OptimizerDictionnary");
+}
+
+OptimizerDictionnary::~OptimizerDictionnary() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::~OptimizerDictionnary");
+}
+
+bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::initialize");
+    VELMORA_LOG_DEBUG(fileLogger(),
+                      "initializing with the Dictionnary=" << in_Dictionnary.getName() << "...");
+    std::vector<Handle<ExpressionBaseImpl>> vRoots;
+    GraphWalk::Nodes vRootNodes;
+    for (const auto& entry : in_Dictionnary) {
+        vRoots.emplace_back(entry.second);
+        if (!vRoots.back().isNull()) {
+            vRootNodes.push_back(&*vRoots.back());
+        }
+    }
+    m_bOneVisitEach = !GraphWalk::isShort(vRootNodes);
+    GraphWalk keyWalk;
+    for (const auto& pRoot : vRoots) {
+        if (!insertExpression(pRoot)) {
+            VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
+            return false;
+        }
+        fixKeys(*pRoot, keyWalk);
+    }
+    VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
+                                        << m_mapFunctions.size() << " function(s)\n"
+                                        << m_ExpressionMap.size() << " expression(s)\n");
+    return true;
+}
+
+bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
+    // Depth first along every path, in the order of the children, without recursion.
+    std::vector<Handle<ExpressionBaseImpl>> vPending{in_pExpression};
+    while (!vPending.empty()) {
+        const Handle<ExpressionBaseImpl> pExpression(vPending.back());
+        vPending.pop_back();
+        if (m_bOneVisitEach && !pExpression.isNull() &&
+            m_ExpressionMap.count(pExpression->getId()) != 0) {
+            continue;
+        }
+        if (!insertNode(pExpression)) {
+            if (!vPending.empty()) {
+                VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr) )");
+            }
+            return false;
+        }
+        for (const auto* pChild = pExpression->getChildEnd();
+             pChild != pExpression->getChildBegin();) {
+            vPending.push_back(*--pChild);
+        }
+    }
+    return true;
+}
+
+bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpression) {
+    const CountedObjPtr<OptimizerExpressionData> pData(
+        in_pExpression.isNull() ? nullptr
+                                : m_ExpressionMap.newData(m_ExpressionMap, in_pExpression));
+    if (pData.isNull()) {
+        VELMORA_ASSERT_FAIL("!pData.isNull()");
+        return false;
+    }
+    m_ExpressionMap.emplace(in_pExpression->getId(), pData);
+    const Handle<FunctionBaseImpl> pFunc(in_pExpression);
+    if (!pFunc.isNull() && !insertFunctionInstance(pFunc, pData)) {
+        VELMORA_ASSERT_FAIL("insertFunctionInstance( pFunc, pData )");
+        return false;
+    }
+    return true;
+}
+
+bool OptimizerDictionnary::insertFunctionInstance(
+    const Handle<FunctionBaseImpl>& in_pFunction,
+    const CountedObjPtr<OptimizerExpressionData>& in_pData) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertFunctionInstance");
+    VELMORA_LOG_DEBUG(fileLogger(), "adding function: " << in_pFunction->getName());
+    CountedObjPtr<FunctionInstanceList>& pList = m_mapFunctions[in_pFunction->getName()];
+    if (pList.isNull()) {
+        pList = new FunctionInstanceList;
+    }
+    pList->push_back(in_pData);
+    return true;
+}
+
+void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, GraphWalk& inout_Walk) {
+    const bool bWithText = areKeysLogged();
+    const GraphWalk::Nodes vNodes = inout_Walk.collect(in_Root);
+    for (auto ite = vNodes.rbegin(); ite != vNodes.rend(); ++ite) {
+        const CountedObjPtr<OptimizerExpressionData>& pData = m_ExpressionMap.get(**ite);
+        pData->getKeyNumber();
+        if (bWithText) {
+            pData->key();
+        }
+    }
+}
+
+OptimizerDictionnary::FunctionInstanceList::iterator
+OptimizerDictionnary::eraseFunctionInstance(FunctionInstanceList::iterator& in_iteFunctionInstance,
+                                            FunctionInstanceList& inout_InstancesList) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::eraseFunctionInstance");
+    if (in_iteFunctionInstance == inout_InstancesList.end()) {
+        VELMORA_ASSERT_FAIL("in_InstancesList.end() != in_iteFunctionInstance");
+        return inout_InstancesList.end();
+    }
+    const CountedObjPtr<OptimizerExpressionData> pData(*in_iteFunctionInstance);
+    if (!pData->isValid()) {
+        pData->invalidate();
+    }
+    return inout_InstancesList.erase(in_iteFunctionInstance);
+}
+
+std::string OptimizerDictionnary::dump() const {
+    std::ostringstream stream;
+    std::size_t uiDumped = 0;
+    stream << "\n<OptimizerDictionnary>\n";
+    for (const auto& function : m_mapFunctions) {
+        stream << "\t<function name=\"" << function.first << "\">\n";
+        for (const auto& pData : *function.second) {
+            stream << "\t\t<data valid=\"" << pData->isValid() << "\"xprID=\""
+                   << pData->getExpression()->getId() << "\">";
+            if (uiDumped < MaxDumpedKeys) {
+                stream << pData->key();
+                uiDumped += pData->key().size();
+            } else {
+                stream << "...";
+            }
+            stream << "</data>\n";
+        }
+        stream << "\t</function>\n";
+    }
+    stream << "</OptimizerDictionnary>\n";
+    return stream.str();
+}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <string>
+#include <unordered_map>
+
+#include <velmora/CountedObjPtr.h>
+#include <velmora/MemAccounting.h>
+#include <velmora/math/xpr/Dictionnary.h>
+#include <velmora/math/xpr/FunctionBaseImpl.h>
+
+#include "GraphWalk.h"
+#include "OptimizerExpressionDataImpl.h"
+
+namespace Velmora::Math::Xpr {
+
+/// The index of one optimisation pass: the data of every expression below a dictionary, by
+/// identifier, and the instances of every function, by name.
+///
+/// An expression is visited once for each path that leads to it: the expression map keeps the data
+/// of the first visit, the list of its name has an entry for each. Where the paths of the whole
+/// dictionary are more than `ExpressionBaseImpl::MaxVisitsPerWalk`, each expression is visited
+/// once.
+class OptimizerDictionnary {
+public:
+    VELMORA_MEM_ACCOUNT("OptimizerDictionnary")
+
+    using FunctionInstanceList = std::list<CountedObjPtr<OptimizerExpressionData>>;
+    using FunctionMap = std::unordered_map<std::string, CountedObjPtr<FunctionInstanceList>>;
+
+    OptimizerDictionnary();
+    virtual ~OptimizerDictionnary();
+    OptimizerDictionnary(const OptimizerDictionnary&) = delete;
+    OptimizerDictionnary& operator=(const OptimizerDictionnary&) = delete;
+
+    /// Fills the index, once, and fixes every key.
+    bool initialize(const Dictionnary& in_Dictionnary);
+
+    FunctionMap::const_iterator getFunctionBegin() const { return m_mapFunctions.begin(); }
+    FunctionMap::const_iterator getFunctionEnd() const { return m_mapFunctions.end(); }
+
+    /// Has every expression one visit only, because there are too many paths?
+    bool hasOneVisitEach() const { return m_bOneVisitEach; }
+
+    /// Takes an instance out of its list and returns the position behind it. The data stays valid.
+    FunctionInstanceList::iterator
+    eraseFunctionInstance(FunctionInstanceList::iterator& in_iteFunctionInstance,
+                          FunctionInstanceList& inout_InstancesList);
+
+    /// The table of functions as a text, for the log.
+    std::string dump() const;
+
+private:
+    class ExpressionMap : public std::map<unsigned long, CountedObjPtr<OptimizerExpressionData>>,
+                          public virtual OptimizerExpressionDataContainer,
+                          public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
+    public:
+        CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) override;
+    };
+
+    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression);
+    bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
+    bool insertFunctionInstance(const Handle<FunctionBaseImpl>& in_pFunction,
+                                const CountedObjPtr<OptimizerExpressionData>& in_pData);
+    void fixKeys(ExpressionBaseImpl& in_Root, GraphWalk& inout_Walk);
+
+    FunctionMap m_mapFunctions;
+    ExpressionMap m_ExpressionMap;
+    bool m_bOneVisitEach = false;
+};
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <velmora/CountedObjPtr.h>
+
+#include "OptimizerExpressionData.h"
+
+namespace Velmora::Math::Xpr {
+
+/// Where the data of an expression is found.
+class OptimizerExpressionDataContainer {
+public:
+    OptimizerExpressionDataContainer() = default;
+    OptimizerExpressionDataContainer(const OptimizerExpressionDataContainer&) {}
+    OptimizerExpressionDataContainer& operator=(const OptimizerExpressionDataContainer&) {
+        return *this;
+    }
+    virtual ~OptimizerExpressionDataContainer() = default;
+
+    virtual CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) = 0;
+
+    OptimizerKeyTable& getKeys() { return m_Keys; }
+
+private:
+    OptimizerKeyTable m_Keys;
+};
+
+/// The container that makes data of class `T`.
+template <class T>
+class OptimizerExpressionDataContainerImpl : public virtual OptimizerExpressionDataContainer {
+public:
+    /// The caller owns the result.
+    virtual OptimizerExpressionData* newData(OptimizerExpressionDataContainer& inout_Container,
+                                             const Handle<ExpressionBaseImpl>& in_pExpression) {
+        return new T(inout_Container, in_pExpression);
+    }
+};
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace Velmora::Math::Xpr {
+
+/// The keys of expressions, by number: equal texts have equal numbers.
+///
+/// The text of a key holds the texts of the keys below it, and grows exponentially where an
+/// expression is used twice on each level. So a key is kept as its head and the numbers of the keys
+/// behind it. Numbers are given by these pieces when they are first seen; hashes are composed from
+/// the hashes of the pieces; the text is put together when somebody asks for it.
+class OptimizerKeyTable {
+public:
+    using Number = std::uint32_t;
+
+    /// What `text` writes at most; a longer key ends in "...". Hashes and numbers are always those
+    /// of the whole.
+    static constexpr std::size_t MaxText = 65536;
+
+    /// The number of the key whose text is the head and then the texts of the other keys.
+    Number insert(std::string in_strHead, std::vector<Number> in_vRest);
+
+    /// The hash of the text: h = h * 5 + c for each character, as a signed char, over 64 bits.
+    std::uint64_t hash(Number in_uiKey) const { return m_vKeys[in_uiKey].m_Digest.m_uiHash; }
+
+    std::string text(Number in_uiKey) const;
+
+private:
+    /// What can be composed of a text from the same of its pieces.
+    struct Digest {
+        std::uint64_t m_uiHash = 0;
+        std::uint64_t m_uiHashPower = 1; ///< 5 to the power of the length
+        std::uint64_t m_uiCheck = 0;     ///< a second hash, modulo a prime
+        std::uint64_t m_uiCheckPower = 1;
+        std::uint64_t m_uiLength = 0; ///< modulo 2^64
+
+        void append(const std::string& in_strText);
+        void append(const Digest& in_Other);
+        bool operator==(const Digest& in_Other) const;
+    };
+
+    struct Key {
+        std::string m_strHead;
+        std::vector<Number> m_vRest;
+        Digest m_Digest;
+    };
+
+    class Reader;
+
+    bool hasText(const Key& in_Key, Number in_uiOther) const;
+    const Number* findPieces(std::size_t in_uiHash, const Key& in_Key) const;
+
+    std::vector<Key> m_vKeys;
+    std::unordered_multimap<std::size_t, Number> m_mapByPieces;
+    std::unordered_multimap<std::uint64_t, Number> m_mapByDigest;
+};
+
+} // namespace Velmora::Math::Xpr
