@@ -1,0 +1,88 @@
+#include <velmora/DeepCall.h>
+
+#include <gtest/gtest.h>
+
+#include <pthread.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Velmora::DeepCall;
+
+/// Some stack for each level, and a result that shows that every level was there.
+std::size_t descend(std::size_t in_uiLevels) {
+    return DeepCall::run([&] {
+        volatile char acRoom[512];
+        acRoom[0] = 1;
+        return in_uiLevels == 0 ? 0
+                                : descend(in_uiLevels - 1) + static_cast<std::size_t>(acRoom[0]);
+    });
+}
+
+void fall(std::size_t in_uiLevels) {
+    DeepCall::run([&] {
+        volatile char acRoom[512];
+        acRoom[0] = 1;
+        if (in_uiLevels == 0) {
+            throw std::runtime_error("bottom");
+        }
+        fall(in_uiLevels - static_cast<std::size_t>(acRoom[0]));
+    });
+}
+
+void* descendOnThread(void* out_pLevels) {
+    *static_cast<std::size_t*>(out_pLevels) = descend(20000);
+    return nullptr;
+}
+
+TEST(DeepCallTest, ShallowCallStaysOnItsStack) {
+    EXPECT_FALSE(DeepCall::isStackLow());
+    const void* pHere = __builtin_frame_address(0);
+    const auto iDistance = DeepCall::run([&] {
+        return std::abs(static_cast<const char*>(__builtin_frame_address(0)) -
+                        static_cast<const char*>(pHere));
+    });
+    EXPECT_LT(iDistance, 65536);
+}
+
+TEST(DeepCallTest, RecursionGoesDeeperThanTheStack) {
+    EXPECT_EQ(descend(200000), 200000U);
+    EXPECT_FALSE(DeepCall::isStackLow());
+}
+
+TEST(DeepCallTest, RecursionGoesDeepOnASmallThread) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 256 * 1024);
+    pthread_t thread;
+    std::size_t uiLevels = 0;
+    ASSERT_EQ(pthread_create(&thread, &attributes, descendOnThread, &uiLevels), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(uiLevels, 20000U);
+}
+
+TEST(DeepCallTest, ExceptionComesThroughFromADeepLevel) {
+    EXPECT_THROW(fall(100000), std::runtime_error);
+    EXPECT_FALSE(DeepCall::isStackLow());
+    EXPECT_EQ(descend(100000), 100000U);
+}
+
+TEST(DeepCallTest, ThreadsGoDeepAtTheSameTime) {
+    std::vector<std::size_t> vLevels(4);
+    std::vector<std::thread> vThreads;
+    vThreads.reserve(vLevels.size());
+    for (std::size_t& uiLevels : vLevels) {
+        vThreads.emplace_back([&uiLevels] { uiLevels = descend(50000); });
+    }
+    for (std::thread& thread : vThreads) {
+        thread.join();
+    }
+    EXPECT_EQ(vLevels, std::vector<std::size_t>(4, 50000));
+}
+
+} // namespace
