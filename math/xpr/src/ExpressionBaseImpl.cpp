@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include <velmora/DeepCall.h>
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ConstantImpl.h>
@@ -74,8 +75,9 @@ bool ExpressionBaseImpl::configure(const TSHandle<VirtualFileSystem>& in_pFileSy
     if (!configure_i(in_pFileSystem)) {
         return false;
     }
-    return std::all_of(m_Childs.begin(), m_Childs.end(),
-                       [&](const auto& in_pChild) { return in_pChild->configure(in_pFileSystem); });
+    return std::all_of(m_Childs.begin(), m_Childs.end(), [&](const auto& in_pChild) {
+        return DeepCall::run([&] { return in_pChild->configure(in_pFileSystem); });
+    });
 }
 
 bool ExpressionBaseImpl::evaluate(DoubleVector& out) {
@@ -96,7 +98,7 @@ bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
 }
 
 bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
-    if (!evaluate_i(m_pValue)) {
+    if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {
         return false;
     }
     m_bValid = true;
@@ -142,7 +144,7 @@ bool ExpressionBaseImpl::reset() {
     }
     return std::all_of(m_Childs.begin(), m_Childs.end(), [](const auto& in_pChild) {
         Expression& child = *in_pChild;
-        return child.reset();
+        return DeepCall::run([&] { return child.reset(); });
     });
 }
 
@@ -389,7 +391,7 @@ void ExpressionBaseImpl::sealAlongPaths() {
     m_bSealed = true;
     seal_i();
     for (const auto& pChild : m_Childs) {
-        pChild->sealAlongPaths();
+        DeepCall::run([&] { pChild->sealAlongPaths(); });
     }
 }
 
@@ -420,7 +422,7 @@ Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy(ExpressionImplCopier& inout_
     if (!pCopy.isNull()) {
         return pCopy;
     }
-    pCopy = copy_i(inout_Copier);
+    pCopy = DeepCall::run([&] { return copy_i(inout_Copier); });
     if (pCopy.isNull()) {
         VELMORA_LOG_ERROR(fileLogger(), "Failed to copy the expression: " << *this);
         return pCopy;

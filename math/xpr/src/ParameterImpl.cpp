@@ -4,6 +4,7 @@
 #include <iterator>
 #include <ostream>
 
+#include <velmora/DeepCall.h>
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
@@ -21,8 +22,18 @@ ParameterImpl::ParameterImpl() : m_id(parameterIdGenerator().generateId()) {}
 ParameterImpl::ParameterImpl(const ParameterImpl& in_Other) = default;
 
 ParameterImpl::~ParameterImpl() {
-    if (!m_pChild.isNull()) {
-        m_pChild->removeParent(this);
+    if (m_pChild.isNull()) {
+        return;
+    }
+    m_pChild->removeParent(this);
+    // What only this chain holds goes link by link, so that a long chain needs no deep stack.
+    Handle<ParameterImpl> pLink(std::move(m_pChild));
+    while (!pLink.isNull() && pLink.getReferenceCount() == 1) {
+        Handle<ParameterImpl> pNext(std::move(pLink->m_pChild));
+        if (!pNext.isNull()) {
+            pNext->removeParent(&*pLink);
+        }
+        pLink = std::move(pNext);
     }
 }
 
@@ -110,7 +121,7 @@ Handle<ParameterImpl> ParameterImpl::copy(ExpressionImplCopier& inout_Copier) co
         Parameter& parameter = *pCopy;
         parameter.setValue(getValue());
     } else if (!m_pChild.isNull()) {
-        pCopy->setChild(m_pChild->copy(inout_Copier));
+        pCopy->setChild(DeepCall::run([&] { return m_pChild->copy(inout_Copier); }));
     }
     if (!inout_Copier.registerParameter(*this, pCopy)) {
         VELMORA_ASSERT_FAIL("in_Copier.registerParameter( *this, pCopy )");

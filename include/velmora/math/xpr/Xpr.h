@@ -3,6 +3,7 @@
 /// Every exported class of the engine and of the layers beneath it. One include a line, sorted:
 /// a header that is missing here fails a test.
 
+#include <velmora/DeepCall.h>
 #include <velmora/Export.h>
 #include <velmora/math/DoubleVector.h>
 #include <velmora/math/xpr/Argument.h>
