@@ -40,6 +40,7 @@
 #include <velmora/math/xpr/ScriptLoaderImpl.h>
 #include <velmora/math/xpr/ScriptLoaderStdIO.h>
 #include <velmora/math/xpr/ScriptLoaderVFS.h>
+#include <velmora/math/xpr/ScriptParser.h>
 #include <velmora/math/xpr/Variable.h>
 #include <velmora/math/xpr/VariableImpl.h>
 #include <velmora/math/xpr/XaryFunction.h>

@@ -1,0 +1,261 @@
+#include "ScriptGrammar.h"
+
+#include <boost/spirit/include/phoenix1_binders.hpp>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+
+#include "ScriptTokens.h"
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
+
+namespace classic = boost::spirit::classic;
+using classic::alnum_p;
+using classic::alpha_p;
+using classic::ch_p;
+using classic::end_p;
+using classic::eps_p;
+using classic::hex_p;
+using classic::int_p;
+using classic::lexeme_d;
+using classic::longest_d;
+using classic::oct_p;
+using classic::str_p;
+using classic::uint_p;
+using phoenix::arg1;
+using phoenix::arg2;
+using phoenix::bind;
+
+namespace {
+
+std::mutex& constructionMutex() {
+    static std::mutex s_mutex;
+    return s_mutex;
+}
+
+/// One step of the iterator is one line end, however it is written.
+auto lineEnd() {
+    return ch_p('\n') | ch_p('\r');
+}
+
+} // namespace
+
+ScriptParser::ScriptParserImpl::Definition::Definition(ScriptParserImpl& inout_Self)
+    : m_Construction(constructionMutex()), m_pSelf(&inout_Self) {
+    m_Construction.unlock();
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::definition::definition");
+    defineNames();
+    defineStatements();
+    defineFunctionDefinition();
+    defineVariableDefinition();
+    defineExpressions();
+    defineFactors();
+    defineCalls();
+    defineParameterValues();
+}
+
+template <class ParserT>
+auto ScriptParser::ScriptParserImpl::Definition::expect(const ParserT& in_Parser,
+                                                        const char* in_szMessage) const {
+    return ExpectedParser<ParserT, ScriptParserImpl>(in_Parser, in_szMessage, *m_pSelf);
+}
+
+auto ScriptParser::ScriptParserImpl::Definition::closingParenthesis() const {
+    return expect(ch_p(')'), "Expecting ')', but found something else.");
+}
+
+auto ScriptParser::ScriptParserImpl::Definition::openingParenthesis() const {
+    return expect(ch_p('('), "Expecting '(', but found something else.");
+}
+
+auto ScriptParser::ScriptParserImpl::Definition::closingAngle() const {
+    return expect(ch_p('>'), "Expecting '>', but found something else.");
+}
+
+template <class ParserT>
+auto ScriptParser::ScriptParserImpl::Definition::nested(const ParserT& in_Parser) const {
+    return NestedParser<ParserT>(in_Parser, m_pSelf->m_Guard);
+}
+
+template <class ParserT>
+auto ScriptParser::ScriptParserImpl::Definition::tried(StatementGuard::Rule in_Rule,
+                                                       const ParserT& in_Parser) const {
+    return TriedParser<ParserT>(in_Parser, in_Rule, m_pSelf->m_Guard);
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineNames() {
+    identifier = lexeme_d[(alpha_p | '_') >> *(alnum_p | '_')]
+                         [identifier.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+
+    qualifiedName =
+        (identifier >>
+         *('.' >>
+           identifier))[qualifiedName.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineStatements() {
+    const auto save = bind(m_pSelf, &ScriptParserImpl::saveExpression)(arg1);
+    const auto found = bind(m_pSelf, &ScriptParserImpl::foundStatement)(arg1, arg2);
+    const auto logFound = bind(m_pSelf, &ScriptParserImpl::logFound);
+    const auto end = expect(endOfStatement, "Expecting 'EOL', but found something else.");
+
+    statement = (functionDefinition[save] >> end)[found]   //
+                | (variableDefinition[save] >> end)[found] //
+                | end_p[logFound("???end of file???", arg1)] |
+                lineEnd()[logFound("???empty line(s)???", arg1)];
+
+    endOfStatement = ';' | lineEnd() | end_p;
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineFunctionDefinition() {
+    const auto& val = functionDefinition.val;
+    const auto addParameter = bind(m_pSelf, &ScriptParserImpl::addFunctionParameter)(val, arg1);
+    const auto addArgument = bind(m_pSelf, &ScriptParserImpl::addFunctionArgument)(val, arg1);
+    const auto savePosition = bind(m_pSelf, &ScriptParserImpl::savePosition)(val, arg1);
+
+    const auto name =
+        identifier[functionDefinition.val = bind(m_pSelf, &ScriptParserImpl::newFunctionDef)(arg1)];
+    const auto parameters =
+        '<' >> identifier[addParameter] >> *(',' >> identifier[addParameter]) >> closingAngle();
+    const auto arguments =
+        '(' >> identifier[addArgument] >> *(',' >> identifier[addArgument]) >> closingParenthesis();
+    const auto body =
+        '=' >> expression[bind(m_pSelf, &ScriptParserImpl::setFunctionImplementation)(val, arg1)];
+
+    functionDefinition =
+        (name >> parameters >> arguments >> body)[savePosition] |
+        (name >> parameters >> openingParenthesis() >> closingParenthesis() >> body)[savePosition] |
+        (name >> arguments >> body)[savePosition] |
+        (name >> '(' >> closingParenthesis() >> body)[savePosition];
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineVariableDefinition() {
+    const auto& val = variableDefinition.val;
+    const auto setVariable = bind(m_pSelf, &ScriptParserImpl::setVariable)(val, arg1);
+    const auto savePosition = bind(m_pSelf, &ScriptParserImpl::savePosition)(val, arg1);
+    const auto newVariableDef = bind(m_pSelf, &ScriptParserImpl::newVariableDef)(arg1);
+    const auto newDomainVariableDef = bind(m_pSelf, &ScriptParserImpl::newDomainVariableDef)(arg1);
+
+    variableDefinition = (identifier[variableDefinition.val = newVariableDef] >> '=' >>
+                          expression[setVariable])[savePosition] |
+                         ("inputvar" >> identifier[variableDefinition.val = newDomainVariableDef]);
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineExpressions() {
+    const auto binary = [this](const auto& in_Val, auto in_pAction) {
+        return bind(m_pSelf, in_pAction)(in_Val, arg1);
+    };
+    const auto saved = [this](const auto& in_Val) {
+        return bind(m_pSelf, &ScriptParserImpl::saveNodePosition)(in_Val, arg1);
+    };
+
+    const auto savedSum = saved(expression.val);
+    const auto add = binary(expression.val, &ScriptParserImpl::newAddOperation);
+    const auto subtract = binary(expression.val, &ScriptParserImpl::newSubOperation);
+    expression = nested(term[expression.val = arg1] >>
+                        *(('+' >> term[expression.val = add])[savedSum] |
+                          ('-' >> term[expression.val = subtract])[savedSum]));
+
+    const auto savedProduct = saved(term.val);
+    const auto multiply = binary(term.val, &ScriptParserImpl::newMultOperation);
+    const auto divide = binary(term.val, &ScriptParserImpl::newDivOperation);
+    const auto raise = binary(term.val, &ScriptParserImpl::newPowOperation);
+    const auto concatenate = binary(term.indexVector, &ScriptParserImpl::newConcatenateOperation);
+    const auto cut =
+        bind(m_pSelf, &ScriptParserImpl::newSliceOperation)(term.val, term.indexVector);
+    const auto checkDepth = bind(m_pSelf, &ScriptParserImpl::checkDepth);
+    const auto indices =
+        indexRange[term.indexVector = arg1] >>
+        *(',' >> indexRange[term.indexVector = concatenate])[checkDepth(term.indexVector, arg1)];
+    const auto slice =
+        ('[' >> indices >> expect(ch_p(']'), "Expecting ']', but found something else."));
+    term = factor[term.val = arg1] >> *(('*' >> factor[term.val = multiply])[savedProduct] |
+                                        ('/' >> factor[term.val = divide])[savedProduct] |
+                                        ('^' >> factor[term.val = raise])[savedProduct] |
+                                        slice[term.val = cut][checkDepth(term.val, arg1)]);
+
+    const auto range =
+        bind(m_pSelf, &ScriptParserImpl::newIndexRange)(indexRange.first, indexRange.last, arg1);
+    indexRange = (uint_p[indexRange.first = arg1] >> ".." >>
+                  uint_p[indexRange.last = arg1])[indexRange.val = range] |
+                 expression[indexRange.val = arg1];
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineFactors() {
+    const auto newConstant = bind(m_pSelf, &ScriptParserImpl::newConstant)(arg1);
+    const auto newVariable = bind(m_pSelf, &ScriptParserImpl::newVariable)(arg1);
+    const auto savePosition =
+        bind(m_pSelf, &ScriptParserImpl::saveReferencePosition)(factor.val, arg1);
+    const auto call = functionCall(ParsedCall(), std::size_t{0}, std::size_t{0});
+    // The empty parser in front makes a sequence, whose action gets the place and not the value.
+    const auto reference = eps_p >> qualifiedName[factor.val = newVariable];
+
+    factor = RealNumberToken<false>()[factor.val = newConstant] |
+             tried(StatementGuard::Rule::IfOperation, ifOperation)[factor.val = arg1] |
+             tried(StatementGuard::Rule::FunctionCall, call)[factor.val = arg1] |
+             reference[savePosition] |
+             ('(' >> expression[factor.val = arg1] >> closingParenthesis()) |
+             concatenateOperation[factor.val = arg1] | ('+' >> nested(factor[factor.val = arg1]));
+
+    const auto logFound = bind(m_pSelf, &ScriptParserImpl::logFound);
+    const auto operand = [this](const auto& in_Val, auto in_pAction) {
+        return (',' >> expression[bind(m_pSelf, in_pAction)(in_Val, arg1)])[bind(
+            m_pSelf, &ScriptParserImpl::saveNodePosition)(in_Val, arg1)];
+    };
+
+    const auto newIf = bind(m_pSelf, &ScriptParserImpl::newIfOperationDef)(arg1);
+    const auto ifOperand = operand(ifOperation.val, &ScriptParserImpl::addIfOperationArgument);
+    ifOperation = (str_p("if") >> '(' >> expression[ifOperation.val = newIf] >> ifOperand >>
+                   ifOperand >> closingParenthesis())[logFound("if", arg1)];
+
+    const auto newConcatenate = bind(m_pSelf, &ScriptParserImpl::newConcatenateOperationDef)(arg1);
+    const auto concatenateOperand =
+        operand(concatenateOperation.val, &ScriptParserImpl::addConcatenateOperationArgument);
+    concatenateOperation =
+        ('{' >> expression[concatenateOperation.val = newConcatenate] >> *concatenateOperand >>
+         expect(ch_p('}'),
+                "Expecting '}', but found something else."))[logFound("concatenate", arg1)];
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineCalls() {
+    const auto& val = functionCall.val;
+    const auto newFunction = bind(m_pSelf, &ScriptParserImpl::newFunction)(arg1);
+    const auto setParameter = bind(m_pSelf, &ScriptParserImpl::setFunctionParameter)(
+        val, functionCall.parameterIndex, arg1);
+    const auto setArgument = bind(m_pSelf, &ScriptParserImpl::setFunctionArgument)(
+        val, functionCall.argumentIndex, arg1);
+    const auto savePosition = bind(m_pSelf, &ScriptParserImpl::saveCallPosition)(val, arg1);
+
+    const auto name = qualifiedName[functionCall.val = newFunction];
+    const auto parameters = '<' >> parameterValue[setParameter] >>
+                            *(',' >> parameterValue[setParameter]) >> closingAngle();
+    const auto arguments =
+        '(' >> expression[setArgument] >> *(',' >> expression[setArgument]) >> closingParenthesis();
+
+    functionCall =
+        (name >> parameters >> arguments)[savePosition] |
+        (name >> parameters >> openingParenthesis() >> closingParenthesis())[savePosition] |
+        (name >> arguments)[savePosition] | (name >> '(' >> closingParenthesis())[savePosition];
+}
+
+void ScriptParser::ScriptParserImpl::Definition::defineParameterValues() {
+    const auto newValue = bind(m_pSelf, &ScriptParserImpl::newParameterValue)(arg1);
+    const auto newText = bind(m_pSelf, &ScriptParserImpl::newParameterValueIter)(arg1, arg2);
+    const auto newInt = bind(m_pSelf, &ScriptParserImpl::newParameterValueInt)(arg1);
+    const auto newSizeT = bind(m_pSelf, &ScriptParserImpl::newParameterValueSizeT)(arg1);
+    const auto newDouble = bind(m_pSelf, &ScriptParserImpl::newParameterValueDouble)(arg1);
+    auto& val = parameterValue.val;
+
+    const auto stringLiteral = ch_p('"') >> *~ch_p('"') >> '"';
+    // Every alternative that matches sets the value, also one that isn't the longest.
+    const auto numberValue = longest_d[int_p[val = newInt] | uint_p[val = newSizeT] |
+                                       lexeme_d[str_p("0x") >> hex_p[val = newSizeT]] |
+                                       lexeme_d[ch_p('0') >> oct_p[val = newSizeT]] |
+                                       RealNumberToken<true>()[val = newDouble]];
+
+    parameterValue = identifier[val = newValue] | stringLiteral[val = newText] | numberValue;
+}
+
+} // namespace Velmora::Math::Xpr

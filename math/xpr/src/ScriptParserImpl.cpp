@@ -1,0 +1,129 @@
+#include "ScriptParserImpl.h"
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+
+#include "ScriptGrammar.h"
+#include "SkipGrammar.h"
+#include "UnknownVariable.h"
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
+
+namespace {
+
+const char* depthText() {
+    static const std::string s_strText = "Operators are chained more than " +
+                                         std::to_string(ScriptParser::MaxOperatorDepth) +
+                                         " levels deep.";
+    return s_strText.c_str();
+}
+
+} // namespace
+
+ScriptParser::ScriptParserImpl::ScriptParserImpl() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::ScriptParserImpl");
+}
+
+ScriptParser::ScriptParserImpl::~ScriptParserImpl() {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::~ScriptParserImpl");
+}
+
+ScriptParser::ScriptParserImpl::Outcome
+ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
+                                               const ScriptIterator& in_Last) {
+    if (m_pSkipGrammar == nullptr) {
+        m_pSkipGrammar = std::make_unique<SkipGrammar>();
+    }
+    if (m_pDefinition == nullptr) {
+        m_pDefinition = std::make_unique<Definition>(*this);
+    }
+    const StatementGuard::Statement statement(m_Guard);
+    Outcome outcome;
+    outcome.m_Stop = in_First;
+    const ScriptScanner scanner(outcome.m_Stop, in_Last, SkipAheadPolicy(*m_pSkipGrammar));
+    outcome.m_bHit = m_pDefinition->start().parse(scanner);
+    if (outcome.m_bHit) {
+        m_pSkipGrammar->skip(outcome.m_Stop);
+        outcome.m_bFull = outcome.m_Stop == in_Last;
+    }
+    return outcome;
+}
+
+void ScriptParser::ScriptParserImpl::saveExpression(const Handle<Expression>& in_pExpression) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::saveExpression");
+    m_pScriptParser->m_pSavedExpression = in_pExpression;
+}
+
+void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_pExpression,
+                                                  const ScriptIterator& in_Position) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::savePosition");
+    const Handle<ExpressionBaseImpl> pExpressionImpl(in_pExpression);
+    if (pExpressionImpl.isNull()) {
+        VELMORA_ASSERT_FAIL("!pExpressionImpl.isNull() && \"invalid expression type\"");
+        return;
+    }
+    pExpressionImpl->setSourceInfo(positionText(in_Position).c_str());
+}
+
+void ScriptParser::ScriptParserImpl::saveNodePosition(const ParsedExpression& in_Node,
+                                                      const ScriptIterator& in_Position) {
+    savePosition(in_Node.m_pNode, in_Position);
+    checkDepth(in_Node, in_Position);
+}
+
+void ScriptParser::ScriptParserImpl::saveCallPosition(const ParsedCall& in_Call,
+                                                      const ScriptIterator& in_Position) {
+    saveNodePosition(in_Call, in_Position);
+}
+
+// An argument that the name turned out to be belongs to the definition, not to this place.
+void ScriptParser::ScriptParserImpl::saveReferencePosition(const ParsedExpression& in_Node,
+                                                           const ScriptIterator& in_Position) {
+    const Handle<UnknownVariable> pVariable(in_Node.m_pNode);
+    if (!pVariable.isNull()) {
+        pVariable->setSourceInfo(positionText(in_Position).c_str());
+    }
+}
+
+void ScriptParser::ScriptParserImpl::checkDepth(const ParsedExpression& in_Node,
+                                                const ScriptIterator& in_Position) {
+    if (in_Node.m_uiDepth > ScriptParser::MaxOperatorDepth) {
+        throw ScriptSyntaxError(in_Position, depthText());
+    }
+}
+
+void ScriptParser::ScriptParserImpl::logFound(const char* in_szLiteral,
+                                              const ScriptIterator& in_Position) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::logFound");
+    VELMORA_LOG_DEBUG(fileLogger(),
+                      "found: [" << in_szLiteral << "] at line " << in_Position.getLine());
+}
+
+void ScriptParser::ScriptParserImpl::foundStatement(const ScriptIterator& in_First,
+                                                    const ScriptIterator& in_Last) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::foundStatement");
+    VELMORA_LOG_DEBUG(fileLogger(), "found statement: \n"
+                                        << rawText(in_First, in_Last) << "\nfileName=\""
+                                        << in_First.getFile() << "\" line=\"" << in_First.getLine()
+                                        << "\" column=\"" << in_First.getColumn() << "\"");
+}
+
+std::string ScriptParser::ScriptParserImpl::makeName(const ScriptIterator& in_First,
+                                                     const ScriptIterator& in_Last) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::makeName");
+    *m_pScriptParser->m_pLastNamePosition = in_Last;
+    return rawText(in_First, in_Last);
+}
+
+void ScriptParser::ScriptParserImpl::reportMissing(const char* in_szMessage,
+                                                   const ScriptIterator& in_Position) {
+    VELMORA_LOG_ERROR(fileLogger(), "syntax error:" << in_Position << " " << in_szMessage);
+}
+
+std::string ScriptParser::ScriptParserImpl::makeQualifiedName(const std::string& in_strName) const {
+    return m_pScriptParser->m_strScriptName + "." + in_strName;
+}
+
+} // namespace Velmora::Math::Xpr

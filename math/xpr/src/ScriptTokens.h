@@ -1,0 +1,162 @@
+#pragma once
+
+#include <boost/spirit/include/classic_core.hpp>
+
+#include <velmora/DeepCall.h>
+
+#include "RealNumber.h"
+#include "ScriptIterator.h"
+#include "StatementGuard.h"
+
+namespace Velmora::Math::Xpr {
+
+/// A real number of a script; with `bStrict` only one with a point or an exponent.
+template <bool bStrict>
+class RealNumberToken : public boost::spirit::classic::parser<RealNumberToken<bStrict>> {
+public:
+    template <class ScannerT>
+    struct result {
+        using type = typename boost::spirit::classic::match_result<ScannerT, double>::type;
+    };
+
+    template <class ScannerT>
+    typename result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        in_Scanner.skip(in_Scanner);
+        const ScriptIterator first(in_Scanner.first);
+        const RealNumber number = RealNumber::match(first.getText(), first.getTextEnd());
+        if (number.m_uiLength == 0 || (bStrict && !number.m_bPointOrExponent)) {
+            return in_Scanner.no_match();
+        }
+        for (std::size_t ui = 0; ui < number.m_uiLength; ++ui) {
+            ++in_Scanner.first;
+        }
+        const double dValue = RealNumber::value(first.getText(), in_Scanner.first.getText());
+        return in_Scanner.create_match(number.m_uiLength, dValue, first, in_Scanner.first);
+    }
+};
+
+/// The base of a parser that adds something to another one and has its value.
+template <class DerivedT, class ParserT>
+class WrappedParser
+    : public boost::spirit::classic::unary<ParserT, boost::spirit::classic::parser<DerivedT>> {
+    using Base = boost::spirit::classic::unary<ParserT, boost::spirit::classic::parser<DerivedT>>;
+
+public:
+    using parser_category_t = boost::spirit::classic::unary_parser_category;
+
+    template <class ScannerT>
+    struct result {
+        using type = typename boost::spirit::classic::parser_result<ParserT, ScannerT>::type;
+    };
+
+    explicit WrappedParser(const ParserT& in_Parser) : Base(in_Parser) {}
+};
+
+/// A token that is reported when it is missing, at the place where the search for it began, ahead
+/// of what may be skipped. The rule that needs it then fails as at any other token.
+template <class ParserT, class ReporterT>
+class ExpectedParser : public WrappedParser<ExpectedParser<ParserT, ReporterT>, ParserT> {
+    using Base = WrappedParser<ExpectedParser<ParserT, ReporterT>, ParserT>;
+
+public:
+    ExpectedParser(const ParserT& in_Parser, const char* in_szMessage, ReporterT& inout_Reporter)
+        : Base(in_Parser), m_szMessage(in_szMessage), m_Reporter(inout_Reporter) {}
+
+    template <class ScannerT>
+    typename Base::template result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        const ScriptIterator first(in_Scanner.first);
+        const auto hit = this->subject().parse(in_Scanner);
+        if (!hit) {
+            m_Reporter.reportMissing(m_szMessage, first);
+        }
+        return hit;
+    }
+
+private:
+    const char* m_szMessage;
+    ReporterT& m_Reporter;
+};
+
+/// One level of nesting, on whatever stack the thread has. Throws `ScriptSyntaxError` when it is
+/// one too many.
+template <class ParserT>
+class NestedParser : public WrappedParser<NestedParser<ParserT>, ParserT> {
+    using Base = WrappedParser<NestedParser<ParserT>, ParserT>;
+
+public:
+    NestedParser(const ParserT& in_Parser, StatementGuard& inout_Guard)
+        : Base(in_Parser), m_Guard(inout_Guard) {}
+
+    template <class ScannerT>
+    typename Base::template result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        const StatementGuard::Level level(m_Guard, in_Scanner.first);
+        return DeepCall::run([&] { return this->subject().parse(in_Scanner); });
+    }
+
+private:
+    StatementGuard& m_Guard;
+};
+
+/// A rule that isn't tried again where the statement's guard knows its result. Its value is the
+/// expression that it has built.
+template <class ParserT>
+class TriedParser
+    : public boost::spirit::classic::unary<ParserT,
+                                           boost::spirit::classic::parser<TriedParser<ParserT>>> {
+    using Base =
+        boost::spirit::classic::unary<ParserT,
+                                      boost::spirit::classic::parser<TriedParser<ParserT>>>;
+
+public:
+    using parser_category_t = boost::spirit::classic::unary_parser_category;
+
+    template <class ScannerT>
+    struct result {
+        using type =
+            typename boost::spirit::classic::match_result<ScannerT, ParsedNode<Expression>>::type;
+    };
+
+    TriedParser(const ParserT& in_Parser, StatementGuard::Rule in_Rule, StatementGuard& inout_Guard)
+        : Base(in_Parser), m_Rule(in_Rule), m_Guard(inout_Guard) {}
+
+    template <class ScannerT>
+    typename result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        in_Scanner.skip(in_Scanner);
+        const ScriptIterator first(in_Scanner.first);
+        const StatementGuard::Result* pKnown = m_Guard.findResult(m_Rule, first);
+        if (pKnown != nullptr) {
+            in_Scanner.first = pKnown->m_End;
+            return match(in_Scanner, first, *pKnown);
+        }
+        const std::size_t uiLevelsBefore = m_Guard.getLevelsEntered();
+        StatementGuard::Result trial;
+        const auto hit = this->subject().parse(in_Scanner);
+        trial.m_bHit = hit;
+        trial.m_End = in_Scanner.first;
+        if (hit) {
+            trial.m_Value = hit.value();
+        }
+        if (m_Guard.getLevelsEntered() != uiLevelsBefore) {
+            m_Guard.addResult(m_Rule, first, trial);
+        }
+        return match(in_Scanner, first, trial);
+    }
+
+private:
+    template <class ScannerT>
+    static typename result<ScannerT>::type match(const ScannerT& in_Scanner,
+                                                 const ScriptIterator& in_First,
+                                                 const StatementGuard::Result& in_Result) {
+        if (!in_Result.m_bHit) {
+            return in_Scanner.no_match();
+        }
+        const auto uiLength =
+            static_cast<std::size_t>(in_Result.m_End.getText() - in_First.getText());
+        return in_Scanner.create_match(uiLength, in_Result.m_Value, in_First, in_Result.m_End);
+    }
+
+    StatementGuard::Rule m_Rule;
+    StatementGuard& m_Guard;
+};
+
+} // namespace Velmora::Math::Xpr
