@@ -6,13 +6,14 @@
 
 namespace Velmora::Math {
 
-/// The natural logarithm of a positive, finite double, within one unit in the last place. Only
+/// The natural logarithm of a positive, finite double, within 0.7 units in the last place. Only
 /// additions, multiplications and one division, in fixed order: the same bits everywhere.
 ///
 /// With x = 2^k * (1 + f), 1 + f between sqrt(1/2) and sqrt(2), and s = f / (2 + f):
 /// ln(1 + f) = 2 artanh(s) = 2 s + s R, R = 2/3 s^2 + 2/5 s^4 + 2/7 s^6 + ...
-/// Since 2 s = f - s f and s f = f^2/2 - s f^2/2, ln(1 + f) = f - (f^2/2 - s (f^2/2 + R)), in which
-/// the leading term is exact. With |s| < 0.1716 the terms from s^22 on are below the rounding.
+/// Since 2 s = f - s f and s f = f^2/2 - s f^2/2, ln(1 + f) = f - f^2/2 + s (f^2/2 + R). The two
+/// large terms are kept with what their difference loses in rounding, so that only the small last
+/// term adds an error of its own. With |s| < 0.1716 the terms from s^22 on are below the rounding.
 inline double naturalLogarithm(double in_dValue) {
     // ln 2 in two parts. The first has trailing zero bits enough for its product with k to be
     // exact.
@@ -46,8 +47,22 @@ inline double naturalLogarithm(double in_dValue) {
                                 z4 * (2.0 / 19 + z * (2.0 / 21)));
     const double r = z * series;
     const double halfSquare = 0.5 * f * f;
-    const double k = static_cast<double>(exponent);
-    return k * ln2High - ((halfSquare - (s * (halfSquare + r) + k * ln2Low)) - f);
+    // Half as many bits of f have an exact square.
+    std::memcpy(&bits, &f, sizeof(bits));
+    bits &= ~std::uint64_t{0x7ffffff};
+    double fHigh = 0.0;
+    std::memcpy(&fHigh, &bits, sizeof(fHigh));
+    const double halfSquareHigh = 0.5 * fHigh * fHigh;
+    const double halfSquareLow = 0.5 * (f - fHigh) * (f + fHigh);
+    const double large = f - halfSquareHigh;
+    const double lostByLarge = (f - large) - halfSquareHigh;
+
+    const auto k = static_cast<double>(exponent);
+    const double power = k * ln2High;
+    const double sum = power + large;
+    // The power is 0 or the larger term.
+    const double lostBySum = k == 0.0 ? 0.0 : (power - sum) + large;
+    return sum + (lostBySum + (lostByLarge - halfSquareLow + (s * (halfSquare + r) + k * ln2Low)));
 }
 
 } // namespace Velmora::Math
