@@ -24,6 +24,8 @@ public:
     bool pointsAt(const DoubleVector& in_vValue) const { return &*m_pVector == &in_vValue; }
 
 private:
+    friend class DomainValueKeeper;
+
     LimitedObjPtr<const DoubleVector> m_pVector;
 };
 

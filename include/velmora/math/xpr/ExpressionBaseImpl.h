@@ -10,6 +10,7 @@
 
 namespace Velmora::Math::Xpr {
 
+class DomainValueKeeper;
 class ExpressionImplCopier;
 class GraphWalk;
 
@@ -188,6 +189,7 @@ protected:
     void retireFrom(ExpressionBaseImpl& inout_Child);
 
 private:
+    friend class DomainValueKeeper;
     friend class GraphWalk;
 
     bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;

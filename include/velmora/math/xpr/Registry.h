@@ -77,6 +77,8 @@ protected:
                             const Handle<ExpressionAllocator>& in_pAllocator);
 
 private:
+    static Handle<Expression> makeSample(const Handle<ExpressionAllocator>& in_pAllocator);
+
     HashMapVector<std::string, Handle<ExpressionAllocator>> m_mapExpressionAllocators;
 };
 

@@ -1,0 +1,198 @@
+#include <velmora/math/xpr/Dictionnary.h>
+
+#include <fstream>
+
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+#include <velmora/math/xpr/ConstantBase.h>
+#include <velmora/math/xpr/ExpressionImplCopier.h>
+
+#include "DomainValueKeeper.h"
+#include "DomainVariableUpdate.h"
+#include "GraphvizFrame.h"
+
+namespace Velmora::Math::Xpr {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
+
+Dictionnary::Dictionnary(const char* in_szName) : m_strName(in_szName == nullptr ? "" : in_szName) {
+    takeLogger();
+}
+
+Dictionnary::Dictionnary(const Dictionnary& in_Other)
+    : ObjectWithLogger(in_Other),
+      m_strName(in_Other.m_strName),
+      m_mapExpressions(in_Other.m_mapExpressions) {}
+
+Dictionnary::Dictionnary(const Dictionnary& in_Source, const char* in_szName,
+                         bool in_bUpdateDomainVariables)
+    : Dictionnary(in_szName) {
+    DomainValueKeeper keeper;
+    if (in_bUpdateDomainVariables) {
+        keeper.keepInputsOf(in_Source);
+    }
+    ExpressionImplCopier copier;
+    for (const auto& entry : in_Source) {
+        const Handle<ExpressionBaseImpl> pSource(entry.second);
+        Handle<Expression> pExpr;
+        if (!pSource.isNull()) {
+            pExpr = Handle<Expression>(pSource->copy(copier));
+        }
+        if (pExpr.isNull()) {
+            VELMORA_ASSERT_FAIL_L(getLogger(), "!pExpr.isNull()");
+        }
+        if (!m_mapExpressions.insert(entry.first, pExpr).second) {
+            VELMORA_ASSERT_FAIL_L(getLogger(),
+                                  "m_mapExpressions.insert( (*iteExpr).first, pExpr ).second");
+        }
+    }
+    if (in_bUpdateDomainVariables) {
+        DomainVariableUpdate(getLogger(), copier, keeper).run(*this);
+    }
+}
+
+Dictionnary::~Dictionnary() {
+    VELMORA_TRACE_SCOPE(getLogger(), "Dictionnary::~Dictionnary");
+}
+
+Dictionnary& Dictionnary::operator=(const Dictionnary& in_Other) {
+    if (this != &in_Other) {
+        ObjectWithLogger::operator=(in_Other);
+        m_strName = in_Other.m_strName;
+        m_mapExpressions = in_Other.m_mapExpressions;
+        m_strKey = in_Other.m_strKey;
+    }
+    return *this;
+}
+
+void Dictionnary::takeLogger() {
+    setLogger(CachedLLLogger(fileLogger().getName() + "." + m_strName));
+    getLogger().setCachedLogLevel(getLogger().getChainedLogLevel());
+}
+
+bool Dictionnary::takeKey(const char* in_szName) const {
+    if (in_szName == nullptr) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "0 != in_szName");
+        return false;
+    }
+    m_strKey = in_szName;
+    return true;
+}
+
+bool Dictionnary::add(const Handle<Expression>& in_pExpression, bool in_bIgnoreDuplicate) {
+    const char* szName = nullptr;
+    if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
+        szName = pFunction->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "add function \"" << szName << "\"");
+    } else if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {
+        szName = pVariable->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "add variable \"" << szName << "\"");
+    } else if (const Handle<ConstantBase> pConstant(in_pExpression); !pConstant.isNull()) {
+        szName = pConstant->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "add constant \"" << szName << "\"");
+    } else {
+        VELMORA_ASSERT_FAIL_L(getLogger(),
+                              "false && \"expression shall be a Function or a Variable\"");
+        return false;
+    }
+    return addExpression(szName, in_pExpression, in_bIgnoreDuplicate);
+}
+
+bool Dictionnary::addExpression(const char* in_szName, const Handle<Expression>& in_pExpression,
+                                bool in_bIgnoreDuplicate) {
+    if (!takeKey(in_szName)) {
+        return false;
+    }
+    const bool bInserted = m_mapExpressions.insert(m_strKey, in_pExpression).second;
+    if (!bInserted && !in_bIgnoreDuplicate) {
+        VELMORA_LOG_DEBUG(getLogger(), "Failed to add expression: "
+                                           << in_szName << ". "
+                                           << "An expression with the same name already exists "
+                                           << "in this dictionnary. ");
+        return false;
+    }
+    return true;
+}
+
+bool Dictionnary::find(const Handle<Expression>& in_pExpression) const {
+    const char* szName = nullptr;
+    if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
+        szName = pFunction->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "searching function \"" << szName << "\"");
+    } else if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {
+        szName = pVariable->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "searching variable \"" << szName << "\"");
+    } else {
+        VELMORA_ASSERT_FAIL_L(getLogger(),
+                              "false && \"expression shall be a Function or a Variable\"");
+        return false;
+    }
+    return !findExpression(szName).isNull();
+}
+
+Handle<Expression> Dictionnary::findExpression(const char* in_szName) const {
+    if (!takeKey(in_szName)) {
+        return Handle<Expression>();
+    }
+    const auto iteFound = m_mapExpressions.find(m_strKey);
+    if (iteFound == m_mapExpressions.end()) {
+        VELMORA_LOG_DEBUG(getLogger(), "can't find expression: " << in_szName);
+        return Handle<Expression>();
+    }
+    return iteFound->second;
+}
+
+Handle<Function> Dictionnary::findFunction(const char* in_szName) const {
+    return Handle<Function>(findExpression(in_szName));
+}
+
+Handle<Variable> Dictionnary::findVariable(const char* in_szName) const {
+    return Handle<Variable>(findExpression(in_szName));
+}
+
+Dictionnary::const_iterator Dictionnary::begin() const {
+    return m_mapExpressions.begin();
+}
+
+Dictionnary::const_iterator Dictionnary::end() const {
+    return m_mapExpressions.end();
+}
+
+std::size_t Dictionnary::size() const {
+    return m_mapExpressions.size();
+}
+
+void Dictionnary::clear() {
+    m_mapExpressions.clear();
+}
+
+Cloneable* Dictionnary::clone() const {
+    return new Dictionnary(*this, m_strName.c_str(), true);
+}
+
+std::ostream& Dictionnary::write(std::ostream& out_Stream) const {
+    // The label of the destructor: logs are compared across versions.
+    VELMORA_TRACE_SCOPE(getLogger(), "Dictionnary::~Dictionnary");
+    for (const auto& entry : m_mapExpressions) {
+        if (entry.second.isNull()) {
+            out_Stream << "null";
+        } else {
+            out_Stream << *entry.second;
+        }
+        out_Stream << std::endl;
+    }
+    return out_Stream;
+}
+
+bool Dictionnary::dump(const char* in_szFileName) const {
+    VELMORA_TRACE_SCOPE(fileLogger(), "ExpressionBaseImpl::dump");
+    std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
+    if (file.is_open()) {
+        writeGraphvizHead(file);
+        write(file);
+        writeGraphvizLegend(file, GraphvizLegend::WithoutParameter);
+    }
+    return true;
+}
+
+} // namespace Velmora::Math::Xpr
