@@ -36,6 +36,14 @@ public:
         TSReferenceCount::increment(m_count);
     }
 
+    template <class U>
+    TSHandle(TSHandle<U>&& inout_source) noexcept : m_ptr(objectCast<T>(inout_source.m_ptr)) {
+        if (m_ptr != nullptr) {
+            m_count = std::exchange(inout_source.m_count, nullptr);
+            inout_source.m_ptr = nullptr;
+        }
+    }
+
     ~TSHandle() { release(); }
 
     /// Does nothing if both point at the same object, even with two different counters.

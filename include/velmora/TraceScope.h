@@ -32,6 +32,9 @@ public:
         }
     }
 
+    // A temporary logger would be gone before the exit line.
+    TraceScope(const Logger&&, const char*) = delete;
+    TraceScope(const CachedLLLogger&&, const char*) = delete;
     TraceScope(const TraceScope&) = delete;
     TraceScope& operator=(const TraceScope&) = delete;
 
