@@ -1,8 +1,8 @@
 #include <velmora/UUID.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <set>
 #include <string>
 
@@ -10,10 +10,10 @@ namespace Velmora {
 namespace {
 
 TEST(UUIDTest, TheTextHasTheUsualFormOfVersion4) {
-    const std::regex form("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
     for (int i = 0; i < 20; ++i) {
-        const std::string strText = UUID();
-        EXPECT_TRUE(std::regex_match(strText, form)) << strText;
+        EXPECT_THAT(std::string(UUID()),
+                    testing::MatchesRegex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-"
+                                          "[0-9a-f]{12}"));
     }
 }
 
