@@ -65,12 +65,7 @@ std::ostream& ExpressionBaseImpl::write(std::ostream& out_Stream) const {
 bool ExpressionBaseImpl::configure(const TSHandle<VirtualFileSystem>& in_pFileSystem) {
     const GraphWalk::Outermost outermost;
     if (outermost && !GraphWalk::isShort({this})) {
-        for (ExpressionBaseImpl* pNode : GraphWalk().collect(*this)) {
-            if (!pNode->configure_i(in_pFileSystem)) {
-                return false;
-            }
-        }
-        return true;
+        return GraphWalk().configureRest(*this, in_pFileSystem);
     }
     if (!configure_i(in_pFileSystem)) {
         return false;

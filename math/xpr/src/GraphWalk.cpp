@@ -87,4 +87,14 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
     return vNodes;
 }
 
+bool GraphWalk::configureRest(ExpressionBaseImpl& in_Root,
+                              const TSHandle<VirtualFileSystem>& in_pFileSystem) {
+    for (ExpressionBaseImpl* pNode : collect(in_Root)) {
+        if (!pNode->configure_i(in_pFileSystem)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace Velmora::Math::Xpr

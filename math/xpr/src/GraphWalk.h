@@ -42,6 +42,10 @@ public:
     /// node stands behind all of its parents among them.
     Nodes collect(ExpressionBaseImpl& in_Root);
 
+    /// Configures what `collect` gives for a root; stops with false at the first node that refuses.
+    bool configureRest(ExpressionBaseImpl& in_Root,
+                       const TSHandle<VirtualFileSystem>& in_pFileSystem);
+
 private:
     std::unordered_set<const ExpressionBaseImpl*> m_Seen;
 };

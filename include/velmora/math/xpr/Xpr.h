@@ -79,6 +79,7 @@
 #include <velmora/math/xpr/DomainValueBase.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
 #include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/Evaluator.h>
 #include <velmora/math/xpr/Expression.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
@@ -86,6 +87,7 @@
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 #include <velmora/math/xpr/InvalidExpression.h>
 #include <velmora/math/xpr/InvalidVariable.h>
+#include <velmora/math/xpr/Linker.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
 #include <velmora/math/xpr/OperatorDivide.h>
 #include <velmora/math/xpr/OperatorIf.h>

@@ -1,0 +1,317 @@
+#include "Resolver.h"
+
+#include <vector>
+
+#include <velmora/DeepCall.h>
+#include <velmora/LogSite.h>
+#include <velmora/math/xpr/FunctionBaseImpl.h>
+#include <velmora/math/xpr/Registry.h>
+
+#include "CallBinder.h"
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+/// The names under which a placeholder is sought, in this order.
+std::vector<std::string> candidatesOf(const std::string& in_strName) {
+    const std::size_t uiPoint = in_strName.find('.');
+    if (uiPoint == std::string::npos) {
+        return {in_strName + "." + in_strName, in_strName};
+    }
+    const std::string strRest(in_strName, uiPoint + 1);
+    if (strRest.find('.') != std::string::npos) {
+        return {strRest};
+    }
+    return {in_strName, strRest + "." + strRest, strRest};
+}
+
+} // namespace
+
+Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions)
+    : ObjectWithLogger<CachedLLLogger>(CachedLLLogger("quillmark.math.xpr.Linker")),
+      m_Linker(in_Linker),
+      m_RawExpressions(in_RawExpressions, "resolver.raw_expressions", false),
+      m_LinkedExpressions("resolver.linked_expressions"),
+      m_mapExpressionCalls(100),
+      m_Log(getLogger()) {}
+
+bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
+    const std::string strName(inout_pExpression->getName());
+    return enter(strName, inout_pExpression, in_bTopLevel) &&
+           leave(strName, resolveExpressionLinks(inout_pExpression, in_bTopLevel));
+}
+
+bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel) {
+    if (in_strName.empty()) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "! strExprName.empty()");
+        return false;
+    }
+    if (!in_bTopLevel && m_uiFailures >= MaxFailures && m_FailedNames.count(in_strName) != 0) {
+        return false;
+    }
+    if (!m_mapExpressionCalls.emplace(in_strName, in_pExpression).second) {
+        m_Log.recursive(*in_pExpression);
+        return false;
+    }
+    if (m_mapExpressionCalls.size() > MaxNames) {
+        m_mapExpressionCalls.erase(in_strName);
+        m_Log.tooManyNames(*in_pExpression, MaxNames);
+        return false;
+    }
+    return true;
+}
+
+bool Resolver::leave(const std::string& in_strName, bool in_bResolved) {
+    if (m_mapExpressionCalls.erase(in_strName) != 1) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "m_mapExpressionCalls. erase(strExprName) == 1");
+        return false;
+    }
+    if (!in_bResolved) {
+        ++m_uiFailures;
+        m_FailedNames.insert(in_strName);
+    }
+    return in_bResolved;
+}
+
+bool Resolver::resolveExpressionLinks(const Node& inout_pExpression, bool in_bTopLevel) {
+    // Every descent passes here, into a child as well as into what a name stands for.
+    return DeepCall::run([&] { return resolveChilds(inout_pExpression, in_bTopLevel); });
+}
+
+bool Resolver::resolveChilds(const Node& inout_pExpression, bool in_bTopLevel) {
+    const NodeKind kind = m_Kinds.of(*inout_pExpression);
+    if (kind == NodeKind::Constant || kind == NodeKind::DomainValue) {
+        return true;
+    }
+    if (kind == NodeKind::Other) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "!pDomVal.isNull() && \"unexpected expression -> \" "
+                                           "\"XPR linker may need some modifications\"");
+        return false;
+    }
+    if (isPassedBy(*inout_pExpression)) {
+        return true;
+    }
+    m_Log.resolvingLinks(kind, *inout_pExpression);
+    for (long lChild = 0;
+         lChild != inout_pExpression->getChildEnd() - inout_pExpression->getChildBegin();
+         ++lChild) {
+        if (!resolveChild(*inout_pExpression, lChild)) {
+            return false;
+        }
+    }
+    m_ResolvedIds.insert(inout_pExpression->getId());
+    if (in_bTopLevel && kind != NodeKind::Argument) {
+        addLinkedExpression(inout_pExpression, true);
+    }
+    return true;
+}
+
+bool Resolver::isPassedBy(const ExpressionBaseImpl& in_Expression) {
+    return m_ResolvedIds.count(in_Expression.getId()) != 0 && ++m_uiRevisits > MaxRevisits;
+}
+
+bool Resolver::resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild) {
+    Node pChild(inout_Parent.getChildAt(in_lChild));
+    if (m_Kinds.of(*pChild) == NodeKind::Constant && !shareConstant(inout_Parent, pChild)) {
+        return false;
+    }
+    const NodeKind kind = m_Kinds.of(*pChild);
+    switch (kind) {
+    case NodeKind::UnknownFunction:
+    case NodeKind::UnknownVariable:
+        m_Log.resolvingUnknown(kind, *pChild);
+        return resolvePlaceholder(inout_Parent, in_lChild, pChild, kind);
+    case NodeKind::Variable:
+        return true;
+    default:
+        return resolveExpressionLinks(pChild, false);
+    }
+}
+
+bool Resolver::shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pConstant) {
+    const Node pShared(m_LinkedExpressions.findExpression(inout_pConstant->getName()));
+    if (pShared.isNull()) {
+        m_LinkedExpressions.add(Handle<Expression>(inout_pConstant), false);
+        return true;
+    }
+    if (pShared == inout_pConstant) {
+        return true;
+    }
+    if (inout_Parent.replaceChild(*inout_pConstant, pShared, true) == ExpressionBaseImpl::NoChild) {
+        VELMORA_ASSERT_FAIL_L(getLogger(),
+                              "inout_pExpression-> replaceChild( **iteChildExpr, pExpr ) != -1");
+        return false;
+    }
+    inout_pConstant = pShared;
+    return true;
+}
+
+bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChild,
+                                  const Node& in_pUnknown, NodeKind in_Kind) {
+    std::string strCandidate;
+    const Node pExpression(findCandidate(*in_pUnknown, strCandidate));
+    if (pExpression.isNull()) {
+        m_Log.unresolved(*in_pUnknown);
+        return false;
+    }
+    m_Log.resolvedUnknown(*in_pUnknown, strCandidate.c_str());
+    if (isFunction(m_Kinds.of(*pExpression)) && *pExpression->getSourceInfo() == '\0') {
+        pExpression->setSourceInfo(in_pUnknown->getSourceInfo());
+    }
+    if (in_Kind == NodeKind::UnknownFunction && !resolveCall(pExpression, *in_pUnknown)) {
+        return false;
+    }
+    m_Log.replacingChild(inout_Parent, in_lChild, *in_pUnknown, strCandidate.c_str(), *pExpression);
+    if (inout_Parent.replaceChild(*in_pUnknown, pExpression, true) == ExpressionBaseImpl::NoChild) {
+        VELMORA_ASSERT_FAIL_L(getLogger(),
+                              "inout_pExpression->replaceChild( **iteChildExpr, pExpr ) != -1");
+        return false;
+    }
+    return true;
+}
+
+bool Resolver::resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl& in_Unknown) {
+    auto* const pFunction = dynamic_cast<FunctionBaseImpl*>(inout_pFunction.get());
+    if (pFunction == nullptr) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "!pFunc.isNull()");
+        m_Log.noFunction(in_Unknown);
+        return false;
+    }
+    const auto& unknown = dynamic_cast<const FunctionBaseImpl&>(in_Unknown);
+    const CallBinder binder(getLogger());
+    // The arguments bring the placeholders of the caller along.
+    return binder.copyFunctionParameters(*pFunction, unknown) &&
+           binder.copyFunctionArguments(*pFunction, unknown) &&
+           resolveExpressionLinks(inout_pFunction, false);
+}
+
+Handle<ExpressionBaseImpl> Resolver::findCandidate(const ExpressionBaseImpl& in_Unknown,
+                                                   std::string& out_strCandidate) {
+    for (std::string& strCandidate : candidatesOf(in_Unknown.getName())) {
+        m_Log.tryingCandidate(in_Unknown, strCandidate.c_str());
+        const Node pExpression(findExpression(strCandidate, in_Unknown));
+        if (!pExpression.isNull()) {
+            out_strCandidate = std::move(strCandidate);
+            return pExpression;
+        }
+    }
+    return Node();
+}
+
+Handle<ExpressionBaseImpl> Resolver::findExpression(const std::string& in_strName,
+                                                    const ExpressionBaseImpl& in_Unknown) {
+    m_Log.step("searching expression: ", in_strName.c_str(), "...");
+    m_Log.step("searching in dictionnary of linked expressions...", "");
+    Node pExpression(m_LinkedExpressions.findExpression(in_strName.c_str()));
+    if (!pExpression.isNull()) {
+        m_Log.step("found the expression ", in_strName.c_str(),
+                   " in the dictionnary of linked expressions");
+    } else {
+        pExpression = findUnresolvedExpression(in_strName);
+        if (pExpression.isNull() || !resolve(pExpression, false) || !addPrototype(pExpression)) {
+            return Node();
+        }
+    }
+    return isVariable(m_Kinds.of(*pExpression)) ? pExpression
+                                                : copyPrototype(pExpression, in_Unknown);
+}
+
+Handle<ExpressionBaseImpl> Resolver::findUnresolvedExpression(const std::string& in_strName) {
+    m_Log.step("searching in dictionnary of raw expressions...", "");
+    Node pExpression(m_RawExpressions.findExpression(in_strName.c_str()));
+    if (!pExpression.isNull()) {
+        m_Log.step("found the expression ", in_strName.c_str(),
+                   " in the dictionnary of raw expressions");
+        return isVariable(m_Kinds.of(*pExpression)) ? pExpression : copyRaw(pExpression);
+    }
+    m_Log.step("searching in for a script...", "");
+    pExpression = loadExpressionFromScript(in_strName);
+    if (!pExpression.isNull()) {
+        m_Log.step("found the script expression: ", in_strName.c_str());
+        return pExpression;
+    }
+    m_Log.step("searching in the Registry...", "");
+    const Handle<Expression> pNew(Registry::getInstance().newExpression(in_strName.c_str()));
+    pExpression = Node(pNew);
+    if (!pExpression.isNull()) {
+        m_Log.step("found the expression: ", in_strName.c_str(), " in the Registry");
+    } else if (!pNew.isNull()) {
+        m_Log.foreignExpression();
+    }
+    return pExpression;
+}
+
+Handle<ExpressionBaseImpl> Resolver::copyRaw(const Node& in_pExpression) {
+    Node pCopy(in_pExpression->copy());
+    if (pCopy.isNull()) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "!pExpr.isNull() && \"can't duplicate expression\"");
+    }
+    return pCopy;
+}
+
+Handle<ExpressionBaseImpl> Resolver::loadExpressionFromScript(const std::string& in_strName) {
+    const std::string strFileName(in_strName, 0, in_strName.find('.'));
+    if (strFileName.empty()) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "strFileName.length()");
+        return Node();
+    }
+    m_Log.step("searching for script expression \"", strFileName.c_str(), "\"");
+    return loadScript(strFileName) ? Node(m_RawExpressions.findExpression(in_strName.c_str()))
+                                   : Node();
+}
+
+bool Resolver::loadScript(const std::string& in_strFileName) {
+    // A comment between the parts of a name is part of its text, and may hold anything; the name of
+    // a script never leads into another directory.
+    if (in_strFileName.find('/') != std::string::npos) {
+        return false;
+    }
+    if (m_LoadedScripts.count(in_strFileName) != 0) {
+        return true;
+    }
+    ScriptLoader& loader = *m_Linker.m_pScriptLoader;
+    if (!loader.run(in_strFileName.c_str(), m_RawExpressions, false)) {
+        return false;
+    }
+    m_LoadedScripts.insert(in_strFileName);
+    return true;
+}
+
+bool Resolver::addPrototype(const Node& in_pExpression) {
+    if (m_Kinds.of(*in_pExpression) == NodeKind::Argument) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "pArg.isNull()");
+        return true;
+    }
+    if (!addLinkedExpression(in_pExpression, false)) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "m_LinkedExpressions.add( pExpr )");
+        return false;
+    }
+    return true;
+}
+
+bool Resolver::addLinkedExpression(const Node& in_pExpression, bool in_bIgnoreDuplicate) {
+    const std::size_t uiBefore = m_LinkedExpressions.size();
+    if (!m_LinkedExpressions.add(Handle<Expression>(in_pExpression), in_bIgnoreDuplicate)) {
+        return false;
+    }
+    if (m_LinkedExpressions.size() != uiBefore && isVariable(m_Kinds.of(*in_pExpression))) {
+        m_Copier.share(*in_pExpression);
+    }
+    return true;
+}
+
+Handle<ExpressionBaseImpl> Resolver::copyPrototype(const Node& in_pPrototype,
+                                                   const ExpressionBaseImpl& in_Unknown) {
+    if (!m_Copier.fits(in_pPrototype)) {
+        m_Log.tooManyCopies(in_Unknown, PrototypeCopier::MaxNodes);
+        return Node();
+    }
+    Node pCopy(m_Copier.copy(in_pPrototype));
+    if (pCopy.isNull()) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "!pExpr.isNull() && \"can't duplicate expression\"");
+    }
+    return pCopy;
+}
+
+} // namespace Velmora::Math::Xpr

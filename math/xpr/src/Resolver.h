@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include <velmora/CachedLLLogger.h>
+#include <velmora/Handle.h>
+#include <velmora/ObjectWithLogger.h>
+#include <velmora/math/xpr/Dictionnary.h>
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+#include <velmora/math/xpr/Linker.h>
+
+#include "NodeKind.h"
+#include "PrototypeCopier.h"
+#include "ResolverLog.h"
+
+namespace Velmora::Math::Xpr {
+
+/// The work of one `Linker::run`: finds what the placeholders stand for and puts it in their place.
+///
+/// A name is sought among what has been resolved, among the raw expressions, in the script of that
+/// name, and among the built-ins, in this order. What is found is resolved once, as a prototype;
+/// each use of anything but a variable gets a copy of the prototype.
+///
+/// Resolving a name ends at the variables below it, which are resolved under their own names, so
+/// the work grows with the size of the scripts and not with the number of paths through them.
+class Resolver : public ObjectWithLogger<CachedLLLogger> {
+public:
+    /// How many names may be in the middle of being resolved, each for the sake of the one before.
+    static constexpr std::size_t MaxNames = 20000;
+
+    /// How often the nodes of a run may be visited again: the body of a function leads to its
+    /// arguments once for each place that reads them. Behind that, what was resolved is passed by.
+    static constexpr std::size_t MaxRevisits = ExpressionBaseImpl::MaxVisitsPerWalk;
+
+    /// How many names of a run may fail before a name that failed once is refused without another
+    /// try. With one bad name at the bottom of a long script, each of its lines would otherwise
+    /// report all lines below it again.
+    static constexpr std::size_t MaxFailures = 1000;
+
+    /// Copies the expressions; inputs of the copy and of the original are fed together.
+    Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions);
+
+    /// Resolves everything below an expression, under its name. False, with the reason in the log.
+    bool resolve(const Handle<ExpressionBaseImpl>& inout_pExpression, bool in_bTopLevel);
+
+private:
+    using Node = Handle<ExpressionBaseImpl>;
+
+    bool enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel);
+    bool leave(const std::string& in_strName, bool in_bResolved);
+
+    bool resolveExpressionLinks(const Node& inout_pExpression, bool in_bTopLevel);
+    bool resolveChilds(const Node& inout_pExpression, bool in_bTopLevel);
+    bool resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild);
+    bool resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChild,
+                            const Node& in_pUnknown, NodeKind in_Kind);
+    bool resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl& in_Unknown);
+    bool shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pConstant);
+    bool isPassedBy(const ExpressionBaseImpl& in_Expression);
+
+    Node findCandidate(const ExpressionBaseImpl& in_Unknown, std::string& out_strCandidate);
+    Node findExpression(const std::string& in_strName, const ExpressionBaseImpl& in_Unknown);
+    Node findUnresolvedExpression(const std::string& in_strName);
+    Node copyRaw(const Node& in_pExpression);
+    Node loadExpressionFromScript(const std::string& in_strName);
+    bool loadScript(const std::string& in_strFileName);
+
+    bool addPrototype(const Node& in_pExpression);
+    bool addLinkedExpression(const Node& in_pExpression, bool in_bIgnoreDuplicate);
+    Node copyPrototype(const Node& in_pPrototype, const ExpressionBaseImpl& in_Unknown);
+
+    const Linker& m_Linker;
+    Dictionnary m_RawExpressions;
+    Dictionnary m_LinkedExpressions;
+    std::unordered_map<std::string, Node> m_mapExpressionCalls;
+
+    ResolverLog m_Log;
+    PrototypeCopier m_Copier;
+    NodeKinds m_Kinds;
+    std::unordered_set<unsigned long> m_ResolvedIds;
+    std::size_t m_uiRevisits = 0;
+    std::unordered_set<std::string> m_FailedNames;
+    std::size_t m_uiFailures = 0;
+    /// A script that was loaded once counts as loaded at every further try.
+    std::unordered_set<std::string> m_LoadedScripts;
+};
+
+} // namespace Velmora::Math::Xpr

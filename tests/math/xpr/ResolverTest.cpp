@@ -1,0 +1,787 @@
+#include "math/xpr/src/Resolver.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include <velmora/math/xpr/Argument.h>
+#include <velmora/math/xpr/ConstantImpl.h>
+#include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/Registry.h>
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
+
+#include "math/xpr/src/UnknownFunction.h"
+#include "math/xpr/src/UnknownVariable.h"
+#include "support/AssertionCapture.h"
+#include "support/GraphInvariants.h"
+#include "support/LinkBench.h"
+#include "support/LogCapture.h"
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+using Testing::checkInvariants;
+using Testing::checkLinked;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using Testing::LinkBench;
+using ::testing::Not;
+
+constexpr const char* LoggerName = "quillmark.math.xpr.Linker";
+
+std::string at(const char* in_szFile, int in_iLine, int in_iColumn) {
+    return "<file_position fileName=\"" + std::string(in_szFile) + "\" line=\"" +
+           std::to_string(in_iLine) + "\" column=\"" + std::to_string(in_iColumn) + "\"/>:";
+}
+
+template <class T>
+Handle<Expression> named(const char* in_szName) {
+    auto* const pExpression = new T;
+    pExpression->setName(in_szName);
+    return Handle<Expression>(pExpression);
+}
+
+Handle<Expression> variable(const char* in_szName, const Handle<Expression>& in_pValue) {
+    auto* const pVariable = new VariableImpl;
+    pVariable->setName(in_szName);
+    pVariable->setValue(in_pValue);
+    return Handle<Expression>(pVariable);
+}
+
+Handle<Expression> constant(double in_dValue) {
+    return Handle<Expression>(new ConstantImpl(DoubleVector{in_dValue}));
+}
+
+/// What a variable leads to, through variables and arguments only.
+template <class T>
+Handle<T> valueOf(const Handle<Expression>& in_pVariable) {
+    return Handle<T>(Handle<VariableImpl>(in_pVariable)->getValue());
+}
+
+Handle<Expression> argumentOf(const Handle<Expression>& in_pFunction, std::size_t in_uiIndex) {
+    return Handle<Expression>(Handle<Function>(in_pFunction)->getArgument(in_uiIndex));
+}
+
+/// A built-in for tests: one argument, one parameter; hands its argument on.
+class Echo : public FunctionBaseImpl {
+public:
+    explicit Echo(const char* in_szName = "testEcho") : FunctionBaseImpl(in_szName) {
+        addArgument("x");
+        addParameter("Level");
+    }
+
+protected:
+    struct ForCopy {};
+    explicit Echo(ForCopy) {}
+
+    using FunctionBaseImpl::configure_i;
+    bool configure_i(const ROConfiguration&, const TSHandle<VirtualFileSystem>&) override {
+        return true;
+    }
+    bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
+        Expression& argument = *getChildAt(0);
+        return argument.evaluate(out);
+    }
+    bool reset_i() override { return true; }
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override {
+        auto* const pCopy = new Echo(ForCopy{});
+        const Handle<ExpressionBaseImpl> pHandle(pCopy);
+        pCopy->fill(*this, inout_Copier);
+        return pHandle;
+    }
+    bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override { return false; }
+};
+
+/// Registered under one name, gives itself the name of another.
+class EchoInDisguise : public Echo {};
+
+/// A built-in that can't be copied.
+class Uncopyable : public Echo {
+public:
+    Uncopyable() : Echo("testUncopyable") {}
+
+protected:
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier&) const override { return {}; }
+};
+
+/// A built-in variable that is an argument of no function.
+class StrayArgument : public Argument {
+public:
+    StrayArgument() { setName("testArgument"); }
+};
+
+/// A built-in variable that always has the value 9.
+class Nine : public VariableImpl {
+public:
+    Nine() {
+        setName("testNine");
+        setValue(constant(9));
+    }
+};
+
+/// A node of no kind that the linker knows.
+class Oddity : public ExpressionBaseImpl {
+public:
+    const char* getName() const override { return "oddity"; }
+
+protected:
+    bool configure_i(const TSHandle<VirtualFileSystem>&) override { return true; }
+    bool evaluate_i(LimitedObjPtr<DoubleVector>&) override { return false; }
+    bool reset_i() override { return true; }
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier&) const override {
+        return Handle<ExpressionBaseImpl>(new Oddity);
+    }
+    bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override { return false; }
+};
+
+/// A built-in that isn't written on the library's nodes.
+class Foreign : public virtual Variable {
+public:
+    const char* getName() const override { return "testForeign"; }
+    bool setValue(const Handle<Expression>&) override { return false; }
+    bool setValue(const DoubleVector&) override { return false; }
+    bool configure(const TSHandle<VirtualFileSystem>&) override { return true; }
+    bool evaluate(DoubleVector&) override { return false; }
+    bool evaluate(LimitedObjPtr<DoubleVector>&) override { return false; }
+    bool dump(const char*) const override { return true; }
+    bool reset() override { return true; }
+    std::ostream& write(std::ostream& out_Stream) const override { return out_Stream; }
+};
+
+class ResolverTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        Registry& registry = Registry::getInstance();
+        registry.registerFunction("testEcho", new Registry::ExpressionAllocatorT<Echo>);
+        registry.registerFunction("testEchoInDisguise",
+                                  new Registry::ExpressionAllocatorT<EchoInDisguise>);
+        registry.registerFunction("testUncopyable", new Registry::ExpressionAllocatorT<Uncopyable>);
+        registry.registerVariable("testArgument",
+                                  new Registry::ExpressionAllocatorT<StrayArgument>);
+        registry.registerVariable("testNine", new Registry::ExpressionAllocatorT<Nine>);
+        registry.registerVariable("testForeign", new Registry::ExpressionAllocatorT<Foreign>);
+    }
+
+    ResolverTest() : m_Log(LoggerName) {}
+
+    /// The DEBUG lines of the linker that begin with the text.
+    std::vector<std::string> steps(const std::string& in_strStart) const {
+        std::vector<std::string> vSteps;
+        for (const std::string& strMessage : m_Log.messages(log4cplus::DEBUG_LOG_LEVEL)) {
+            if (strMessage.compare(0, in_strStart.size(), in_strStart) == 0) {
+                vSteps.push_back(strMessage);
+            }
+        }
+        return vSteps;
+    }
+
+    std::vector<std::string> errors() const { return m_Log.messages(log4cplus::ERROR_LOG_LEVEL); }
+
+    AssertionCapture m_Assertions;
+    LogCapture m_Log;
+};
+
+TEST_F(ResolverTest, ANameWithoutAPointIsSoughtInTheScriptOfThatNameThenGlobally) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("a", named<UnknownVariable>("x")), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(steps("trying to resolve"),
+                ElementsAre("trying to resolve expression=\"x\" with \"x.x\"",
+                            "trying to resolve expression=\"x\" with \"x\""));
+}
+
+TEST_F(ResolverTest, ANameOfAScriptIsSoughtThereThenUnderItsOwnNameThenGlobally) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("s.a", named<UnknownVariable>("s.x")), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(steps("trying to resolve"),
+                ElementsAre("trying to resolve expression=\"s.x\" with \"s.x\"",
+                            "trying to resolve expression=\"s.x\" with \"x.x\"",
+                            "trying to resolve expression=\"s.x\" with \"x\""));
+}
+
+TEST_F(ResolverTest, AQualifiedNameIsSoughtInItsOwnScriptOnly) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("s.a", named<UnknownVariable>("s.t.y")), false);
+    bench.m_Raw.add(variable("s.b", named<UnknownVariable>("s.t.u.v")), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(steps("trying to resolve"),
+                ElementsAre("trying to resolve expression=\"s.t.y\" with \"t.y\"",
+                            "trying to resolve expression=\"s.t.u.v\" with \"t.u.v\""));
+}
+
+TEST_F(ResolverTest, TheSearchGoesThroughLinkedRawScriptAndRegistry) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testNine\n"));
+    m_Log.clear();
+    ASSERT_TRUE(bench.link());
+    const std::string strPlace = at("s", 1, 5);
+    const std::vector<std::string> vMessages = m_Log.messages(log4cplus::DEBUG_LOG_LEVEL);
+    const auto search = [](const std::string& in_strName, const std::string& in_strScript) {
+        return std::vector<std::string>{"trying to resolve expression=\"s.testNine\" with \"" +
+                                            in_strName + "\"",
+                                        "searching expression: " + in_strName + "...",
+                                        "searching in dictionnary of linked expressions...",
+                                        "searching in dictionnary of raw expressions...",
+                                        "searching in for a script...",
+                                        "searching for script expression \"" + in_strScript + "\"",
+                                        "searching in the Registry..."};
+    };
+    std::vector<std::string> vExpected{"resolving links of variable: s.a",
+                                       strPlace.substr(0, strPlace.size() - 1) +
+                                           "resolving unknown variable s.testNine"};
+    for (const auto& vSearch : {search("s.testNine", "s"), search("testNine.testNine", "testNine"),
+                                search("testNine", "testNine")}) {
+        vExpected.insert(vExpected.end(), vSearch.begin(), vSearch.end());
+    }
+    vExpected.insert(vExpected.end(), {"found the expression: testNine in the Registry",
+                                       "resolving links of variable: testNine",
+                                       "resolved expression=s.testNine with testNine"});
+    ASSERT_EQ(vMessages.size(), vExpected.size() + 1);
+    for (std::size_t ui = 0; ui != vExpected.size(); ++ui) {
+        EXPECT_EQ(vMessages[ui], vExpected[ui]);
+    }
+    EXPECT_THAT(vMessages.back(), HasSubstr("Replacing s.a child[0]=s.testNine("));
+}
+
+TEST_F(ResolverTest, EachPlaceOfTheSearchSaysWhatItFound) {
+    LinkBench bench{{"scripts/t.xpr", "y = 2\n"}};
+    ASSERT_TRUE(bench.load("s", "a = t.y + b + b\nb = 1\n"));
+    m_Log.clear();
+    ASSERT_TRUE(bench.link());
+    EXPECT_THAT(steps("found"),
+                ElementsAre("found the script expression: t.y",
+                            "found the expression s.b in the dictionnary of raw expressions",
+                            "found the expression s.b in the dictionnary of linked expressions"));
+}
+
+TEST_F(ResolverTest, AReplacementIsLoggedWithBothIdentifiers) {
+    LinkBench bench;
+    const Handle<Expression> pUnknown(named<UnknownVariable>("s.b"));
+    const Handle<Expression> pB(variable("s.b", constant(1)));
+    bench.m_Raw.add(pB, false);
+    bench.m_Raw.add(variable("s.a", pUnknown), false);
+    ASSERT_TRUE(bench.link());
+    std::ostringstream expected;
+    expected << "Replacing s.a child[0]=s.b(" << Handle<ExpressionBaseImpl>(pUnknown)->getId()
+             << ") --> s.b(" << Handle<ExpressionBaseImpl>(pB)->getId() << ")";
+    EXPECT_THAT(steps("Replacing"), ElementsAre(expected.str()));
+}
+
+TEST_F(ResolverTest, AFileOfABuiltInsNameShadowsIt) {
+    LinkBench bench{{"scripts/testNine.xpr", "testNine = 3\n"}};
+    ASSERT_TRUE(bench.load("s", "a = testNine\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[3]");
+    EXPECT_THAT(bench.files().getAskedPaths(),
+                ElementsAre("scripts/s.xpr", "scripts/testNine.xpr"));
+}
+
+TEST_F(ResolverTest, ABuiltInVariableIsSharedByItsUses) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testNine\nb = testNine\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[9]");
+    EXPECT_EQ(valueOf<Expression>(bench.linked<Expression>("s.a")),
+              valueOf<Expression>(bench.linked<Expression>("s.b")));
+}
+
+TEST_F(ResolverTest, EachUseOfABuiltInHasItsOwnInstanceWithItsOwnSettings) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testEcho<1>(4)\nb = testEcho<2>(5)\n"));
+    ASSERT_TRUE(bench.link());
+    const auto pA = valueOf<FunctionBaseImpl>(bench.linked<Expression>("s.a"));
+    const auto pB = valueOf<FunctionBaseImpl>(bench.linked<Expression>("s.b"));
+    EXPECT_STREQ(pA->getName(), "testEcho");
+    EXPECT_NE(pA, pB);
+    EXPECT_EQ(int(pA->getParameter("Level")->getValue()), 1);
+    EXPECT_EQ(int(pB->getParameter("Level")->getValue()), 2);
+    EXPECT_EQ(bench.value("s.a"), "[4]");
+    EXPECT_EQ(bench.value("s.b"), "[5]");
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, ABuiltInTakesThePositionOfItsCall) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = 1 + testEcho<1>(4)\nb = testEcho<1>(4)\n"));
+    ASSERT_TRUE(bench.link());
+    const auto pSum = valueOf<Expression>(bench.linked<Expression>("s.a"));
+    EXPECT_EQ(valueOf<ExpressionBaseImpl>(argumentOf(pSum, 1))->getSourceInfo() + std::string(":"),
+              at("s", 1, 9));
+    EXPECT_EQ(valueOf<ExpressionBaseImpl>(bench.linked<Expression>("s.b"))->getSourceInfo() +
+                  std::string(":"),
+              at("s", 2, 5));
+}
+
+TEST_F(ResolverTest, AScriptFunctionKeepsThePositionOfItsDefinition) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "one() = 1\na = one()\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(valueOf<ExpressionBaseImpl>(bench.linked<Expression>("s.a"))->getSourceInfo() +
+                  std::string(":"),
+              at("s", 1, 1));
+}
+
+TEST_F(ResolverTest, AnInputKeepsItsEmptyPosition) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "inputvar in\na = in\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_STREQ(bench.linked<ExpressionBaseImpl>("s.in")->getSourceInfo(), "");
+}
+
+TEST_F(ResolverTest, TwoUsesOfAFunctionAreTwoObjectsAndTwoUsesOfAVariableOne) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "v = 2\nf(x, y) = x + y\na = f(v, v) + f(v, 1)\n"));
+    ASSERT_TRUE(bench.link());
+    const auto pSum = valueOf<Expression>(bench.linked<Expression>("s.a"));
+    const auto pFirst = valueOf<Expression>(argumentOf(pSum, 0));
+    const auto pSecond = valueOf<Expression>(argumentOf(pSum, 1));
+    EXPECT_FALSE(Handle<ScriptFunctionImpl>(pFirst).isNull());
+    EXPECT_NE(pFirst, pSecond);
+    const auto pV = bench.linked<Expression>("s.v");
+    EXPECT_EQ(valueOf<Expression>(argumentOf(pFirst, 0)), pV);
+    EXPECT_EQ(valueOf<Expression>(argumentOf(pFirst, 1)), pV);
+    EXPECT_EQ(valueOf<Expression>(argumentOf(pSecond, 0)), pV);
+    EXPECT_EQ(bench.value("s.a"), "[7]");
+}
+
+TEST_F(ResolverTest, ThePrototypeIsNeverHandedOut) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = f(1, 2)\nf(x, y) = x + y\nb = f(3, 4)\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_NE(valueOf<Expression>(bench.linked<Expression>("s.a")),
+              bench.linked<Expression>("s.f"));
+    EXPECT_NE(valueOf<Expression>(bench.linked<Expression>("s.b")),
+              bench.linked<Expression>("s.f"));
+    EXPECT_EQ(bench.value("s.a"), "[3]");
+    EXPECT_EQ(bench.value("s.b"), "[7]");
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, AFunctionFoundForAVariableIsTakenAsItIs) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "two() = 2\na = two\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[2]");
+}
+
+TEST_F(ResolverTest, CallingAVariableFailsWithItsPosition) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "v = 2\na = v(1)\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(), ElementsAre("!pFunc.isNull()"));
+    EXPECT_THAT(errors(),
+                ElementsAre(at("s", 2, 5) + "can't call an expression that isn't a function: s.v"));
+}
+
+TEST_F(ResolverTest, AFunctionReadsTheVariablesOfTheLinkedGraphItself) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "inputvar left\n"
+                                "scale = 10\n"
+                                "f(a, b) = a + b + left * scale\n"
+                                "g(a, b) = f(a, b) + f(b, a)\n"
+                                "y = f(1, 2)\n"
+                                "z = g(1, 2) + left\n"));
+    ASSERT_TRUE(bench.link());
+    DoubleVector vFrame;
+    for (const double dFrame : {1.0, 2.0}) {
+        vFrame = DoubleVector{dFrame};
+        bench.set("s.left", vFrame);
+        std::ostringstream y, z;
+        y << DoubleVector{3 + dFrame * 10};
+        z << DoubleVector{2 * (3 + dFrame * 10) + dFrame};
+        EXPECT_EQ(bench.value("s.y"), y.str());
+        EXPECT_EQ(bench.value("s.z"), z.str());
+    }
+    bench.linked<VariableImpl>("s.scale")->setValue(constant(100));
+    EXPECT_EQ(bench.value("s.y"), "[203]");
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+    EXPECT_TRUE(checkLinked(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, AVariableOfAnotherScriptIsSharedByTheFunctionsThatReadIt) {
+    LinkBench bench{{"scripts/t.xpr", "inputvar in\ntwice(a, b) = in + in\n"}};
+    ASSERT_TRUE(bench.load("s", "y = t.twice(0, 0)\nz = t.twice(0, 0) + t.in\n"));
+    ASSERT_TRUE(bench.link());
+    const auto inputOf = [](const Handle<Expression>& in_pCall) {
+        const auto pSum = Handle<ScriptFunctionImpl>(in_pCall)->getImplementation();
+        return valueOf<Expression>(argumentOf(Handle<Expression>(pSum), 0));
+    };
+    const auto pZ = valueOf<Expression>(bench.linked<Expression>("s.z"));
+    const auto pIn = valueOf<Expression>(argumentOf(pZ, 1));
+    EXPECT_EQ(inputOf(valueOf<Expression>(bench.linked<Expression>("s.y"))), pIn);
+    EXPECT_EQ(inputOf(valueOf<Expression>(argumentOf(pZ, 0))), pIn);
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, ParametersReachTheCallsInsideAFunction) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "wrap<n>(x) = testEcho<n>(x)\n"
+                                "outer<m>(x) = wrap<m>(x)\n"
+                                "a = wrap<7>(1)\n"
+                                "b = outer<8>(2)\n"));
+    ASSERT_TRUE(bench.link());
+    const auto pWrap = valueOf<ScriptFunctionImpl>(bench.linked<Expression>("s.a"));
+    const Handle<Function> pEcho(pWrap->getImplementation());
+    EXPECT_EQ(int(pEcho->getParameter(std::size_t(0))->getValue()), 7);
+    const auto pOuter = valueOf<ScriptFunctionImpl>(bench.linked<Expression>("s.b"));
+    const Handle<ScriptFunctionImpl> pInner(pOuter->getImplementation());
+    const Handle<Function> pDeepEcho(pInner->getImplementation());
+    EXPECT_EQ(int(pDeepEcho->getParameter(std::size_t(0))->getValue()), 8);
+    EXPECT_EQ(bench.value("s.b"), "[2]");
+}
+
+TEST_F(ResolverTest, TheStepsOfACallAreLogged) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testEcho<5>(4)\n"));
+    m_Log.clear();
+    ASSERT_TRUE(bench.link());
+    const auto pCall = valueOf<FunctionBaseImpl>(bench.linked<Expression>("s.a"));
+    const std::string strTarget = " --> testEcho(" + std::to_string(pCall->getId()) + ")";
+    const auto vParameters = steps("Resolver::copyFunctionParameters");
+    ASSERT_EQ(vParameters.size(), 2u);
+    EXPECT_THAT(vParameters[0],
+                ::testing::StartsWith("Resolver::copyFunctionParameters : Copying parameters from "
+                                      "s.testEcho("));
+    EXPECT_THAT(vParameters[0], ::testing::EndsWith(strTarget));
+    EXPECT_EQ(vParameters[1], "Resolver::copyFunctionParameters : copy parameter[0]=Level");
+    const auto vArguments = steps("Resolver::copyFunctionArguments");
+    ASSERT_EQ(vArguments.size(), 2u);
+    EXPECT_THAT(vArguments[0],
+                ::testing::StartsWith("Resolver::copyFunctionArguments : Copying arguments from "
+                                      "s.testEcho("));
+    EXPECT_THAT(vArguments[0], ::testing::EndsWith(strTarget));
+    EXPECT_EQ(vArguments[1], "Resolver::copyFunctionArguments : copy argument[0]=x&" +
+                                 std::to_string(pCall->getId()));
+}
+
+TEST_F(ResolverTest, ParametersAreBoundAheadOfArguments) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testEcho(1, 2, 3)\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(errors(), ElementsAre(at("s", 1, 5) + "Function testEcho expects 1 parameter(s)"));
+}
+
+struct BadCall {
+    const char* m_szScript;
+    int m_iLine;
+    int m_iColumn;
+    const char* m_szReport;
+};
+
+class BadCallTest : public ResolverTest, public ::testing::WithParamInterface<BadCall> {};
+
+TEST_P(BadCallTest, IsReportedAtItsPosition) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", GetParam().m_szScript));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(errors(), ElementsAre(at("s", GetParam().m_iLine, GetParam().m_iColumn) +
+                                      GetParam().m_szReport));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Counts, BadCallTest,
+    ::testing::Values(
+        BadCall{"f(x, y) = x + y\na = f(1)\n", 2, 5, "Function s.f expects 2 argument(s)"},
+        BadCall{"f(x, y) = x + y\na = 2 * f(1, 2, 3)\n", 2, 9,
+                "Function s.f expects 2 argument(s)"},
+        BadCall{"two() = 2\na = two(1)\n", 2, 5, "Function s.two expects 0 argument(s)"},
+        BadCall{"f(x, y) = x + y\na = f<1>(1, 2)\n", 2, 5, "Function s.f expects 0 parameter(s)"},
+        BadCall{"f<p>(x, y) = x + y\na = f(1, 2)\n", 2, 5, "Function s.f expects 1 parameter(s)"},
+        BadCall{"a = testEcho<1>(1, 2)\n", 1, 5, "Function testEcho expects 1 argument(s)"},
+        BadCall{"a = testEcho<1, 2>(1)\n", 1, 5, "Function testEcho expects 1 parameter(s)"}));
+
+TEST_F(ResolverTest, ExpressionsThatUseEachOtherAreRefused) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = b\nb = a\n"));
+    EXPECT_FALSE(bench.link());
+    const auto recursion = [](int in_iLine, const char* in_szName) {
+        return at("s", in_iLine, 1) +
+               "recursive expression calls detected for expression: " + in_szName +
+               ". Recursive expression calls are not allowed.";
+    };
+    EXPECT_THAT(errors(),
+                ElementsAre(recursion(1, "s.a"), at("s", 2, 5) + "can't resolve expression: s.a",
+                            at("s", 1, 5) + "can't resolve expression: s.b", recursion(2, "s.b"),
+                            at("s", 1, 5) + "can't resolve expression: s.b",
+                            at("s", 2, 5) + "can't resolve expression: s.a"));
+}
+
+TEST_F(ResolverTest, AFunctionThatCallsItselfIsRefused) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "f(x, y) = f(y, x)\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(errors(),
+                ElementsAre(at("s", 1, 1) + "recursive expression calls detected for expression: "
+                                            "s.f. Recursive expression calls are not allowed.",
+                            at("s", 1, 11) + "can't resolve expression: s.f"));
+}
+
+TEST_F(ResolverTest, AFunctionThatCallsItselfInAnArgumentIsNoRecursion) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "f(x, y) = x + y\na = f(f(1, 2), f(3, f(4, 5)))\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[15]");
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, ANameThatFailsInItsOwnScriptIsSoughtOn) {
+    LinkBench bench{{"scripts/x.xpr", "x = 4\n"}};
+    ASSERT_TRUE(bench.load("s", "x = nope\na = x\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[4]");
+}
+
+TEST_F(ResolverTest, EqualConstantsBecomeOneObject) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = 2\nb = 2 + 2\nf(x, y) = x + 2\nc = f(2, 3)\n"));
+    ASSERT_TRUE(bench.link());
+    const auto pTwo = valueOf<Expression>(bench.linked<Expression>("s.a"));
+    const auto pSum = valueOf<Expression>(bench.linked<Expression>("s.b"));
+    const auto pCall = valueOf<ScriptFunctionImpl>(bench.linked<Expression>("s.c"));
+    EXPECT_EQ(valueOf<Expression>(argumentOf(pSum, 0)), pTwo);
+    EXPECT_EQ(valueOf<Expression>(argumentOf(pSum, 1)), pTwo);
+    EXPECT_EQ(valueOf<Expression>(argumentOf(Handle<Expression>(pCall), 0)), pTwo);
+    EXPECT_EQ(valueOf<Expression>(argumentOf(Handle<Expression>(pCall->getImplementation()), 1)),
+              pTwo);
+    EXPECT_TRUE(checkInvariants(bench.m_Linked));
+}
+
+TEST_F(ResolverTest, ConstantsOfDifferentSignsOfZeroStayApart) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = 0\nb = -0.0\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[0]");
+    EXPECT_EQ(bench.value("s.b"), "[-0]");
+}
+
+TEST_F(ResolverTest, AScriptThatIsBrokenFurtherDownLeavesItsFirstDefinitionsForLaterUses) {
+    LinkBench bench{{"scripts/t.xpr", "a = 1\nb = (\n"}};
+    ASSERT_TRUE(bench.load("s", "first = t.a\nsecond = t.a\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_EQ(bench.value("s.first"), "none");
+    EXPECT_EQ(bench.value("s.second"), "[1]");
+}
+
+TEST_F(ResolverTest, AScriptIsReadOncePerRunHoweverOftenItsNamesAreUsed) {
+    LinkBench bench{{"scripts/s.xpr", "never = 1\n"}};
+    std::string strScript = "a0 = testEcho<0>(1)\n";
+    for (int i = 1; i != 20; ++i) {
+        strScript += "a" + std::to_string(i) + " = testEcho<0>(1)\n";
+    }
+    ASSERT_TRUE(bench.load("s", strScript));
+    ASSERT_TRUE(bench.link());
+    const auto vAsked = bench.files().getAskedPaths();
+    EXPECT_EQ(std::count(vAsked.begin(), vAsked.end(), "scripts/s.xpr"), 1);
+}
+
+TEST_F(ResolverTest, ANameNeverLeadsIntoAnotherDirectory) {
+    LinkBench bench{{"scripts/sub/*x*/.xpr", "b = 1\n"}};
+    ASSERT_TRUE(bench.load("s", "a = sub/*x*/.b\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(bench.files().getAskedPaths(), IsEmpty());
+    EXPECT_THAT(errors(), ElementsAre(at("s", 1, 5) + "can't resolve expression: s.sub/*x*/.b"));
+}
+
+TEST_F(ResolverTest, AnExpressionWithoutANameIsAnAssertion) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("", constant(1)), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(), ElementsAre("! strExprName.empty()"));
+}
+
+TEST_F(ResolverTest, AScriptWithoutANameIsAnAssertion) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("a", named<UnknownVariable>(".x")), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(), ElementsAre("strFileName.length()"));
+}
+
+TEST_F(ResolverTest, AnUnexpectedKindOfNodeIsAnAssertion) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("a", Handle<Expression>(new Oddity)), false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(),
+                ElementsAre("!pDomVal.isNull() && \"unexpected expression -> \" "
+                            "\"XPR linker may need some modifications\""));
+}
+
+TEST_F(ResolverTest, AnArgumentFoundByNameIsAnAssertionAndIsTaken) {
+    LinkBench bench;
+    bench.m_Raw.add(variable("s.a", named<UnknownVariable>("s.testArgument")), false);
+    EXPECT_TRUE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(), ElementsAre("pArg.isNull()"));
+}
+
+TEST_F(ResolverTest, ABuiltInThatNamesItselfAsAnotherIsAnAssertion) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testEcho<1>(1)\nb = testEchoInDisguise<1>(2)\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(), ElementsAre("m_LinkedExpressions.add( pExpr )"));
+    EXPECT_EQ(bench.value("s.a"), "[1]");
+}
+
+TEST_F(ResolverTest, ABuiltInThatCanNotBeCopiedIsAnAssertion) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testUncopyable<1>(1)\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(),
+                ElementsAre("!pExpr.isNull() && \"can't duplicate expression\""));
+}
+
+TEST_F(ResolverTest, ABuiltInThatIsNoNodeIsReported) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = testForeign\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(errors(), ElementsAre("Must use same implementation base for all expressions.",
+                                      at("s", 1, 5) + "can't resolve expression: s.testForeign"));
+}
+
+TEST_F(ResolverTest, AResultThatStandsAboveThePlaceholderIsAnAssertion) {
+    LinkBench bench;
+    const Handle<Expression> pInner(variable("s.inner", named<UnknownVariable>("s.outer")));
+    bench.m_Raw.add(variable("s.outer", pInner), false);
+    bench.m_Raw.add(pInner, false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(),
+                ElementsAre("!isParent( *in_pNewChild ) && \"Can't loop on a parent!\"",
+                            "inout_pExpression->replaceChild( **iteChildExpr, pExpr ) != -1"));
+}
+
+TEST_F(ResolverTest, AConstantWhosePlaceIsTakenByWhatStandsAboveItIsAnAssertion) {
+    LinkBench bench;
+    const Handle<Expression> pInner(variable("s.inner", constant(1)));
+    bench.m_Raw.add(variable("Constant_[1]", pInner), false);
+    bench.m_Raw.add(pInner, false);
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(m_Assertions.expressions(),
+                ElementsAre("!isParent( *in_pNewChild ) && \"Can't loop on a parent!\"",
+                            "inout_pExpression-> replaceChild( **iteChildExpr, pExpr ) != -1"));
+}
+
+/// A script of definitions that each use the two before.
+std::string ladder(int in_iCount, bool in_bReverse) {
+    std::vector<std::string> vLines{"v0 = 1\n", "v1 = 1\n"};
+    for (int i = 2; i != in_iCount; ++i) {
+        vLines.push_back("v" + std::to_string(i) + " = (v" + std::to_string(i - 1) + " + v" +
+                         std::to_string(i - 2) + ") * 0.5\n");
+    }
+    if (in_bReverse) {
+        std::reverse(vLines.begin(), vLines.end());
+    }
+    std::string strScript;
+    for (const std::string& strLine : vLines) {
+        strScript += strLine;
+    }
+    return strScript;
+}
+
+class LadderTest : public ResolverTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(LadderTest, TenThousandDefinitionsOnEachOtherLink) {
+    constexpr int Count = 10000;
+    m_Log.clear();
+    LinkBench bench;
+    {
+        const LogCapture quiet(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const LogCapture quietLinker(LoggerName, log4cplus::ERROR_LOG_LEVEL);
+        ASSERT_TRUE(bench.load("s", ladder(Count, GetParam())));
+        ASSERT_TRUE(bench.link());
+        EXPECT_EQ(bench.value(("s.v" + std::to_string(Count - 1)).c_str()), "[1]");
+    }
+    EXPECT_EQ(bench.m_Linked.size(), std::size_t(Count));
+}
+
+INSTANTIATE_TEST_SUITE_P(FileOrder, LadderTest, ::testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(ReverseOrder, LadderTest, ::testing::Values(true));
+
+class ResolverLimitTest : public ResolverTest {
+protected:
+    ResolverLimitTest() : m_Quiet(LoggerName, log4cplus::ERROR_LOG_LEVEL) {}
+
+    LogCapture m_Quiet;
+};
+
+TEST_F(ResolverLimitTest, CallsInsideCallsCostNoMoreThanTheGraphIsLarge) {
+    // Each level reads its argument twice: walked along every path, this never ends.
+    std::string strCall = "1";
+    for (int i = 0; i != 60; ++i) {
+        strCall = "f(" + strCall + ", 0)";
+    }
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "f(x, y) = (x + x) * 0.5 + y\na = " + strCall + "\n"));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[1]");
+    EXPECT_TRUE(checkLinked(bench.m_Linked));
+}
+
+TEST_F(ResolverLimitTest, FunctionsThatMultiplyAreRefusedWithTheLimit) {
+    std::string strScript = "f0(x, y) = x + y\n";
+    for (int i = 1; i != 41; ++i) {
+        const std::string strCall = "f" + std::to_string(i - 1) + "(x, y)";
+        strScript += "f" + std::to_string(i) + "(x, y) = " + strCall + " + " + strCall + "\n";
+    }
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", strScript));
+    EXPECT_FALSE(bench.link());
+    const auto vErrors = m_Quiet.messages(log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_THAT(vErrors, Contains(HasSubstr("too many copies of functions for expression: s.f")));
+    EXPECT_THAT(vErrors, Contains(HasSubstr(std::to_string(PrototypeCopier::MaxNodes))));
+    EXPECT_THAT(vErrors.front(), ::testing::StartsWith("<file_position fileName=\"s\" line=\""));
+    EXPECT_LT(vErrors.size(), 10000u);
+    EXPECT_FALSE(bench.linked<Function>("s.f5").isNull());
+}
+
+/// Names that each stand on the next, first name first: resolving the first goes through all.
+void addChain(Dictionnary& out, std::size_t in_uiCount, const Handle<Expression>& in_pLast) {
+    for (std::size_t ui = 0; ui + 1 != in_uiCount; ++ui) {
+        const std::string strNext = "s.v" + std::to_string(ui + 1);
+        out.add(
+            variable(("s.v" + std::to_string(ui)).c_str(), named<UnknownVariable>(strNext.c_str())),
+            false);
+    }
+    out.add(variable(("s.v" + std::to_string(in_uiCount - 1)).c_str(), in_pLast), false);
+}
+
+TEST_F(ResolverLimitTest, AChainOfNamesAsLongAsTheLimitLinks) {
+    LinkBench bench;
+    addChain(bench.m_Raw, Resolver::MaxNames, constant(5));
+    ASSERT_TRUE(bench.link());
+    EXPECT_EQ(bench.value("s.v0"), "[5]");
+}
+
+TEST_F(ResolverLimitTest, ALongerChainOfNamesIsRefusedWithTheLimit) {
+    LinkBench bench;
+    addChain(bench.m_Raw, Resolver::MaxNames + 1, constant(5));
+    EXPECT_FALSE(bench.link());
+    const auto vErrors = m_Quiet.messages(log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_EQ(vErrors.front(), ":too many names depend on each other at expression: s.v" +
+                                   std::to_string(Resolver::MaxNames) + ". A chain of at most " +
+                                   std::to_string(Resolver::MaxNames) + " names is allowed.");
+}
+
+TEST_F(ResolverLimitTest, OneBadNameBelowALongScriptIsReportedInProportion) {
+    constexpr std::size_t Count = 2000;
+    LinkBench bench;
+    std::string strScript = "v0 = nope\n";
+    for (std::size_t ui = 1; ui != Count; ++ui) {
+        strScript += "v" + std::to_string(ui) + " = v" + std::to_string(ui - 1) + "\n";
+    }
+    ASSERT_TRUE(bench.load("s", strScript));
+    EXPECT_FALSE(bench.link());
+    EXPECT_EQ(bench.m_Linked.size(), 0u);
+    const auto vErrors = m_Quiet.messages(log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_GE(vErrors.size(), Count);
+    EXPECT_LT(vErrors.size(), Count + 2 * Resolver::MaxFailures);
+    EXPECT_EQ(vErrors.back(), at("s", Count, strScript.size() > 0 ? 9 : 0) +
+                                  "can't resolve expression: s.v" + std::to_string(Count - 2));
+}
+
+} // namespace
+} // namespace Velmora::Math::Xpr
