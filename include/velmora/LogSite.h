@@ -45,7 +45,7 @@
         if (::Velmora::detail::isSiteEnabled(velmoraLogger, level)) {                              \
             constexpr const char* velmoraFile = ::Velmora::detail::bareFileName(__FILE__);         \
             ::Velmora::detail::LogMessage velmoraMessage;                                          \
-            velmoraMessage.stream() << text;                                                       \
+            velmoraMessage.stream() << text; /* NOLINT(bugprone-macro-parentheses) */              \
             velmoraMessage.write(velmoraLogger, level, velmoraFile, __LINE__);                     \
         }                                                                                          \
     } while (false)

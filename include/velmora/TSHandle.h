@@ -47,7 +47,7 @@ public:
     ~TSHandle() { release(); }
 
     /// Does nothing if both point at the same object, even with two different counters.
-    TSHandle& operator=(const TSHandle& in_rhs) {
+    TSHandle& operator=(const TSHandle& in_rhs) { // NOLINT(bugprone-unhandled-self-assignment)
         if (m_ptr != in_rhs.m_ptr) {
             TSHandle held(in_rhs);
             swapWords(held);

@@ -4,17 +4,23 @@ namespace Velmora {
 
 namespace {
 
-/// Tells which logger of the hierarchy a handle of log4cplus stands for.
-struct LoggerIdentity : log4cplus::Logger {
-    explicit LoggerIdentity(const log4cplus::Logger& in_logger) : log4cplus::Logger(in_logger) {}
+/// Climbs from a logger of the hierarchy to its root.
+class ChainLink : private log4cplus::Logger {
+public:
+    explicit ChainLink(const log4cplus::Logger& in_logger) : log4cplus::Logger(in_logger) {}
 
-    const void* get() const noexcept { return value; }
+    std::size_t getNumAppender() { return getAllAppenders().size(); }
+
+    /// False where the chain ends: at the root, and at a logger that keeps its messages to itself.
+    bool climb() {
+        static const void* const s_pRoot = ChainLink(getRoot()).value;
+        if (value == s_pRoot || !getAdditivity()) {
+            return false;
+        }
+        log4cplus::Logger::operator=(getParent());
+        return true;
+    }
 };
-
-bool isRoot(const log4cplus::Logger& in_logger) {
-    static const void* const s_pRoot = LoggerIdentity(log4cplus::Logger::getRoot()).get();
-    return LoggerIdentity(in_logger).get() == s_pRoot;
-}
 
 } // namespace
 
@@ -34,15 +40,12 @@ void Logger::callAppenders(const log4cplus::spi::InternalLoggingEvent& in_event)
 }
 
 int Logger::getChainedNumAppender() const {
-    int iCount = 0;
-    log4cplus::Logger logger(*this);
-    for (;;) {
-        iCount += static_cast<int>(logger.getAllAppenders().size());
-        if (isRoot(logger) || !logger.getAdditivity()) {
-            return iCount;
-        }
-        logger = logger.getParent();
-    }
+    std::size_t uiCount = 0;
+    ChainLink link(*this);
+    do {
+        uiCount += link.getNumAppender();
+    } while (link.climb());
+    return static_cast<int>(uiCount);
 }
 
 void Logger::log(LogLevel in_level, const std::string& in_strMessage, const char* in_szFile,

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/AllocationCounter.h"
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -176,6 +178,17 @@ TEST(HashMapVectorTest, IteratorsWalkBothWays) {
     EXPECT_EQ("b", (constIt--)->first);
     EXPECT_EQ("a", (constIt++)->first);
     EXPECT_EQ(constMap.end(), ++constIt);
+}
+
+TEST(HashMapVectorTest, AnEmptyMapAllocatesNothing) {
+    const std::string strKey("key");
+    const Testing::AllocationCounter counter;
+    const HashMapVector<std::string, int> map;
+    const HashMapVector<std::string, int> copy(map);
+    const bool bFound = copy.find(strKey) != copy.end();
+    const std::size_t uiAllocations = counter.allocations();
+    EXPECT_FALSE(bFound);
+    EXPECT_EQ(0u, uiAllocations);
 }
 
 struct Tracked : virtual Object {};

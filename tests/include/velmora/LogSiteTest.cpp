@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/AllocationCounter.h"
 #include "support/LogCapture.h"
 
 #include <locale>
@@ -57,6 +58,19 @@ TEST(LogSiteTest, NothingIsFormattedBelowTheLevel) {
     EXPECT_EQ(0, iWritten);
     VELMORA_LOG_ERROR(Logger(Name), Witness{iWritten});
     EXPECT_EQ(1, iWritten);
+}
+
+TEST(LogSiteTest, ASiteThatWritesNothingAllocatesNothing) {
+    const Logger enabled(Name);
+    CachedLLLogger disabled(Name);
+    disabled.setCachedLogLevel(ERROR_LOG_LEVEL);
+    const Level level(TRACE_LOG_LEVEL);
+    const Testing::AllocationCounter counter;
+    VELMORA_LOG_DEBUG(enabled, "without an appender " << 1);
+    VELMORA_LOG_DEBUG(disabled, "below the cached level " << 1);
+    VELMORA_TRACE_SCOPE(disabled, "LogSiteTest::disabled");
+    const std::size_t uiAllocations = counter.allocations();
+    EXPECT_EQ(0u, uiAllocations);
 }
 
 TEST(LogSiteTest, ALineCarriesItsLevelNameTextAndPlace) {
