@@ -27,8 +27,8 @@ constexpr double longestMirroredPeriod = 32.0;
 // the gaps: the cost of a sample doesn't depend on the carrier.
 constexpr std::size_t reachOfEverySample = 256;
 
-/// Samples for which the carrier and its mirror image drift apart by a turn and a turn again: the
-/// carrier's period, or, above a quarter of the sample rate, that of its distance to half of it.
+/// The samples in which the carrier and its mirror image drift apart by two turns: the carrier's
+/// period, or, above a quarter of the sample rate, that of its distance to half of it.
 double separatingPeriod(double in_dSampleRate, double in_dFrequency) {
     const double distance = 0.5 * in_dSampleRate - in_dFrequency;
     return in_dFrequency <= distance ? in_dSampleRate / in_dFrequency

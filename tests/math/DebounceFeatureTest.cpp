@@ -15,30 +15,21 @@ DebounceFeature debounceOf(int in_iValue) {
     return feature;
 }
 
-/// One-element frames in and out.
-Values run(DebounceFeature& inout_feature, const Values& in_frames) {
-    Values results;
-    for (const double value : in_frames) {
-        results.push_back(resultOf(inout_feature, {value}).at(0));
-    }
-    return results;
-}
-
 TEST(DebounceFeatureTest, NewValueComesOutOnceItHasLasted) {
     DebounceFeature feature = debounceOf(3);
-    EXPECT_EQ(run(feature, {1, 2, 2, 2, 2, 1, 1, 1}), (Values{1, 1, 1, 2, 2, 2, 2, 1}));
+    EXPECT_EQ(firstValuesOf(feature, {1, 2, 2, 2, 2, 1, 1, 1}), (Values{1, 1, 1, 2, 2, 2, 2, 1}));
 }
 
 TEST(DebounceFeatureTest, InterruptedChangeStartsAnew) {
     DebounceFeature feature = debounceOf(3);
-    EXPECT_EQ(run(feature, {1, 2, 2, 1, 2, 2, 3, 3, 2, 2, 2}),
+    EXPECT_EQ(firstValuesOf(feature, {1, 2, 2, 1, 2, 2, 3, 3, 2, 2, 2}),
               (Values{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 2}));
 }
 
 TEST(DebounceFeatureTest, ZeroAndOneLetEverythingThrough) {
     for (const int value : {0, 1}) {
         DebounceFeature feature = debounceOf(value);
-        EXPECT_THAT(run(feature, {1, 2, 1, -0.0, 0.0, nan, 3}),
+        EXPECT_THAT(firstValuesOf(feature, {1, 2, 1, -0.0, 0.0, nan, 3}),
                     HasValues(Values{1, 2, 1, -0.0, 0.0, nan, 3}))
             << value;
     }
@@ -66,22 +57,22 @@ TEST(DebounceFeatureTest, ChangeOfSizeForgetsTheCandidate) {
 
 TEST(DebounceFeatureTest, NaNEqualsANaN) {
     DebounceFeature feature = debounceOf(2);
-    EXPECT_THAT(run(feature, {1, nan, -nan, nan, 1, nan, 1, 1}),
+    EXPECT_THAT(firstValuesOf(feature, {1, nan, -nan, nan, 1, nan, 1, 1}),
                 HasValues(Values{1, 1, nan, nan, nan, nan, nan, 1}));
 }
 
 TEST(DebounceFeatureTest, ResetMakesTheNextFrameTheFirst) {
     DebounceFeature feature = debounceOf(3);
-    run(feature, {1, 2, 2});
+    firstValuesOf(feature, {1, 2, 2});
     EXPECT_TRUE(feature.reset());
-    EXPECT_EQ(run(feature, {2, 3, 3, 3}), (Values{2, 2, 2, 3}));
+    EXPECT_EQ(firstValuesOf(feature, {2, 3, 3, 3}), (Values{2, 2, 2, 3}));
 }
 
 TEST(DebounceFeatureTest, NewDebounceValueKeepsTheMemory) {
     DebounceFeature feature = debounceOf(3);
-    run(feature, {1, 2});
+    firstValuesOf(feature, {1, 2});
     EXPECT_TRUE(configure(feature, {{key, 2}}));
-    EXPECT_EQ(run(feature, {2}), (Values{2}));
+    EXPECT_EQ(firstValuesOf(feature, {2}), (Values{2}));
 }
 
 TEST(DebounceFeatureTest, ValueThatCannotBeUsedKeepsTheOneBefore) {
@@ -90,7 +81,7 @@ TEST(DebounceFeatureTest, ValueThatCannotBeUsedKeepsTheOneBefore) {
          {ParameterValue(-1), ParameterValue(1.0f), ParameterValue("1")}) {
         EXPECT_FALSE(configure(feature, {{key, value}})) << value;
         EXPECT_TRUE(feature.reset());
-        EXPECT_EQ(run(feature, {1, 2, 2}), (Values{1, 1, 2})) << value;
+        EXPECT_EQ(firstValuesOf(feature, {1, 2, 2}), (Values{1, 1, 2})) << value;
     }
 }
 

@@ -18,30 +18,22 @@ DebounceOnOffFeature switchOf(int in_iOn, int in_iOff) {
     return feature;
 }
 
-Values run(DebounceOnOffFeature& inout_feature, const Values& in_frames) {
-    Values results;
-    for (const double value : in_frames) {
-        results.push_back(resultOf(inout_feature, {value}).at(0));
-    }
-    return results;
-}
-
 TEST(DebounceOnOffFeatureTest, SwitchesAfterARunOfFrames) {
     DebounceOnOffFeature feature = switchOf(2, 3);
-    EXPECT_EQ(run(feature, {1, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1}),
+    EXPECT_EQ(firstValuesOf(feature, {1, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1}),
               (Values{0, 0, 0, 1, 1, 1, 1, 1, 1, 0, 0, 1}));
 }
 
 TEST(DebounceOnOffFeatureTest, ZeroCountsAsOne) {
     for (const int value : {0, 1}) {
         DebounceOnOffFeature feature = switchOf(value, value);
-        EXPECT_EQ(run(feature, {0, 1, 0, 1, 1, 0}), (Values{0, 1, 0, 1, 1, 0})) << value;
+        EXPECT_EQ(firstValuesOf(feature, {0, 1, 0, 1, 1, 0}), (Values{0, 1, 0, 1, 1, 0})) << value;
     }
 }
 
 TEST(DebounceOnOffFeatureTest, StartsAtZeroHoweverLongItTakes) {
     DebounceOnOffFeature feature = switchOf(std::numeric_limits<int>::max(), 1);
-    EXPECT_EQ(run(feature, {1, 1, 1}), (Values{0, 0, 0}));
+    EXPECT_EQ(firstValuesOf(feature, {1, 1, 1}), (Values{0, 0, 0}));
 }
 
 TEST(DebounceOnOffFeatureTest, OnlyTheFirstValueCountsAndOnlyZeroIsOff) {
@@ -54,18 +46,18 @@ TEST(DebounceOnOffFeatureTest, OnlyTheFirstValueCountsAndOnlyZeroIsOff) {
 
 TEST(DebounceOnOffFeatureTest, EmptyFrameIsRefusedAndDoesNotInterruptARun) {
     DebounceOnOffFeature feature = switchOf(2, 2);
-    EXPECT_EQ(run(feature, {1}), (Values{0}));
+    EXPECT_EQ(firstValuesOf(feature, {1}), (Values{0}));
     expectRefuses(feature, {});
-    EXPECT_EQ(run(feature, {1}), (Values{1}));
+    EXPECT_EQ(firstValuesOf(feature, {1}), (Values{1}));
 }
 
 TEST(DebounceOnOffFeatureTest, ResetSwitchesOffAndForgetsTheRun) {
     DebounceOnOffFeature feature = switchOf(2, 5);
-    EXPECT_EQ(run(feature, {1, 1}), (Values{0, 1}));
+    EXPECT_EQ(firstValuesOf(feature, {1, 1}), (Values{0, 1}));
     EXPECT_TRUE(feature.reset());
-    EXPECT_EQ(run(feature, {0, 1}), (Values{0, 0}));
+    EXPECT_EQ(firstValuesOf(feature, {0, 1}), (Values{0, 0}));
     EXPECT_TRUE(feature.reset());
-    EXPECT_EQ(run(feature, {1, 1}), (Values{0, 1}));
+    EXPECT_EQ(firstValuesOf(feature, {1, 1}), (Values{0, 1}));
 }
 
 TEST(DebounceOnOffFeatureTest, ComputesOnceBothValuesAreKnown) {
@@ -73,14 +65,14 @@ TEST(DebounceOnOffFeatureTest, ComputesOnceBothValuesAreKnown) {
     EXPECT_TRUE(configure(feature, {{onKey, 1}}));
     expectRefuses(feature, {1.0});
     EXPECT_TRUE(configure(feature, {{offKey, 1}}));
-    EXPECT_EQ(run(feature, {1}), (Values{1}));
+    EXPECT_EQ(firstValuesOf(feature, {1}), (Values{1}));
 }
 
 TEST(DebounceOnOffFeatureTest, NewValuesKeepTheMemory) {
     DebounceOnOffFeature feature = switchOf(3, 3);
-    run(feature, {1, 1});
+    firstValuesOf(feature, {1, 1});
     EXPECT_TRUE(configure(feature, {{onKey, 3}, {offKey, 1}}));
-    EXPECT_EQ(run(feature, {1, 0}), (Values{1, 0}));
+    EXPECT_EQ(firstValuesOf(feature, {1, 0}), (Values{1, 0}));
 }
 
 TEST(DebounceOnOffFeatureTest, ValueThatCannotBeUsedKeepsBothBefore) {
@@ -90,7 +82,7 @@ TEST(DebounceOnOffFeatureTest, ValueThatCannotBeUsedKeepsBothBefore) {
         EXPECT_FALSE(configure(feature, {{onKey, 1}, {offKey, value}})) << value;
         EXPECT_FALSE(configure(feature, {{onKey, value}, {offKey, 5}})) << value;
         EXPECT_TRUE(feature.reset());
-        EXPECT_EQ(run(feature, {1, 1, 0}), (Values{0, 1, 0})) << value;
+        EXPECT_EQ(firstValuesOf(feature, {1, 1, 0}), (Values{0, 1, 0})) << value;
     }
 }
 

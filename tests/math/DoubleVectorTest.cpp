@@ -208,12 +208,12 @@ TEST(DoubleVectorTest, CopyOfAClearedVectorHasNoBlock) {
 TEST(DoubleVectorTest, AssignmentKeepsABlockThatIsLargeEnough) {
     DoubleVector target{1.0, 2.0, 3.0};
     const double* const block = target.begin();
-    const Testing::AllocationCounter counter;
-    target = DoubleVector();
-    EXPECT_EQ(counter.allocations(), 0u);
-    target.resize(3);
+    const DoubleVector empty;
     const DoubleVector source{4.0, 5.0};
+    const Testing::AllocationCounter counter;
+    target = empty;
     target = source;
+    EXPECT_EQ(counter.allocations(), 0u);
     EXPECT_EQ(target.capacity(), 3u);
     EXPECT_EQ(target.begin(), block);
     EXPECT_THAT(target, ElementsAre(4, 5));
@@ -347,6 +347,17 @@ TEST(DoubleVectorTest, SizesBeyondTheAddressSpaceThrowAndChangeNothing) {
     EXPECT_EQ(vector.begin(), block);
     EXPECT_THAT(vector, ElementsAre(1, 2));
 }
+
+// A sanitizer's allocator aborts on such a request instead of refusing it.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(DoubleVectorTest, AllocationThatFailsThrowsAndChangesNothing) {
+    DoubleVector vector{1.0, 2.0};
+    const double* const block = vector.begin();
+    EXPECT_THROW(vector.resize(std::size_t{1} << 50), std::bad_alloc);
+    EXPECT_EQ(vector.begin(), block);
+    EXPECT_THAT(vector, ElementsAre(1, 2));
+}
+#endif
 
 TEST(DoubleVectorTest, AtChecksTheIndex) {
     DoubleVector vector{1.0, 2.0};

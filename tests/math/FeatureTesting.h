@@ -67,6 +67,15 @@ inline std::vector<Values> resultsOf(SignalFeature& inout_feature,
     return results;
 }
 
+/// The first values of the results for consecutive frames of one value each.
+inline Values firstValuesOf(SignalFeature& inout_feature, const Values& in_frames) {
+    Values results;
+    for (const double value : in_frames) {
+        results.push_back(resultOf(inout_feature, {value}).at(0));
+    }
+    return results;
+}
+
 /// Expects that the feature refuses the frame and leaves the output alone.
 inline void expectRefuses(SignalFeature& inout_feature, const Values& in_frame) {
     DoubleVector result{42.0};

@@ -1,6 +1,5 @@
 #include "math/FeatureTesting.h"
 
-#include <velmora/CloneableObjPtr.h>
 #include <velmora/Resettable.h>
 #include <velmora/math/AbsFeature.h>
 #include <velmora/math/DebounceFeature.h>

@@ -18,9 +18,13 @@ std::size_t accountedAllocations() {
     return blocks;
 }
 
-void* allocateCounted(std::size_t in_uiSize) {
+void* allocateCounted(std::size_t in_uiSize) noexcept {
     globalAllocations.fetch_add(1, std::memory_order_relaxed);
-    void* const block = std::malloc(in_uiSize != 0 ? in_uiSize : 1);
+    return std::malloc(in_uiSize != 0 ? in_uiSize : 1);
+}
+
+void* allocateCountedOrThrow(std::size_t in_uiSize) {
+    void* const block = allocateCounted(in_uiSize);
     if (block == nullptr) {
         throw std::bad_alloc();
     }
@@ -29,19 +33,35 @@ void* allocateCounted(std::size_t in_uiSize) {
 
 } // namespace
 
-// The forms for arrays come down to these. So does the one without exceptions in the standard
-// library, but not in the address sanitizer's, whose blocks these operators can't release.
+// Every form by name: a sanitizer brings its own of those that aren't replaced.
 void* operator new(std::size_t in_uiSize) {
-    return allocateCounted(in_uiSize);
+    return allocateCountedOrThrow(in_uiSize);
+}
+void* operator new[](std::size_t in_uiSize) {
+    return allocateCountedOrThrow(in_uiSize);
 }
 void* operator new(std::size_t in_uiSize, const std::nothrow_t&) noexcept {
-    globalAllocations.fetch_add(1, std::memory_order_relaxed);
-    return std::malloc(in_uiSize != 0 ? in_uiSize : 1);
+    return allocateCounted(in_uiSize);
+}
+void* operator new[](std::size_t in_uiSize, const std::nothrow_t&) noexcept {
+    return allocateCounted(in_uiSize);
 }
 void operator delete(void* in_pBlock) noexcept {
     std::free(in_pBlock);
 }
+void operator delete[](void* in_pBlock) noexcept {
+    std::free(in_pBlock);
+}
 void operator delete(void* in_pBlock, std::size_t) noexcept {
+    std::free(in_pBlock);
+}
+void operator delete[](void* in_pBlock, std::size_t) noexcept {
+    std::free(in_pBlock);
+}
+void operator delete(void* in_pBlock, const std::nothrow_t&) noexcept {
+    std::free(in_pBlock);
+}
+void operator delete[](void* in_pBlock, const std::nothrow_t&) noexcept {
     std::free(in_pBlock);
 }
 
