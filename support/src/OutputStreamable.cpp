@@ -2,8 +2,6 @@
 
 #include <velmora/DeepCall.h>
 
-#include <velmora/DeepCall.h>
-
 #include <ostream>
 
 namespace Velmora {

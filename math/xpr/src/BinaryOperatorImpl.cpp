@@ -120,12 +120,29 @@ bool BinaryOperatorImplNoT::evaluate_i(LimitedObjPtr<DoubleVector>& out) {
 }
 
 void BinaryOperatorImplNoT::seal_i() {
+    const Handle<ExpressionBaseImpl> pFormerLeft(m_pLeftChild);
+    const Handle<ExpressionBaseImpl> pFormerRight(m_pRightChild);
     m_pLeftChild = getYoungerChild(Handle<ExpressionBaseImpl>(getLeftArgument()));
     m_pRightChild = getYoungerChild(Handle<ExpressionBaseImpl>(getRightArgument()));
     for (const auto* ppChild : {&m_pLeftChild, &m_pRightChild}) {
         if (!ppChild->isNull()) {
             (*ppChild)->addParent(this);
         }
+    }
+    for (const auto* ppFormer : {&pFormerLeft, &pFormerRight}) {
+        if (!ppFormer->isNull() && *ppFormer != m_pLeftChild && *ppFormer != m_pRightChild) {
+            retireFrom(**ppFormer);
+        }
+    }
+    forgetOtherValue(m_pLeftChild, m_pLeftValue);
+    forgetOtherValue(m_pRightChild, m_pRightValue);
+}
+
+void BinaryOperatorImplNoT::forgetOtherValue(const Handle<ExpressionBaseImpl>& in_pChild,
+                                             LimitedObjPtr<DoubleVector>& inout_pValue) {
+    // A pointer into a node that computed the side before may outlive that node.
+    if (in_pChild.isNull() || !isValueOf(*in_pChild, inout_pValue)) {
+        inout_pValue = nullptr;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
+#include <velmora/math/xpr/ExpressionImplCopier.h>
 
 namespace Velmora::Math::Xpr {
 
@@ -28,6 +29,12 @@ const DoubleVector& DomainValueNoCopyImpl::getValue() const {
     VELMORA_LOG_DEBUG(fileLogger(),
                       "DomainValueNoCopyImpl::getValue ID=" << getId() << " val=" << *m_pVector);
     return *m_pVector;
+}
+
+Handle<ExpressionBaseImpl> DomainValueNoCopyImpl::copy_i(ExpressionImplCopier& inout_Copier) const {
+    Handle<DomainValueNoCopyImpl> pCopy(new DomainValueNoCopyImpl(*m_pVector));
+    pCopy->fill(*this, inout_Copier);
+    return Handle<ExpressionBaseImpl>(pCopy);
 }
 
 DomainValueBase* DomainValueNoCopyImpl::createNew(const DoubleVector& in_vValue) const {

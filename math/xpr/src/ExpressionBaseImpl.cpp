@@ -16,6 +16,7 @@
 #include "DeferredRelease.h"
 #include "GraphWalk.h"
 #include "GraphvizFrame.h"
+#include "GraphvizNodes.h"
 #include "IdGenerators.h"
 
 namespace Velmora::Math::Xpr {
@@ -64,7 +65,7 @@ std::ostream& ExpressionBaseImpl::write(std::ostream& out_Stream) const {
 
 bool ExpressionBaseImpl::configure(const TSHandle<VirtualFileSystem>& in_pFileSystem) {
     const GraphWalk::Outermost outermost;
-    if (outermost && !GraphWalk::isShort({this})) {
+    if (outermost && !GraphWalk::isShort(*this)) {
         return GraphWalk().configureRest(*this, in_pFileSystem);
     }
     if (!configure_i(in_pFileSystem)) {
@@ -116,7 +117,9 @@ bool ExpressionBaseImpl::dump(const char* in_szFileName) const {
     std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
     if (file.is_open()) {
         writeGraphvizHead(file);
+        GraphvizNodes nodes(GraphWalk::isShort(*this));
         file << *this;
+        nodes.writePending(file);
         writeGraphvizLegend(file, GraphvizLegend::WithParameter);
     }
     return true;
@@ -124,7 +127,7 @@ bool ExpressionBaseImpl::dump(const char* in_szFileName) const {
 
 bool ExpressionBaseImpl::reset() {
     const GraphWalk::Outermost outermost;
-    if (outermost && !GraphWalk::isShort({this})) {
+    if (outermost && !GraphWalk::isShort(*this)) {
         for (ExpressionBaseImpl* pNode : GraphWalk().collect(*this)) {
             pNode->invalidate();
             if (!pNode->reset_i()) {
@@ -333,16 +336,7 @@ bool ExpressionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpres
         VELMORA_ASSERT_FAIL("in_pNewExpression != this");
         return false;
     }
-    // The last handle of this node may stand among its parents' children.
-    Handle<ExpressionBaseImpl> pThis;
-    for (auto iteParent = m_Parents.begin(); iteParent != m_Parents.end() && pThis.isNull();
-         ++iteParent) {
-        for (const auto& pChild : (*iteParent)->m_Childs) {
-            if (&*pChild == this) {
-                pThis = pChild;
-            }
-        }
-    }
+    const Handle<ExpressionBaseImpl> pThis = holdByParent();
     // What the storage of the list holds while it shrinks beneath the walk: the live entries, and
     // behind them what stood there before.
     std::vector<LimitedObjPtr<ExpressionBaseImpl>> vStorage(m_Parents);
@@ -355,7 +349,21 @@ bool ExpressionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpres
     return true;
 }
 
+Handle<ExpressionBaseImpl> ExpressionBaseImpl::holdByParent() const {
+    for (const auto& pParent : m_Parents) {
+        for (const auto& pChild : pParent->m_Childs) {
+            if (&*pChild == this) {
+                return pChild;
+            }
+        }
+    }
+    return Handle<ExpressionBaseImpl>();
+}
+
 void ExpressionBaseImpl::invalidate_i() {
+    if (!m_bValid) {
+        return;
+    }
     m_bValid = false;
     m_pNextInvalid = nullptr;
     ExpressionBaseImpl* pPending = this;

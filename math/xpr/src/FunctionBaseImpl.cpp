@@ -9,26 +9,17 @@
 #include <velmora/math/xpr/Argument.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 
+#include "GraphvizNodes.h"
+
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
 
-namespace {
-
-template <class Node>
-void writeOrNull(std::ostream& out_Stream, const Handle<Node>& in_pNode) {
-    if (in_pNode.isNull()) {
-        out_Stream << "null";
-    } else {
-        out_Stream << *in_pNode;
-    }
-}
-
-} // namespace
-
 FunctionBaseImpl::FunctionBaseImpl() : FunctionBaseImpl("unamed") {}
 
-FunctionBaseImpl::FunctionBaseImpl(const char* in_szName) : m_strName(in_szName) {}
+FunctionBaseImpl::FunctionBaseImpl(const char* in_szName) : m_strName("unamed") {
+    setName(in_szName);
+}
 
 FunctionBaseImpl::~FunctionBaseImpl() {
     for (const auto& entry : m_Parameters) {
@@ -186,6 +177,7 @@ bool FunctionBaseImpl::configure_i(const TSHandle<VirtualFileSystem>& in_pFileSy
 }
 
 bool FunctionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpression) {
+    const Handle<ExpressionBaseImpl> pThis = holdByParent();
     if (!ExpressionBaseImpl::replace(in_pNewExpression)) {
         return false;
     }
@@ -238,10 +230,15 @@ std::ostream& FunctionBaseImpl::write(std::ostream& out_Stream) const {
     out_Stream << "}\n"
                << "}\n";
     for (const auto& entry : m_Arguments) {
-        writeOrNull(out_Stream, getChildAt(static_cast<long>(entry.second)));
+        const auto pArgument = getChildAt(static_cast<long>(entry.second));
+        if (pArgument.isNull()) {
+            out_Stream << "null";
+        } else {
+            GraphvizNodes::write(out_Stream, *pArgument);
+        }
     }
     for (const auto& entry : m_Parameters) {
-        writeOrNull(out_Stream, entry.second);
+        out_Stream << *entry.second;
     }
     return out_Stream;
 }

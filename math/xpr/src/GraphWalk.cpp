@@ -21,16 +21,23 @@ GraphWalk::Outermost::~Outermost() {
 }
 
 bool GraphWalk::isShort(const Nodes& in_vRoots) {
+    return isShortFrom({in_vRoots.begin(), in_vRoots.end()});
+}
+
+bool GraphWalk::isShort(const ExpressionBaseImpl& in_Root) {
+    return isShortFrom({&in_Root});
+}
+
+bool GraphWalk::isShortFrom(std::vector<const ExpressionBaseImpl*> in_vPending) {
     std::size_t uiVisits = 0;
-    std::vector<const ExpressionBaseImpl*> vPending(in_vRoots.begin(), in_vRoots.end());
-    while (!vPending.empty()) {
+    while (!in_vPending.empty()) {
         if (++uiVisits > ExpressionBaseImpl::MaxVisitsPerWalk) {
             return false;
         }
-        const ExpressionBaseImpl* pNode = vPending.back();
-        vPending.pop_back();
+        const ExpressionBaseImpl* pNode = in_vPending.back();
+        in_vPending.pop_back();
         for (const auto& pChild : pNode->m_Childs) {
-            vPending.push_back(&*pChild);
+            in_vPending.push_back(&*pChild);
         }
     }
     return true;

@@ -33,6 +33,7 @@ public:
     /// Would walks along every path from these roots, taken together, stay within
     /// `ExpressionBaseImpl::MaxVisitsPerWalk` visits?
     static bool isShort(const Nodes& in_vRoots);
+    static bool isShort(const ExpressionBaseImpl& in_Root);
 
     /// Seals the graphs below the roots, one after the other: along every path if that is short,
     /// otherwise each node once, after every node is registered with what it reads.
@@ -47,6 +48,9 @@ public:
                        const TSHandle<VirtualFileSystem>& in_pFileSystem);
 
 private:
+    /// Counts the visits from what is pending; false as soon as there are too many.
+    static bool isShortFrom(std::vector<const ExpressionBaseImpl*> in_vPending);
+
     std::unordered_set<const ExpressionBaseImpl*> m_Seen;
 };
 

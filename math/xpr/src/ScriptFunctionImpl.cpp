@@ -7,6 +7,8 @@
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 
+#include "GraphvizNodes.h"
+
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.xpr.ExpressionImpl");
@@ -65,9 +67,10 @@ void ScriptFunctionImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         return;
     }
     if (isValid()) {
-        m_pFormerImplementation = m_pImplementation;
+        m_vFormerImplementations.push_back(m_pImplementation);
     } else {
         forgetValue();
+        m_vFormerImplementations.clear();
     }
     m_pImplementation = in_pNewChild;
 }
@@ -106,8 +109,8 @@ bool ScriptFunctionImpl::isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pE
 std::ostream& ScriptFunctionImpl::write(std::ostream& out_Stream) const {
     FunctionBaseImpl::write(out_Stream);
     if (!m_pImplementation.isNull()) {
-        out_Stream << getDotName() << " -> { " << m_pImplementation->getDotName() << " }\n"
-                   << *m_pImplementation;
+        out_Stream << getDotName() << " -> { " << m_pImplementation->getDotName() << " }\n";
+        GraphvizNodes::write(out_Stream, *m_pImplementation);
     }
     return out_Stream;
 }

@@ -6,6 +6,8 @@
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 
+#include "GraphvizNodes.h"
+
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
@@ -62,10 +64,10 @@ bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_
     }
     m_pValueExpr = pValue;
     m_bValueSet = true;
-    m_pDomainValue = dynamic_cast<DomainValueNoCopyImpl*>(&*pValue);
+    m_pDomainValue = Handle<DomainValueNoCopyImpl>(pValue);
     invalidate();
     forgetValue();
-    m_pFormerValue = Handle<ExpressionBaseImpl>();
+    m_vFormerValues.clear();
     return true;
 }
 
@@ -92,10 +94,11 @@ void VariableImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
     if (m_pValueExpr.isNull() || &*m_pValueExpr != &in_OldChild || &m_pValueExpr == &in_pNewChild) {
         return;
     }
-    if (isValid() || !m_pDomainValue.isNull()) {
-        m_pFormerValue = m_pValueExpr;
+    if (isValid()) {
+        m_vFormerValues.push_back(m_pValueExpr);
     } else {
         forgetValue();
+        m_vFormerValues.clear();
     }
     m_pValueExpr = in_pNewChild;
 }
@@ -126,8 +129,8 @@ std::ostream& VariableImpl::write(std::ostream& out_Stream) const {
     ExpressionBaseImpl::write(out_Stream);
     out_Stream << getDotName() << " [shape=box]\n";
     if (!m_pValueExpr.isNull()) {
-        out_Stream << getDotName() << " -> { " << m_pValueExpr->getDotName() << " }\n"
-                   << *m_pValueExpr;
+        out_Stream << getDotName() << " -> { " << m_pValueExpr->getDotName() << " }\n";
+        GraphvizNodes::write(out_Stream, *m_pValueExpr);
     }
     return out_Stream;
 }

@@ -1,5 +1,7 @@
 #include <velmora/math/xpr/XaryFunction.h>
 
+#include <algorithm>
+
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
@@ -50,7 +52,8 @@ bool XaryFunctionNoT::evaluate_i(LimitedObjPtr<DoubleVector>& out) {
 }
 
 void XaryFunctionNoT::seal_i() {
-    m_Inputs.clear();
+    std::vector<Handle<ExpressionBaseImpl>> vFormerInputs;
+    vFormerInputs.swap(m_Inputs);
     for (auto iteArgument = getArgumentBegin(); iteArgument != getArgumentEnd(); ++iteArgument) {
         const Handle<ExpressionBaseImpl> pExpr =
             getYoungerChild(getChildAt(static_cast<long>((*iteArgument).second)));
@@ -60,6 +63,12 @@ void XaryFunctionNoT::seal_i() {
         m_Inputs.push_back(pExpr);
         if (!pExpr.isNull()) {
             pExpr->addParent(this);
+        }
+    }
+    for (const auto& pFormer : vFormerInputs) {
+        if (!pFormer.isNull() &&
+            std::find(m_Inputs.begin(), m_Inputs.end(), pFormer) == m_Inputs.end()) {
+            retireFrom(*pFormer);
         }
     }
 }

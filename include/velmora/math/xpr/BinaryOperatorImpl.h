@@ -50,6 +50,8 @@ private:
     void initArguments();
     bool evaluateSides();
     bool readSealedSides();
+    static void forgetOtherValue(const Handle<ExpressionBaseImpl>& in_pChild,
+                                 LimitedObjPtr<DoubleVector>& inout_pValue);
 
     mutable Handle<Variable> m_pLeftArgument;
     mutable Handle<Variable> m_pRightArgument;

@@ -23,6 +23,10 @@ public:
     /// Does the node point at that very vector? Doesn't read it.
     bool pointsAt(const DoubleVector& in_vValue) const { return &*m_pVector == &in_vValue; }
 
+protected:
+    /// Goes past `getValue`, whose log line reads the vector.
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
+
 private:
     friend class DomainValueKeeper;
 

@@ -182,10 +182,19 @@ protected:
     /// Forgets the cached pointer, when what it points at may go.
     void forgetValue() { m_pValue = nullptr; }
 
-    /// For the destructor of a node that registered itself as a parent of another beyond its links,
-    /// after it has taken one entry out for each registration that it knows of: turns what is left
-    /// beyond the links into entries of a node that is never valid, so that nothing follows a parent
-    /// that is dead.
+    /// Is the pointer what the node handed out last?
+    static bool isValueOf(const ExpressionBaseImpl& in_Node,
+                          const LimitedObjPtr<DoubleVector>& in_pValue) {
+        return in_Node.m_pValue == in_pValue;
+    }
+
+    /// A handle of this node out of a parent's children, for what may take the last handle away
+    /// beneath a running operation; null if no parent has one.
+    Handle<ExpressionBaseImpl> holdByParent() const;
+
+    /// For a node that registered itself as a parent of another beyond its links and is about to
+    /// die or to forget that other: turns its entries beyond the links into those of a node that is
+    /// never valid, so that nothing follows a parent that is dead.
     void retireFrom(ExpressionBaseImpl& inout_Child);
 
 private:

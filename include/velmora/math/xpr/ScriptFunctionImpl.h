@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <velmora/MemAccounting.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 
@@ -42,8 +44,9 @@ protected:
 
 private:
     Handle<ExpressionBaseImpl> m_pImplementation;
-    /// The body before a `replaceChild` on a valid function, whose cached pointer leads into it.
-    Handle<ExpressionBaseImpl> m_pFormerImplementation;
+    /// The bodies before each `replaceChild` on a valid function: its cached pointer leads into one
+    /// of them.
+    std::vector<Handle<ExpressionBaseImpl>> m_vFormerImplementations;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <velmora/MemAccounting.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
@@ -51,16 +52,17 @@ protected:
     void fill(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
     /// The value once more, when it is a domain value; null otherwise.
-    const LimitedObjPtr<DomainValueNoCopyImpl>& getDomainValue() const { return m_pDomainValue; }
+    LimitedObjPtr<DomainValueNoCopyImpl> getDomainValue() const { return m_pDomainValue; }
 
 private:
     std::string m_strName;
     Handle<ExpressionBaseImpl> m_pValueExpr;
     bool m_bValueSet = false;
-    LimitedObjPtr<DomainValueNoCopyImpl> m_pDomainValue;
-    /// The value before a `replaceChild` that left pointers into it behind: `m_pDomainValue`, and
-    /// the cached pointer of a variable that is still valid.
-    Handle<ExpressionBaseImpl> m_pFormerValue;
+    /// Owned, since a `replaceChild` doesn't reach it.
+    Handle<DomainValueNoCopyImpl> m_pDomainValue;
+    /// The values before each `replaceChild` on a valid variable: its cached pointer leads into one
+    /// of them.
+    std::vector<Handle<ExpressionBaseImpl>> m_vFormerValues;
 };
 
 } // namespace Velmora::Math::Xpr
