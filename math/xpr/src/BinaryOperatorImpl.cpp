@@ -24,7 +24,7 @@ BinaryOperatorImplNoT::~BinaryOperatorImplNoT() {
     }
     for (const auto* ppChild : {&m_pLeftChild, &m_pRightChild}) {
         if (!ppChild->isNull()) {
-            (*ppChild)->removeParent(this);
+            unregisterFrom(**ppChild);
         }
     }
     for (const auto* ppChild : {&m_pLeftChild, &m_pRightChild}) {
@@ -156,6 +156,15 @@ Handle<ExpressionBaseImpl> BinaryOperatorImplNoT::copy_i(ExpressionImplCopier& i
 
 std::ostream& BinaryOperatorImplNoT::write(std::ostream& out_Stream) const {
     return FunctionBaseImpl::write(out_Stream);
+}
+
+bool BinaryOperatorImplNoT::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const {
+    if (m_pLeftChild.isNull() || m_pRightChild.isNull()) {
+        return false;
+    }
+    out_vInputs.push_back(&*m_pLeftChild);
+    out_vInputs.push_back(&*m_pRightChild);
+    return true;
 }
 
 } // namespace Velmora::Math::Xpr

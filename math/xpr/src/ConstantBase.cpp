@@ -59,4 +59,8 @@ bool ConstantBase::isDependantOf_i(const Handle<ExpressionBaseImpl>&) const {
     return false;
 }
 
+bool ConstantBase::getSealedInputs(std::vector<ExpressionBaseImpl*>& ) const {
+    return true;
+}
+
 } // namespace Velmora::Math::Xpr

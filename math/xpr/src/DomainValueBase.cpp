@@ -59,4 +59,8 @@ bool DomainValueBase::isDependantOf_i(const Handle<ExpressionBaseImpl>&) const {
     return false;
 }
 
+bool DomainValueBase::getSealedInputs(std::vector<ExpressionBaseImpl*>& ) const {
+    return true;
+}
+
 } // namespace Velmora::Math::Xpr

@@ -10,7 +10,7 @@ namespace Velmora::Math::Xpr {
 DomainValueKeeper::~DomainValueKeeper() {
     for (auto& [ulId, state] : m_mapStates) {
         state.m_pDomainValue->m_pVector = state.m_pVector;
-        state.m_pDomainValue->m_bValid = state.m_bValid;
+        *state.m_pDomainValue->m_pValid = state.m_bValid ? 1 : 0;
         state.m_pDomainValue->forgetName();
     }
 }
@@ -39,8 +39,8 @@ void DomainValueKeeper::keep(const Handle<DomainValueNoCopyImpl>& in_pDomainValu
         return;
     }
     m_mapStates.emplace(in_pDomainValue->getId(), State{in_pDomainValue, in_pDomainValue->m_pVector,
-                                                        in_pDomainValue->m_bValid});
-    in_pDomainValue->m_bValid = false;
+                                                        in_pDomainValue->isValid()});
+    *in_pDomainValue->m_pValid = 0;
 }
 
 } // namespace Velmora::Math::Xpr

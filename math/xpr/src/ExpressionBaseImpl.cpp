@@ -18,6 +18,7 @@
 #include "GraphvizFrame.h"
 #include "GraphvizNodes.h"
 #include "IdGenerators.h"
+#include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -53,7 +54,7 @@ ExpressionBaseImpl::ExpressionBaseImpl() : m_id(expressionIdGenerator().generate
 ExpressionBaseImpl::~ExpressionBaseImpl() {
     for (std::size_t uiChild = 0; uiChild != m_Childs.size(); ++uiChild) {
         const Handle<ExpressionBaseImpl> pChild(m_Childs[uiChild]);
-        pChild->removeParent(this);
+        pChild->eraseParent(this);
     }
     m_pSealedParents.reset();
     releaseDeferred(m_Childs);
@@ -86,7 +87,7 @@ bool ExpressionBaseImpl::evaluate(DoubleVector& out) {
 }
 
 bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
-    if (m_bValid) {
+    if (isValid()) {
         out = m_pValue;
         return true;
     }
@@ -94,10 +95,41 @@ bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
 }
 
 bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
+    if (m_pPlan != nullptr) {
+        return evaluateSealed(out);
+    }
     if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {
         return false;
     }
-    m_bValid = true;
+    m_bValid = 1;
+    out = m_pValue;
+    return true;
+}
+
+bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
+    const bool bPassedOver = m_uiPlanIndex == SealedPlan::PassedOver;
+    if (!bPassedOver && !isValid()) {
+        if (m_pPlan->takeFailure(m_uiPlanIndex)) {
+            return false;
+        }
+        bool bSuccess = false;
+        if (m_pPlan->evaluate(m_uiPlanIndex, bSuccess)) {
+            if (bSuccess) {
+                out = m_pValue;
+            }
+            return bSuccess;
+        }
+    }
+    if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {
+        m_pPlan->noteFailure();
+        return false;
+    }
+    *m_pValid = 1;
+    if (bPassedOver) {
+        m_pPlan->noteForeignValue();
+    } else {
+        m_pPlan->noteLongWay();
+    }
     out = m_pValue;
     return true;
 }
@@ -243,6 +275,11 @@ bool ExpressionBaseImpl::removeParent(const LimitedObjPtr<ExpressionBaseImpl>& i
         VELMORA_ASSERT_FAIL("!in_pParent.isNull()");
         return false;
     }
+    noteChange();
+    return eraseParent(in_pParent);
+}
+
+bool ExpressionBaseImpl::eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {
     const auto iteParent = findParent(m_Parents.begin(), m_Parents.end(), *in_pParent);
     if (iteParent == m_Parents.end()) {
         VELMORA_LOG_ERROR(fileLogger(), "Failed to remove parent (expr: "
@@ -282,6 +319,7 @@ unsigned long ExpressionBaseImpl::addChild(const Handle<ExpressionBaseImpl>& in_
             return NoChild;
         }
     }
+    noteChange();
     in_pChild->addParent(this);
     m_Childs.push_back(in_pChild);
     return m_Childs.size() - 1;
@@ -324,6 +362,7 @@ unsigned long ExpressionBaseImpl::replaceChild(ExpressionBaseImpl& in_OldChild,
     // The entry may hold the last handle, and the caller's reference is used to the end.
     const Handle<ExpressionBaseImpl> pOldChild(*iteFound);
     const Handle<ExpressionBaseImpl> pNewChild(in_pNewChild);
+    noteChange();
     pOldChild->removeParent(this);
     pNewChild->addParent(this);
     *iteFound = pNewChild;
@@ -361,10 +400,14 @@ Handle<ExpressionBaseImpl> ExpressionBaseImpl::holdByParent() const {
 }
 
 void ExpressionBaseImpl::invalidate_i() {
-    if (!m_bValid) {
+    if (!isValid()) {
         return;
     }
-    m_bValid = false;
+    if (m_pPlan != nullptr && m_uiPlanIndex != SealedPlan::PassedOver &&
+        m_pPlan->invalidate(m_uiPlanIndex)) {
+        return;
+    }
+    *m_pValid = 0;
     m_pNextInvalid = nullptr;
     ExpressionBaseImpl* pPending = this;
     while (pPending != nullptr) {
@@ -376,8 +419,8 @@ void ExpressionBaseImpl::invalidate_i() {
             node.m_bSealed ? node.m_uiSealedParents : node.m_Parents.size();
         for (std::size_t uiParent = 0; uiParent != uiParents; ++uiParent) {
             ExpressionBaseImpl& parent = *pParent[uiParent];
-            if (parent.m_bValid) {
-                parent.m_bValid = false;
+            if (parent.isValid()) {
+                *parent.m_pValid = 0;
                 parent.m_pNextInvalid = pPending;
                 pPending = &parent;
             }
@@ -396,6 +439,26 @@ void ExpressionBaseImpl::sealAlongPaths() {
     for (const auto& pChild : m_Childs) {
         DeepCall::run([&] { pChild->sealAlongPaths(); });
     }
+}
+
+void ExpressionBaseImpl::joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan,
+                                  std::uint32_t in_uiIndex) {
+    const std::uint8_t uiValid = *m_pValid;
+    noteChange();
+    m_pPlan = in_pPlan;
+    m_uiPlanIndex = in_uiIndex;
+    m_pValid = in_uiIndex == SealedPlan::PassedOver ? &m_bValid : m_pPlan->flagOf(in_uiIndex);
+    *m_pValid = uiValid;
+}
+
+void ExpressionBaseImpl::noteChange() const {
+    if (m_pPlan != nullptr) {
+        m_pPlan->noteChange();
+    }
+}
+
+void ExpressionBaseImpl::unregisterFrom(ExpressionBaseImpl& inout_Other) {
+    inout_Other.eraseParent(this);
 }
 
 void ExpressionBaseImpl::sealParents() {
@@ -440,10 +503,14 @@ Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy(ExpressionImplCopier& inout_
 void ExpressionBaseImpl::fill(const ExpressionBaseImpl& in_Source, ExpressionImplCopier&) {
     m_strType = in_Source.m_strType;
     m_strSourceInfo = in_Source.m_strSourceInfo;
-    m_bValid = false;
+    *m_pValid = 0;
 }
 
 void ExpressionBaseImpl::seal_i() {}
+
+bool ExpressionBaseImpl::getSealedInputs(std::vector<ExpressionBaseImpl*>&) const {
+    return false;
+}
 
 void ExpressionBaseImpl::replaceChild_i(ExpressionBaseImpl&, const Handle<ExpressionBaseImpl>&) {}
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "SealedPlan.h"
+
 namespace Velmora::Math::Xpr {
 
 namespace {
@@ -48,6 +50,7 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
         for (ExpressionBaseImpl* pRoot : in_vRoots) {
             pRoot->sealAlongPaths();
         }
+        SealedPlan::make(in_vRoots);
         return;
     }
     GraphWalk walk;
@@ -64,6 +67,7 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     for (ExpressionBaseImpl* pNode : vNodes) {
         pNode->sealParents();
     }
+    SealedPlan::make(in_vRoots);
 }
 
 GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {

@@ -182,6 +182,16 @@ bool OperatorConcatenate::calculate(std::vector<Handle<ExpressionBaseImpl>>& ino
     return true;
 }
 
+bool OperatorConcatenate::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const {
+    for (const auto& pInput : getInputs()) {
+        if (pInput.isNull()) {
+            return false;
+        }
+        out_vInputs.push_back(&*pInput);
+    }
+    return !getInputs().empty();
+}
+
 OperatorIf::OperatorIf() : XaryFunction("if") {}
 
 OperatorIf::OperatorIf(const char* in_szName) : XaryFunction(in_szName) {}

@@ -115,4 +115,11 @@ std::ostream& ScriptFunctionImpl::write(std::ostream& out_Stream) const {
     return out_Stream;
 }
 
+bool ScriptFunctionImpl::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const {
+    if (!m_pImplementation.isNull()) {
+        out_vInputs.push_back(&*m_pImplementation);
+    }
+    return true;
+}
+
 } // namespace Velmora::Math::Xpr

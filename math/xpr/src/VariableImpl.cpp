@@ -62,6 +62,7 @@ bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_
     } else {
         addChild(pValue, in_bCheck);
     }
+    noteChange();
     m_pValueExpr = pValue;
     m_bValueSet = true;
     m_pDomainValue = Handle<DomainValueNoCopyImpl>(pValue);
@@ -133,6 +134,13 @@ std::ostream& VariableImpl::write(std::ostream& out_Stream) const {
         GraphvizNodes::write(out_Stream, *m_pValueExpr);
     }
     return out_Stream;
+}
+
+bool VariableImpl::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const {
+    if (!m_pValueExpr.isNull()) {
+        out_vInputs.push_back(&*m_pValueExpr);
+    }
+    return true;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -17,7 +17,7 @@ XaryFunctionNoT::~XaryFunctionNoT() {
     }
     for (const auto& pInput : m_Inputs) {
         if (!pInput.isNull()) {
-            pInput->removeParent(this);
+            unregisterFrom(*pInput);
         }
     }
     for (const auto& pInput : m_Inputs) {

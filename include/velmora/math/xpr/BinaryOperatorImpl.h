@@ -44,8 +44,11 @@ protected:
     void seal_i() override;
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
+    bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
 
 private:
+    friend class SealedPlan;
+
     const Handle<Variable>& getInvalidVariable() const;
     void initArguments();
     bool evaluateSides();

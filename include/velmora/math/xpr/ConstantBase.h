@@ -33,6 +33,7 @@ protected:
     bool reset_i() override;
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
+    bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
 
     /// The next getName builds the name anew.
     void forgetName() { m_bNameBuilt = false; }

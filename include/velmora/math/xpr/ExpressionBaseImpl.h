@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@ namespace Velmora::Math::Xpr {
 class DomainValueKeeper;
 class ExpressionImplCopier;
 class GraphWalk;
+class SealedPlan;
 
 /// What all nodes share: identity, links, the cached value and its validity.
 ///
@@ -71,7 +73,7 @@ public:
     const char* getSourceInfo() const { return m_strSourceInfo.c_str(); }
     void setSourceInfo(const char* in_szSourceInfo);
 
-    bool isValid() const { return m_bValid; }
+    bool isValid() const { return *m_pValid != 0; }
 
     /// The node's name in Graphviz output; good until the next call.
     const char* getDotName() const;
@@ -121,7 +123,7 @@ public:
 
     /// Marks this node and all that depends on it as not current; nothing on an invalid node.
     void invalidate() {
-        if (m_bValid) {
+        if (isValid()) {
             invalidate_i();
         }
     }
@@ -148,6 +150,11 @@ protected:
     virtual Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const = 0;
     virtual bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const = 0;
 
+    /// Lists the nodes that an evaluation of this sealed node reads, in their order. False for a
+    /// node that chooses among them, and for a kind that doesn't say: evaluation takes the long way
+    /// there.
+    virtual bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const;
+
     /// Links a child and returns its number, or `NoChild` when a check refuses it. Without the
     /// check a cycle can be made, and nothing works on a cycle.
     unsigned long addChild(const Handle<ExpressionBaseImpl>& in_pChild, bool in_bCheck);
@@ -164,7 +171,7 @@ protected:
 
     /// The value of a node by the shortest way: its flag is read here, and its failure isn't told.
     static void readValue(ExpressionBaseImpl& in_Node, LimitedObjPtr<DoubleVector>& out) {
-        if (in_Node.m_bValid) {
+        if (in_Node.isValid()) {
             out = in_Node.m_pValue;
         } else {
             in_Node.doEvaluate(out);
@@ -192,6 +199,13 @@ protected:
     /// beneath a running operation; null if no parent has one.
     Handle<ExpressionBaseImpl> holdByParent() const;
 
+    /// What this node reads isn't what it was: a plan that was made of it can't be used any more.
+    void noteChange() const;
+
+    /// Takes one entry of this node out of another's parents, for a destructor: as `removeParent`,
+    /// but what depends on the other stays as it is.
+    void unregisterFrom(ExpressionBaseImpl& inout_Other);
+
     /// For a node that registered itself as a parent of another beyond its links and is about to
     /// die or to forget that other: turns its entries beyond the links into those of a node that is
     /// never valid, so that nothing follows a parent that is dead.
@@ -200,9 +214,13 @@ protected:
 private:
     friend class DomainValueKeeper;
     friend class GraphWalk;
+    friend class SealedPlan;
 
     bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;
     void sealParents();
+    bool evaluateSealed(LimitedObjPtr<DoubleVector>& out);
+    void joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
+    bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
     void sealAlongPaths();
 
     unsigned long m_id;
@@ -214,11 +232,15 @@ private:
     bool m_bSealed = false;
     std::unique_ptr<LimitedObjPtr<ExpressionBaseImpl>[]> m_pSealedParents;
     std::size_t m_uiSealedParents = 0;
-    bool m_bValid = false;
+    std::uint8_t m_bValid = 0;
     LimitedObjPtr<DoubleVector> m_pValue;
     /// The next node of a running invalidation: a list through the nodes needs neither the stack
     /// nor memory, however deep the graph.
     ExpressionBaseImpl* m_pNextInvalid = nullptr;
+    /// Where the validity flag is: in the node, or side by side with those of its plan.
+    std::uint8_t* m_pValid = &m_bValid;
+    std::shared_ptr<SealedPlan> m_pPlan;
+    std::uint32_t m_uiPlanIndex = 0;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -17,6 +17,9 @@ public:
 
     bool calculate(std::vector<Handle<ExpressionBaseImpl>>& inout_vInputs,
                    DoubleVector& out) override;
+
+protected:
+    bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
 };
 
 } // namespace Velmora::Math::Xpr

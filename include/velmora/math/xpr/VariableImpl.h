@@ -44,6 +44,7 @@ protected:
                         const Handle<ExpressionBaseImpl>& in_pNewChild) override;
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
+    bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
 
     /// What both forms of `setValue` come to.
     virtual bool setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck);

@@ -37,6 +37,9 @@ protected:
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
 
+    /// What `calculate` is handed.
+    const std::vector<Handle<ExpressionBaseImpl>>& getInputs() const { return m_Inputs; }
+
 private:
     DoubleVector m_Result;
     std::vector<Handle<ExpressionBaseImpl>> m_Inputs;

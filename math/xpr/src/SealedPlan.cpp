@@ -1,0 +1,396 @@
+#include "SealedPlan.h"
+
+#include <algorithm>
+#include <typeinfo>
+#include <unordered_map>
+
+#include <velmora/math/xpr/Argument.h>
+#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+#include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/OperatorDivide.h>
+#include <velmora/math/xpr/OperatorMinus.h>
+#include <velmora/math/xpr/OperatorMultiply.h>
+#include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
+#include <velmora/math/xpr/VariableImpl.h>
+
+#include "GraphWalk.h"
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+constexpr std::size_t FlagsPerWord = 8;
+
+/// Words that the sets of readers of all inputs may take together: 8 MiB.
+constexpr std::size_t MaxReaderWords = std::size_t(1) << 20;
+
+} // namespace
+
+/// Puts a plan together.
+class SealedPlan::Builder {
+public:
+    explicit Builder(SealedPlan& out_Plan) : m_Plan(out_Plan) {}
+
+    void build(const Nodes& in_vRoots) {
+        for (ExpressionBaseImpl* pRoot : in_vRoots) {
+            enter(*pRoot);
+            while (!m_vPath.empty()) {
+                advance();
+            }
+        }
+        m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+        m_Plan.m_vValid.resize((m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord);
+        m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
+        m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
+        m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vValid.size() + 1024;
+    }
+
+    Index find(const ExpressionBaseImpl& in_Node) const {
+        const auto ite = m_mapIndexes.find(&in_Node);
+        return ite == m_mapIndexes.end() ? PassedOver : ite->second;
+    }
+
+    /// For each input of the graph, what reads it. None at all if a node chooses what it reads:
+    /// what its unused branch reads doesn't reach it.
+    void buildReaders() {
+        const auto isPlanned = [](const Step& in_Step) { return in_Step.m_bPlanned; };
+        std::vector<Step>& vSteps = m_Plan.m_vSteps;
+        if (!std::all_of(vSteps.begin(), vSteps.end(), isPlanned)) {
+            return;
+        }
+        listReaders();
+        std::size_t uiWords = 0;
+        for (Index uiNode = 0; uiNode != vSteps.size(); ++uiNode) {
+            if (typeid(*vSteps[uiNode].m_pNode) != typeid(DomainValueNoCopyImpl)) {
+                continue;
+            }
+            auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));
+            uiWords += pSet->m_vFlags.size();
+            if (uiWords > MaxReaderWords) {
+                return;
+            }
+            m_Plan.m_vReaders[uiNode] = std::move(pSet);
+        }
+    }
+
+    static NodeSet makeSet(const std::vector<Index>& in_vNodes) {
+        const auto range = std::minmax_element(in_vNodes.begin(), in_vNodes.end());
+        NodeSet set;
+        set.m_uiFirst = *range.first / FlagsPerWord;
+        set.m_vFlags.resize(*range.second / FlagsPerWord - set.m_uiFirst + 1);
+        for (const Index uiNode : in_vNodes) {
+            set.m_vFlags[uiNode / FlagsPerWord - set.m_uiFirst] |= Flags(1)
+                                                                   << (uiNode % FlagsPerWord * 8);
+        }
+        return set;
+    }
+
+private:
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        std::vector<ExpressionBaseImpl*> m_vInputs;
+        std::size_t m_uiNext;
+        bool m_bKnown;
+    };
+
+    void enter(ExpressionBaseImpl& in_Node) {
+        if (m_mapIndexes.emplace(&in_Node, PassedOver).second) {
+            Place place{&in_Node, {}, 0, false};
+            place.m_bKnown = in_Node.getSealedInputs(place.m_vInputs);
+            if (!place.m_bKnown) {
+                // What it may read is still part of the graph.
+                place.m_vInputs.clear();
+                for (const auto& pChild : in_Node.m_Childs) {
+                    place.m_vInputs.push_back(&*pChild);
+                }
+            }
+            m_vPath.push_back(std::move(place));
+        }
+    }
+
+    void advance() {
+        Place& place = m_vPath.back();
+        if (place.m_uiNext != place.m_vInputs.size()) {
+            enter(*place.m_vInputs[place.m_uiNext++]);
+            return;
+        }
+        append(place);
+        m_vPath.pop_back();
+    }
+
+    void append(const Place& in_Place) {
+        ExpressionBaseImpl& node = *in_Place.m_pNode;
+        Step step;
+        step.m_pNode = &node;
+        step.m_bPlanned = in_Place.m_bKnown;
+        m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+        for (const ExpressionBaseImpl* pInput : in_Place.m_vInputs) {
+            const Index uiInput = m_mapIndexes.at(pInput);
+            m_Plan.m_vInputs.push_back(uiInput);
+            step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
+        }
+        if (in_Place.m_bKnown && !in_Place.m_vInputs.empty()) {
+            step.m_pFirst = in_Place.m_vInputs.front();
+            step.m_pSecond = in_Place.m_vInputs.back();
+            step.m_eKind = kindOf(node);
+            step.m_pOperator = dynamic_cast<BinaryOperatorImplNoT*>(&node);
+        }
+        m_mapIndexes[&node] = static_cast<Index>(m_Plan.m_vSteps.size());
+        m_Plan.m_vSteps.push_back(step);
+    }
+
+    static Kind kindOf(const ExpressionBaseImpl& in_Node) {
+        const std::type_info& type = typeid(in_Node);
+        if (type == typeid(OperatorPlus)) {
+            return Kind::Plus;
+        }
+        if (type == typeid(OperatorMinus)) {
+            return Kind::Minus;
+        }
+        if (type == typeid(OperatorMultiply)) {
+            return Kind::Multiply;
+        }
+        if (type == typeid(OperatorDivide)) {
+            return Kind::Divide;
+        }
+        const bool bForward = type == typeid(VariableImpl) || type == typeid(Argument) ||
+                              type == typeid(DomainVariableImpl) ||
+                              type == typeid(ScriptFunctionImpl);
+        return bForward ? Kind::Forward : Kind::Other;
+    }
+
+    void listReaders() {
+        const std::size_t uiNodes = m_Plan.m_vSteps.size();
+        m_vReadersBegin.assign(uiNodes + 1, 0);
+        for (const Index uiInput : m_Plan.m_vInputs) {
+            ++m_vReadersBegin[uiInput + 1];
+        }
+        for (std::size_t uiNode = 0; uiNode != uiNodes; ++uiNode) {
+            m_vReadersBegin[uiNode + 1] += m_vReadersBegin[uiNode];
+        }
+        m_vReaders.resize(m_Plan.m_vInputs.size());
+        std::vector<Index> vNext(m_vReadersBegin);
+        for (Index uiNode = 0; uiNode != uiNodes; ++uiNode) {
+            for (Index ui = m_Plan.m_vInputsBegin[uiNode]; ui != m_Plan.m_vInputsBegin[uiNode + 1];
+                 ++ui) {
+                m_vReaders[vNext[m_Plan.m_vInputs[ui]]++] = uiNode;
+            }
+        }
+    }
+
+    std::vector<Index> listAllReaders(Index in_uiNode) const {
+        std::vector<bool> vSeen(m_Plan.m_vSteps.size());
+        std::vector<Index> vNodes{in_uiNode};
+        vSeen[in_uiNode] = true;
+        for (std::size_t uiNode = 0; uiNode != vNodes.size(); ++uiNode) {
+            for (Index ui = m_vReadersBegin[vNodes[uiNode]];
+                 ui != m_vReadersBegin[vNodes[uiNode] + 1]; ++ui) {
+                if (!vSeen[m_vReaders[ui]]) {
+                    vSeen[m_vReaders[ui]] = true;
+                    vNodes.push_back(m_vReaders[ui]);
+                }
+            }
+        }
+        return vNodes;
+    }
+
+    SealedPlan& m_Plan;
+    std::unordered_map<const ExpressionBaseImpl*, Index> m_mapIndexes;
+    std::vector<Place> m_vPath;
+    std::vector<Index> m_vReaders;
+    std::vector<Index> m_vReadersBegin;
+};
+
+void SealedPlan::make(const Nodes& in_vRoots) {
+    const auto pPlan = std::make_shared<SealedPlan>();
+    Builder builder(*pPlan);
+    builder.build(in_vRoots);
+    builder.buildReaders();
+
+    GraphWalk walk;
+    Nodes vNodes;
+    for (ExpressionBaseImpl* pRoot : in_vRoots) {
+        const Nodes vBelow = walk.collect(*pRoot);
+        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
+    }
+    for (ExpressionBaseImpl* pNode : vNodes) {
+        pNode->joinPlan(pPlan, builder.find(*pNode));
+    }
+    // A change must reach every parent: those outside of these graphs can't be told by a plan.
+    for (const ExpressionBaseImpl* pNode : vNodes) {
+        for (std::size_t ui = 0; ui != pNode->m_uiSealedParents; ++ui) {
+            if (pNode->m_pSealedParents[ui]->m_pPlan != pPlan) {
+                pPlan->m_bUsable = false;
+            }
+        }
+        if (pNode->isValid() && pNode->m_uiPlanIndex == PassedOver) {
+            pPlan->m_bUsable = false;
+        }
+    }
+    pPlan->m_bIntact = pPlan->isIntact();
+}
+
+bool SealedPlan::areInputsValid(Index in_uiNode) const {
+    return std::all_of(m_vInputs.begin() + m_vInputsBegin[in_uiNode],
+                       m_vInputs.begin() + m_vInputsBegin[in_uiNode + 1],
+                       [this](Index in_uiInput) { return isValid(in_uiInput); });
+}
+
+bool SealedPlan::isIntact() const {
+    for (Index uiNode = 0; uiNode != m_vSteps.size(); ++uiNode) {
+        if (m_vSteps[uiNode].m_bPlanned && isValid(uiNode) && !areInputsValid(uiNode)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void SealedPlan::noteLongWay() {
+    // The look takes as long as the list; it is spread over as many frames.
+    constexpr std::size_t NodesPerFrame = 16;
+    if (!m_bIntact && m_bUsable && ++m_uiLongWays % (1 + m_vSteps.size() / NodesPerFrame) == 0) {
+        m_bIntact = isIntact();
+    }
+}
+
+bool SealedPlan::computeOperator(const Step& in_Step) {
+    BinaryOperatorImplNoT& op = *in_Step.m_pOperator;
+    op.m_pLeftValue = in_Step.m_pFirst->m_pValue;
+    op.m_pRightValue = in_Step.m_pSecond->m_pValue;
+    if (op.m_pLeftValue.isNull() || op.m_pRightValue.isNull()) {
+        return op.reportNoValue();
+    }
+    in_Step.m_pNode->m_pValue = &op.m_Result;
+    const DoubleVector& left = *op.m_pLeftValue;
+    const DoubleVector& right = *op.m_pRightValue;
+    // Scalars are so short that the call would cost more than the operation.
+    if (left.size() != 1 || right.size() != 1 ||
+        (in_Step.m_eKind == Kind::Divide && *right.begin() == 0.0)) {
+        return op.calculate(left, right, op.m_Result);
+    }
+    const double dLeft = *left.begin();
+    const double dRight = *right.begin();
+    op.m_Result.resize(1);
+    double& dResult = *op.m_Result.begin();
+    switch (in_Step.m_eKind) {
+    case Kind::Plus:
+        dResult = dLeft + dRight;
+        break;
+    case Kind::Minus:
+        dResult = dLeft - dRight;
+        break;
+    case Kind::Multiply:
+        dResult = dLeft * dRight;
+        break;
+    default:
+        dResult = dLeft / dRight;
+        break;
+    }
+    return true;
+}
+
+bool SealedPlan::compute(const Step& in_Step) {
+    switch (in_Step.m_eKind) {
+    case Kind::Other:
+        return in_Step.m_pNode->evaluate_i(in_Step.m_pNode->m_pValue);
+    case Kind::Forward:
+        in_Step.m_pNode->m_pValue = in_Step.m_pFirst->m_pValue;
+        return true;
+    default:
+        return computeOperator(in_Step);
+    }
+}
+
+bool SealedPlan::step(Index in_uiNode) {
+    if (!compute(m_vSteps[in_uiNode])) {
+        m_bIntact = false;
+        return false;
+    }
+    *flagOf(in_uiNode) = 1;
+    return true;
+}
+
+bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
+    if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
+        return false;
+    }
+    if (areInputsValid(in_uiNode)) {
+        out_bSuccess = step(in_uiNode);
+        return true;
+    }
+    const NodeSet* const pNeeds = findNeeds(in_uiNode);
+    if (pNeeds == nullptr) {
+        return false;
+    }
+    for (std::size_t uiWord = 0; uiWord != pNeeds->m_vFlags.size(); ++uiWord) {
+        const std::size_t uiPlace = pNeeds->m_uiFirst + uiWord;
+        for (Flags flags = pNeeds->m_vFlags[uiWord] & ~m_vValid[uiPlace]; flags != 0;
+             flags &= flags - 1) {
+            const auto uiNode = static_cast<Index>(
+                uiPlace * FlagsPerWord + static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
+            if (!step(uiNode)) {
+                out_bSuccess = false;
+                // The long way goes on from here: the reader that needs this node is the first that
+                // the recursion comes to.
+                m_uiFailed = uiNode == in_uiNode ? PassedOver : uiNode;
+                return uiNode == in_uiNode;
+            }
+        }
+    }
+    out_bSuccess = true;
+    return true;
+}
+
+bool SealedPlan::invalidate(Index in_uiNode) {
+    const NodeSet* const pReaders = m_vReaders[in_uiNode].get();
+    if (!m_bUsable || !m_bIntact || pReaders == nullptr) {
+        return false;
+    }
+    Flags* const pValid = m_vValid.data() + pReaders->m_uiFirst;
+    const Flags* const pFlags = pReaders->m_vFlags.data();
+    for (std::size_t uiWord = 0; uiWord != pReaders->m_vFlags.size(); ++uiWord) {
+        pValid[uiWord] &= ~pFlags[uiWord];
+    }
+    return true;
+}
+
+std::vector<SealedPlan::Index> SealedPlan::listNeeds(Index in_uiNode) const {
+    std::vector<bool> vSeen(m_vSteps.size());
+    std::vector<Index> vNeeds;
+    std::vector<std::pair<Index, Index>> vPath;
+    const auto enter = [&](Index in_uiNeeded) {
+        if (!vSeen[in_uiNeeded]) {
+            vSeen[in_uiNeeded] = true;
+            vPath.emplace_back(in_uiNeeded, m_vInputsBegin[in_uiNeeded]);
+        }
+    };
+    enter(in_uiNode);
+    while (!vPath.empty()) {
+        auto& place = vPath.back();
+        if (place.second != m_vInputsBegin[place.first + 1]) {
+            enter(m_vInputs[place.second++]);
+        } else {
+            vNeeds.push_back(place.first);
+            vPath.pop_back();
+        }
+    }
+    return vNeeds;
+}
+
+const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {
+    std::unique_ptr<NodeSet>& pNeeds = m_vNeeds[in_uiNode];
+    if (pNeeds == nullptr) {
+        pNeeds = std::make_unique<NodeSet>();
+        const std::vector<Index> vNeeds = listNeeds(in_uiNode);
+        const std::size_t uiWords = vNeeds.size() / FlagsPerWord + 2;
+        // The recursion from here may come to the nodes in another order than the list has.
+        if (std::is_sorted(vNeeds.begin(), vNeeds.end()) && uiWords <= m_uiNeedsRoom) {
+            *pNeeds = Builder::makeSet(vNeeds);
+            m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vFlags.size());
+        }
+    }
+    return pNeeds->m_vFlags.empty() ? nullptr : pNeeds.get();
+}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include <velmora/math/xpr/ExpressionBaseImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+class BinaryOperatorImplNoT;
+
+/// The short way of a frame through a sealed graph.
+///
+/// A sealed graph is described by recursion: an invalid node asks the nodes that it reads, and an
+/// invalidation climbs from parent to parent. Both walks jump from node to node through memory. The
+/// plan has the same nodes in one list, each behind all that it reads, in the order in which the
+/// recursion would come to them, and it keeps their validity flags side by side:
+/// - an evaluation runs down the list and computes what is invalid and needed, several flags a
+/// look;
+/// - a new input clears, in one sweep, the flags of everything that reads it.
+///
+/// The results are those of the recursion, flag for flag, as long as every valid node has read
+/// valid nodes only. A node that fails breaks that: its reader goes on with the value of an earlier
+/// frame and becomes valid above a node that isn't. From then on the plan steps aside, and the
+/// recursion does the work, until all is well again. It steps aside for good when the structure
+/// changes after sealing. Graphs with nodes that choose what they read, or that it doesn't know,
+/// have no plan; nor have the parts above such a node.
+class SealedPlan {
+public:
+    using Nodes = std::vector<ExpressionBaseImpl*>;
+    using Index = std::uint32_t;
+
+    /// The index of a node that the plan passes over: an argument that operators read past.
+    static constexpr Index PassedOver = UINT32_MAX;
+
+    /// Makes a plan for the graphs below the roots, which have just been sealed, and gives it to
+    /// their nodes. Nodes that had a plan leave it.
+    static void make(const Nodes& in_vRoots);
+
+    /// The flag of a node, which lives here as long as the node has the plan.
+    std::uint8_t* flagOf(Index in_uiNode) {
+        return reinterpret_cast<std::uint8_t*>(m_vValid.data()) + in_uiNode;
+    }
+
+    /// Computes the node and what it needs. False, and nothing has happened, if the plan can't; the
+    /// caller takes the long way then. `out_bSuccess` is what the evaluation returns.
+    bool evaluate(Index in_uiNode, bool& out_bSuccess);
+
+    /// Clears the flag of the node and of all that reads it. False, and nothing has happened, if
+    /// the plan can't.
+    bool invalidate(Index in_uiNode);
+
+    /// The long way has just failed to compute this node.
+    void noteFailure() { m_bIntact = false; }
+
+    /// A node that the plan passes over has been evaluated: it must be told of changes too.
+    void noteForeignValue() { m_bUsable = false; }
+
+    /// Links have changed: what the plan knows of them is out of date.
+    void noteChange() { m_bUsable = false; }
+
+    /// Is this the node whose failure made the plan hand over to the long way? True once: the
+    /// reader that asks first is the one for which the node was computed.
+    bool takeFailure(Index in_uiNode) {
+        const bool bFailed = m_uiFailed == in_uiNode;
+        if (bFailed) {
+            m_uiFailed = PassedOver;
+        }
+        return bFailed;
+    }
+
+    /// A frame has gone the long way: looks, now and then, whether all is well again.
+    void noteLongWay();
+
+private:
+    enum class Kind : std::uint8_t { Plus, Minus, Multiply, Divide, Forward, Other };
+
+    /// What one place of the list computes.
+    struct Step {
+        ExpressionBaseImpl* m_pNode = nullptr;
+        BinaryOperatorImplNoT* m_pOperator = nullptr;
+        /// What the node reads, for an operator and for a node that passes a value on.
+        const ExpressionBaseImpl* m_pFirst = nullptr;
+        const ExpressionBaseImpl* m_pSecond = nullptr;
+        Kind m_eKind = Kind::Other;
+        /// Is the way to this node, from all that it needs, one of the plan's?
+        bool m_bPlanned = false;
+    };
+
+    /// Eight flags, a byte each, the first in the lowest.
+    using Flags = std::uint64_t;
+
+    /// A set of nodes as a stretch of flags.
+    struct NodeSet {
+        std::size_t m_uiFirst = 0;
+        std::vector<Flags> m_vFlags;
+    };
+
+    class Builder;
+
+    static bool compute(const Step& in_Step);
+    static bool computeOperator(const Step& in_Step);
+    bool step(Index in_uiNode);
+    bool areInputsValid(Index in_uiNode) const;
+    bool isIntact() const;
+    const NodeSet* findNeeds(Index in_uiNode);
+    std::vector<Index> listNeeds(Index in_uiNode) const;
+
+    bool isValid(Index in_uiNode) const {
+        return reinterpret_cast<const std::uint8_t*>(m_vValid.data())[in_uiNode] != 0;
+    }
+
+    std::vector<Step> m_vSteps;
+    std::vector<Flags> m_vValid;
+    /// What each node reads: places from m_vInputsBegin[node] to m_vInputsBegin[node + 1].
+    std::vector<Index> m_vInputs;
+    std::vector<Index> m_vInputsBegin;
+    /// For an input of the graph, what reads it.
+    std::vector<std::unique_ptr<NodeSet>> m_vReaders;
+    /// For a node that was asked for, what it needs.
+    std::vector<std::unique_ptr<NodeSet>> m_vNeeds;
+    /// Words that the sets of needs may still take.
+    std::size_t m_uiNeedsRoom = 0;
+    std::size_t m_uiLongWays = 0;
+    Index m_uiFailed = PassedOver;
+    bool m_bUsable = true;
+    bool m_bIntact = true;
+};
+
+} // namespace Velmora::Math::Xpr
