@@ -161,6 +161,26 @@ void Registry::getNames(std::vector<std::string>& out) const {
     }
 }
 
+bool Registry::describe(const char* in_szName, const char* in_szDescription) {
+    if (in_szName == nullptr || in_szDescription == nullptr) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "0 != in_szName && 0 != in_szDescription");
+        return false;
+    }
+    if (m_mapExpressionAllocators.find(in_szName) == m_mapExpressionAllocators.end()) {
+        return false;
+    }
+    const auto [iteDescription, bNew] = m_mapDescriptions.insert(in_szName, in_szDescription);
+    if (!bNew) {
+        (*iteDescription).second = in_szDescription;
+    }
+    return true;
+}
+
+const char* Registry::getDescription(const char* in_szName) const {
+    const auto iteFound = m_mapDescriptions.find(in_szName == nullptr ? "" : in_szName);
+    return iteFound == m_mapDescriptions.end() ? "" : (*iteFound).second.c_str();
+}
+
 std::ostream& Registry::write(std::ostream& out_Stream) const {
     return out_Stream;
 }

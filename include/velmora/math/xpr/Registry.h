@@ -67,6 +67,13 @@ public:
     /// All names, in the order of their registration. Replaces what `out` held.
     void getNames(std::vector<std::string>& out) const;
 
+    /// Says in one line what the registered expression gives; a second text replaces the first.
+    /// False for an unknown name.
+    bool describe(const char* in_szName, const char* in_szDescription);
+
+    /// The line that `describe` was given; empty without one. Good until the next registration.
+    const char* getDescription(const char* in_szName) const;
+
     /// Writes nothing.
     std::ostream& write(std::ostream& out_Stream) const override;
 
@@ -80,6 +87,7 @@ private:
     static Handle<Expression> makeSample(const Handle<ExpressionAllocator>& in_pAllocator);
 
     HashMapVector<std::string, Handle<ExpressionAllocator>> m_mapExpressionAllocators;
+    HashMapVector<std::string, std::string> m_mapDescriptions;
 };
 
 } // namespace Velmora::Math::Xpr

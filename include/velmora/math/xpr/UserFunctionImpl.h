@@ -1,0 +1,139 @@
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <velmora/MemAccounting.h>
+#include <velmora/math/xpr/ExpressionImplCopier.h>
+#include <velmora/math/xpr/FunctionAdaptor.h>
+#include <velmora/math/xpr/FunctionBaseImpl.h>
+#include <velmora/math/xpr/Registry.h>
+
+namespace Velmora::Math::Xpr {
+
+/// A built-in function as a node of the graph: holds an `F`, which derives from `FunctionAdaptor`,
+/// feeds it the values of the arguments, and owns its result.
+///
+/// The arguments are looked up at the first evaluation and kept. From then on an evaluation costs
+/// one walk over the arguments and the function's `calculate`: no allocation, no cast, no copy of a
+/// vector. An argument that fails leaves the vector of the frame before in its place, which is
+/// computed with; one that never had a vector fails the node.
+template <class F>
+class VELMORA_EXPORT UserFunctionImpl : public FunctionBaseImpl {
+public:
+    VELMORA_MEM_ACCOUNT_NO_SIZE("UserFunctionImpl")
+
+    /// Gives the node the name, the arguments and the parameters that `F` tells; none of them if
+    /// the node is about to be made a copy of another.
+    explicit UserFunctionImpl(bool in_bForCopy = false) : FunctionBaseImpl("unamed") {
+        if (in_bForCopy) {
+            return;
+        }
+        setName(m_UserFunction.getFunctionName());
+        m_UserFunction.getArgumentNames(m_vArgumentNames);
+        for (const std::string& strName : m_vArgumentNames) {
+            FunctionBaseImpl::addArgument(strName.c_str());
+        }
+        std::vector<std::string> vParameterNames;
+        m_UserFunction.getParameterNames(vParameterNames);
+        for (const std::string& strName : vParameterNames) {
+            FunctionBaseImpl::addParameter(strName.c_str());
+        }
+    }
+
+    /// Registers the function under the name that `F` tells, with one line on what it returns.
+    /// False for a name that exists.
+    ///
+    ///     static const bool s_bRegistered =
+    ///         UserFunctionImpl<FunctionRms>::registerIn(Registry::getInstance(), "...");
+    static bool registerIn(Registry& inout_Registry, const char* in_szDescription) {
+        const F userFunction{};
+        const char* const szName = userFunction.getFunctionName();
+        return inout_Registry.registerFunction(
+                   szName, new Registry::ExpressionAllocatorT<UserFunctionImpl>) &&
+               inout_Registry.describe(szName, in_szDescription);
+    }
+
+protected:
+    using FunctionBaseImpl::configure_i;
+    bool configure_i(const ROConfiguration& in_Configuration,
+                     const TSHandle<VirtualFileSystem>& in_pFileSystem) override {
+        return m_UserFunction.configure(in_Configuration, in_pFileSystem);
+    }
+
+    bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
+        if (m_vArguments.empty()) {
+            findArguments();
+        }
+        if (m_mapArgNameToDomain.empty()) {
+            makeEntries();
+        }
+        if (!evaluateArguments()) {
+            return false;
+        }
+        m_vResult.clear();
+        if (!m_UserFunction.calculate(m_mapArgNameToDomain, m_vResult)) {
+            return false;
+        }
+        out = &m_vResult;
+        return true;
+    }
+
+    bool reset_i() override { return m_UserFunction.reset(); }
+    void seal_i() override {}
+    void replaceChild_i(ExpressionBaseImpl&, const Handle<ExpressionBaseImpl>&) override {}
+
+    Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override {
+        auto* const pCopy = new UserFunctionImpl(true);
+        const Handle<ExpressionBaseImpl> pResult(pCopy);
+        if (pCopy != nullptr) {
+            pCopy->fill(*this, inout_Copier);
+            pCopy->setName(getName());
+            pCopy->m_vArgumentNames = m_vArgumentNames;
+            pCopy->m_UserFunction = m_UserFunction;
+        }
+        return pResult;
+    }
+
+    bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override { return false; }
+
+private:
+    void findArguments() {
+        m_vArguments.reserve(static_cast<std::size_t>(getChildEnd() - getChildBegin()));
+        for (auto ite = getArgumentBegin(); ite != getArgumentEnd(); ++ite) {
+            m_vArguments.emplace_back(getChildAt(static_cast<long>((*ite).second)));
+        }
+    }
+
+    /// Arguments beyond those that the function declared, which a host may have added, get none.
+    void makeEntries() {
+        const std::size_t uiCount = std::min(m_vArguments.size(), m_vArgumentNames.size());
+        for (std::size_t i = 0; i < uiCount; ++i) {
+            m_mapArgNameToDomain[m_vArgumentNames[i]] = nullptr;
+        }
+    }
+
+    /// By position on both sides: the sorted map and the arguments in their order.
+    bool evaluateArguments() {
+        bool bComplete = true;
+        auto iteArgument = m_vArguments.begin();
+        for (auto& entry : m_mapArgNameToDomain) {
+            if (!iteArgument->isNull()) {
+                static_cast<void>((*iteArgument)->evaluate(entry.second));
+            }
+            ++iteArgument;
+            bComplete = bComplete && !entry.second.isNull();
+        }
+        return bComplete || reportNoValue();
+    }
+
+    F m_UserFunction;
+    std::vector<std::string> m_vArgumentNames;
+    std::vector<Handle<VariableImpl>> m_vArguments;
+    FunctionAdaptor::ArgumentMap m_mapArgNameToDomain;
+    DoubleVector m_vResult;
+};
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,15 @@
+#include <velmora/math/MaxFeature.h>
+#include <velmora/math/xpr/SignalFeatureToFunctionAdaptorImpl.h>
+#include <velmora/math/xpr/UserFunctionImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+class FunctionMax : public SignalFeatureToFunctionAdaptorImpl<MaxFeature> {
+public:
+    FunctionMax() : SignalFeatureToFunctionAdaptorImpl("max") {}
+};
+
+[[maybe_unused]] static const bool s_bRegistered = UserFunctionImpl<FunctionMax>::registerIn(
+    Registry::getInstance(), "the largest element, one value");
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,15 @@
+#include <velmora/math/SumFeature.h>
+#include <velmora/math/xpr/SignalFeatureToFunctionAdaptorImpl.h>
+#include <velmora/math/xpr/UserFunctionImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+class FunctionSum : public SignalFeatureToFunctionAdaptorImpl<SumFeature> {
+public:
+    FunctionSum() : SignalFeatureToFunctionAdaptorImpl("sum") {}
+};
+
+[[maybe_unused]] static const bool s_bRegistered = UserFunctionImpl<FunctionSum>::registerIn(
+    Registry::getInstance(), "the sum of the elements, one value");
+
+} // namespace Velmora::Math::Xpr
