@@ -2,7 +2,8 @@
 
 #include <iterator>
 
-RandomScript::RandomScript(std::uint64_t in_uiSeed) : m_Random(in_uiSeed) {
+RandomScript::RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures)
+    : m_Random(in_uiSeed), m_eFailures(in_eFailures) {
     m_vLines = {"inputvar left", "inputvar right", "inputvar scalar"};
     m_vNames = {{"left", FrameSize}, {"right", FrameSize}, {"scalar", 1}};
     const std::size_t uiStatements = 2 + pick(7);
@@ -108,7 +109,8 @@ std::string RandomScript::operation(std::size_t in_uiSize, std::size_t in_uiDept
     case 2:
         return '(' + some(1) + " * " + some(in_uiSize) + ')';
     case 3:
-        return '(' + some(in_uiSize) + " / " + nonZero() + ')';
+        return '(' + some(in_uiSize) + " / " +
+               (m_eFailures == Failures::Some && chance(60) ? "scalar" : nonZero()) + ')';
     case 4:
         return "if(" + some(1) + ", " + branch(in_uiSize, in_uiDepth) + ", " +
                branch(in_uiSize, in_uiDepth) + ')';

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// Makes scripts at random that load, link and never fail: sizes fit, divisors aren't zero, indices
-/// are in range. Equal seeds make equal scripts.
+/// Makes scripts at random that load, link and, unless asked for, never fail: sizes fit, divisors
+/// aren't zero, indices are in range. Equal seeds make equal scripts.
 ///
 /// A script reads the inputs `left` and `right`, vectors of `FrameSize` elements, and `scalar`, and
 /// uses every operator and built-in, definitions that stand ahead, and functions of its own with
@@ -18,7 +18,11 @@ class RandomScript {
 public:
     static constexpr std::size_t FrameSize = 8;
 
-    explicit RandomScript(std::uint64_t in_uiSeed);
+    /// Whether operations may fail on some frames: divisions by `scalar`, which is zero now and
+    /// then.
+    enum class Failures { None, Some };
+
+    explicit RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures = Failures::None);
 
     /// One statement a line.
     const std::vector<std::string>& getLines() const { return m_vLines; }
@@ -73,4 +77,5 @@ private:
     /// May a function with memory stand here, and has one stood since this was last cleared?
     bool m_bMemory = true;
     bool m_bMemoryUsed = false;
+    Failures m_eFailures;
 };

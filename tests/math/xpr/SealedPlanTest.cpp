@@ -1,0 +1,155 @@
+// The plan of a sealed graph against the walk that it replaces.
+
+#include "math/xpr/src/SealedPlan.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <unordered_set>
+
+#include <velmora/math/xpr/VariableImpl.h>
+
+#include "support/LogCapture.h"
+#include "support/RandomScript.h"
+#include "support/ScriptRun.h"
+
+namespace {
+
+using namespace Velmora;
+using namespace Velmora::Math;
+using namespace Velmora::Math::Xpr;
+
+using Node = Handle<ExpressionBaseImpl>;
+using Nodes = std::vector<Node>;
+
+/// Every node below the features, in an order that is the same for graphs of the same shape.
+Nodes listNodes(ScriptRun& inout_Run, const std::vector<std::string>& in_vFeatures) {
+    Nodes vNodes;
+    for (const std::string& strName : in_vFeatures) {
+        vNodes.push_back(Node(inout_Run.getEvaluator().getExpression(("s." + strName).c_str())));
+    }
+    std::unordered_set<const ExpressionBaseImpl*> seen;
+    Nodes vAll;
+    for (std::size_t ui = 0; ui != vNodes.size(); ++ui) {
+        const Node pNode = vNodes[ui];
+        if (seen.insert(pNode.get()).second) {
+            vAll.push_back(pNode);
+            vNodes.insert(vNodes.end(), pNode->getChildBegin(), pNode->getChildEnd());
+        }
+    }
+    return vAll;
+}
+
+/// A change of the links makes the plans of these graphs unusable.
+void takeThePlanAway(const Nodes& in_vNodes) {
+    Handle<VariableImpl> pOther(new VariableImpl);
+    for (const Node& pNode : in_vNodes) {
+        pNode->addParent(pOther.get());
+        pNode->removeParent(pOther.get());
+    }
+}
+
+std::string describe(const Nodes& in_vNodes) {
+    std::string strFlags;
+    for (const Node& pNode : in_vNodes) {
+        strFlags += pNode->isValid() ? '1' : '0';
+    }
+    return strFlags;
+}
+
+/// Two graphs of one shape, the same done to both.
+class Twins {
+public:
+    Twins(const RandomScript& in_Script, std::uint64_t in_uiSeed)
+        : m_Random(in_uiSeed),
+          m_Planned(RandomScript::join(in_Script.getLines()), in_Script.getFeatures(), true),
+          m_pWalked(m_Planned.clone()),
+          m_vPlanned(listNodes(m_Planned, in_Script.getFeatures())),
+          m_vWalked(listNodes(*m_pWalked, in_Script.getFeatures())) {
+        takeThePlanAway(m_vWalked);
+        for (std::size_t uiFrame = 0; uiFrame != 6; ++uiFrame) {
+            m_vFrames.push_back(ScriptRun::makeInputs(uiFrame));
+        }
+    }
+
+    bool haveSameShape() const { return m_vPlanned.size() == m_vWalked.size(); }
+
+    /// Does something to both. What differs then, or an empty text.
+    std::string step() {
+        const std::size_t uiNode = m_Random() % m_vPlanned.size();
+        const std::size_t uiInput = m_Random() % 3;
+        const std::size_t uiFrame = m_Random() % m_vFrames.size();
+        const std::size_t uiAction = m_Random() % 10;
+        const std::string strPlanned =
+            act(m_Planned, m_vPlanned, uiAction, uiNode, uiInput, uiFrame);
+        const std::string strWalked =
+            act(*m_pWalked, m_vWalked, uiAction, uiNode, uiInput, uiFrame);
+        if (strPlanned == strWalked) {
+            return std::string();
+        }
+        return "action " + std::to_string(uiAction) + " on node " + std::to_string(uiNode) +
+               "\nplanned: " + strPlanned + "\nwalked:  " + strWalked;
+    }
+
+private:
+    std::string act(ScriptRun& inout_Run, const Nodes& in_vNodes, std::size_t in_uiAction,
+                    std::size_t in_uiNode, std::size_t in_uiInput, std::size_t in_uiFrame) {
+        const LogCapture log("", log4cplus::ERROR_LOG_LEVEL);
+        std::string strResult;
+        ExpressionBaseImpl& node = *in_vNodes[in_uiNode];
+        if (in_uiAction < 4) {
+            const std::string strName = "s." + ScriptRun::getInputNames()[in_uiInput];
+            inout_Run.getEvaluator()
+                .getVariable(strName.c_str())
+                ->setValue(m_vFrames[in_uiFrame][in_uiInput]);
+        } else if (in_uiAction < 7) {
+            // A feature, as a host would.
+            strResult = evaluate(*in_vNodes[in_uiNode % 3 % in_vNodes.size()]);
+        } else if (in_uiAction < 9) {
+            strResult = evaluate(node);
+        } else {
+            node.invalidate();
+        }
+        return strResult + ' ' + std::to_string(log.count(log4cplus::ERROR_LOG_LEVEL)) +
+               " errors, flags " + describe(in_vNodes);
+    }
+
+    static std::string evaluate(ExpressionBaseImpl& inout_Node) {
+        LimitedObjPtr<DoubleVector> pValue;
+        std::ostringstream stream;
+        stream << inout_Node.evaluate(pValue) << ' ';
+        if (!pValue.isNull()) {
+            stream << *pValue;
+        }
+        return stream.str();
+    }
+
+    std::mt19937_64 m_Random;
+    ScriptRun m_Planned;
+    std::unique_ptr<ScriptRun> m_pWalked;
+    Nodes m_vPlanned;
+    Nodes m_vWalked;
+    std::vector<std::vector<DoubleVector>> m_vFrames;
+};
+
+void compareOverSeeds(RandomScript::Failures in_eFailures) {
+    for (std::uint64_t uiSeed = 0; uiSeed != 400; ++uiSeed) {
+        const RandomScript script(uiSeed, in_eFailures);
+        Twins twins(script, uiSeed);
+        ASSERT_TRUE(twins.haveSameShape());
+        for (std::size_t uiStep = 0; uiStep != 60; ++uiStep) {
+            ASSERT_EQ(twins.step(), "") << "seed " << uiSeed << ", step " << uiStep << '\n'
+                                        << RandomScript::join(script.getLines());
+        }
+    }
+}
+
+TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalk) {
+    compareOverSeeds(RandomScript::Failures::None);
+}
+
+TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhereOperatorsFail) {
+    compareOverSeeds(RandomScript::Failures::Some);
+}
+
+} // namespace
