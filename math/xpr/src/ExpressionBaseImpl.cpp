@@ -56,6 +56,9 @@ ExpressionBaseImpl::~ExpressionBaseImpl() {
         const Handle<ExpressionBaseImpl> pChild(m_Childs[uiChild]);
         pChild->eraseParent(this);
     }
+    if (m_pPlan != nullptr && m_uiPlanIndex != SealedPlan::PassedOver) {
+        m_pPlan->noteDeath(m_uiPlanIndex);
+    }
     m_pSealedParents.reset();
     releaseDeferred(m_Childs);
 }
@@ -128,7 +131,7 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
     if (bPassedOver) {
         m_pPlan->noteForeignValue();
     } else {
-        m_pPlan->noteLongWay();
+        m_pPlan->noteLongWay(m_uiPlanIndex);
     }
     out = m_pValue;
     return true;

@@ -1,10 +1,12 @@
 #include "SealedPlan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <typeinfo>
 #include <unordered_map>
 
 #include <velmora/math/xpr/Argument.h>
+#include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
 #include <velmora/math/xpr/DomainVariableImpl.h>
 #include <velmora/math/xpr/OperatorDivide.h>
@@ -130,11 +132,15 @@ private:
             m_Plan.m_vInputs.push_back(uiInput);
             step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
         }
-        if (in_Place.m_bKnown && !in_Place.m_vInputs.empty()) {
-            step.m_pFirst = in_Place.m_vInputs.front();
-            step.m_pSecond = in_Place.m_vInputs.back();
+        if (in_Place.m_bKnown && in_Place.m_vInputs.empty()) {
+            const std::type_info& type = typeid(node);
+            if (type == typeid(ConstantImpl) || type == typeid(DomainValueNoCopyImpl)) {
+                step.m_eKind = Kind::Leaf;
+            }
+        } else if (in_Place.m_bKnown) {
+            step.m_uiFirst = m_mapIndexes.at(in_Place.m_vInputs.front());
+            step.m_uiSecond = m_mapIndexes.at(in_Place.m_vInputs.back());
             step.m_eKind = kindOf(node);
-            step.m_pOperator = dynamic_cast<BinaryOperatorImplNoT*>(&node);
         }
         m_mapIndexes[&node] = static_cast<Index>(m_Plan.m_vSteps.size());
         m_Plan.m_vSteps.push_back(step);
@@ -229,6 +235,7 @@ void SealedPlan::make(const Nodes& in_vRoots) {
         }
     }
     pPlan->m_bIntact = pPlan->isIntact();
+    std::for_each(pPlan->m_vSteps.begin(), pPlan->m_vSteps.end(), look);
 }
 
 bool SealedPlan::areInputsValid(Index in_uiNode) const {
@@ -246,65 +253,120 @@ bool SealedPlan::isIntact() const {
     return true;
 }
 
-void SealedPlan::noteLongWay() {
-    // The look takes as long as the list; it is spread over as many frames.
+void SealedPlan::noteLongWay(Index in_uiNode) {
+    look(m_vSteps[in_uiNode]);
+    // The look at all takes as long as the list; it is spread over as many frames.
     constexpr std::size_t NodesPerFrame = 16;
-    if (!m_bIntact && m_bUsable && ++m_uiLongWays % (1 + m_vSteps.size() / NodesPerFrame) == 0) {
-        m_bIntact = isIntact();
+    if (!m_bIntact && m_bUsable && ++m_uiLongWays % (1 + m_vSteps.size() / NodesPerFrame) == 0 &&
+        isIntact()) {
+        m_bIntact = true;
+        std::for_each(m_vSteps.begin(), m_vSteps.end(), look);
     }
 }
 
-bool SealedPlan::computeOperator(const Step& in_Step) {
-    BinaryOperatorImplNoT& op = *in_Step.m_pOperator;
-    op.m_pLeftValue = in_Step.m_pFirst->m_pValue;
-    op.m_pRightValue = in_Step.m_pSecond->m_pValue;
-    if (op.m_pLeftValue.isNull() || op.m_pRightValue.isNull()) {
+void SealedPlan::look(Step& inout_Step) {
+    if (inout_Step.m_pNode != nullptr) {
+        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+        inout_Step.m_pScalar = nullptr;
+        inout_Step.m_bAhead = false;
+    }
+}
+
+/// Leaves the operators as the long way would have: with the pointers that they read last.
+void SealedPlan::leave() {
+    if (!m_bUsable || !m_bIntact) {
+        return;
+    }
+    for (Step& step : m_vSteps) {
+        if (step.m_bAhead && step.m_pNode != nullptr) {
+            auto& op = static_cast<BinaryOperatorImplNoT&>(*step.m_pNode);
+            op.m_pLeftValue = const_cast<DoubleVector*>(m_vSteps[step.m_uiFirst].m_pVector);
+            op.m_pRightValue = const_cast<DoubleVector*>(m_vSteps[step.m_uiSecond].m_pVector);
+            step.m_bAhead = false;
+        }
+    }
+}
+
+bool SealedPlan::computeVectors(Step& inout_Step) {
+    const Step& first = m_vSteps[inout_Step.m_uiFirst];
+    const Step& second = m_vSteps[inout_Step.m_uiSecond];
+    auto& op = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode);
+    inout_Step.m_pScalar = nullptr;
+    if (first.m_pVector == nullptr || second.m_pVector == nullptr) {
         return op.reportNoValue();
     }
-    in_Step.m_pNode->m_pValue = &op.m_Result;
-    const DoubleVector& left = *op.m_pLeftValue;
-    const DoubleVector& right = *op.m_pRightValue;
-    // Scalars are so short that the call would cost more than the operation.
-    if (left.size() != 1 || right.size() != 1 ||
-        (in_Step.m_eKind == Kind::Divide && *right.begin() == 0.0)) {
-        return op.calculate(left, right, op.m_Result);
+    inout_Step.m_bAhead = true;
+    inout_Step.m_pNode->m_pValue = &op.m_Result;
+    inout_Step.m_pVector = &op.m_Result;
+    if (!op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result)) {
+        return false;
     }
-    const double dLeft = *left.begin();
-    const double dRight = *right.begin();
-    op.m_Result.resize(1);
-    double& dResult = *op.m_Result.begin();
-    switch (in_Step.m_eKind) {
-    case Kind::Plus:
-        dResult = dLeft + dRight;
-        break;
-    case Kind::Minus:
-        dResult = dLeft - dRight;
-        break;
-    case Kind::Multiply:
-        dResult = dLeft * dRight;
-        break;
-    default:
-        dResult = dLeft / dRight;
-        break;
+    if (op.m_Result.size() == 1) {
+        inout_Step.m_pScalar = op.m_Result.begin();
     }
     return true;
 }
 
-bool SealedPlan::compute(const Step& in_Step) {
-    switch (in_Step.m_eKind) {
-    case Kind::Other:
-        return in_Step.m_pNode->evaluate_i(in_Step.m_pNode->m_pValue);
-    case Kind::Forward:
-        in_Step.m_pNode->m_pValue = in_Step.m_pFirst->m_pValue;
+bool SealedPlan::computeOperator(Step& inout_Step) {
+    const auto isScalar = [](const Step& in_Input) {
+        return in_Input.m_pScalar != nullptr ||
+               (in_Input.m_pVector != nullptr && in_Input.m_pVector->size() == 1);
+    };
+    const auto scalar = [](const Step& in_Input) {
+        return in_Input.m_pScalar != nullptr ? *in_Input.m_pScalar : *in_Input.m_pVector->begin();
+    };
+    const Step& first = m_vSteps[inout_Step.m_uiFirst];
+    const Step& second = m_vSteps[inout_Step.m_uiSecond];
+    // A scalar that stays one is written in its place. All else goes through the operator.
+    if (inout_Step.m_pScalar == nullptr || !isScalar(first) || !isScalar(second)) {
+        return computeVectors(inout_Step);
+    }
+    const double dFirst = scalar(first);
+    const double dSecond = scalar(second);
+    switch (inout_Step.m_eKind) {
+    case Kind::Plus:
+        *inout_Step.m_pScalar = dFirst + dSecond;
+        return true;
+    case Kind::Minus:
+        *inout_Step.m_pScalar = dFirst - dSecond;
+        return true;
+    case Kind::Multiply:
+        *inout_Step.m_pScalar = dFirst * dSecond;
         return true;
     default:
-        return computeOperator(in_Step);
+        if (dSecond == 0.0) {
+            return computeVectors(inout_Step);
+        }
+        *inout_Step.m_pScalar = dFirst / dSecond;
+        return true;
+    }
+}
+
+bool SealedPlan::compute(Step& inout_Step) {
+    switch (inout_Step.m_eKind) {
+    case Kind::Leaf:
+    case Kind::Other:
+        if (!inout_Step.m_pNode->evaluate_i(inout_Step.m_pNode->m_pValue)) {
+            return false;
+        }
+        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+        return true;
+    case Kind::Forward: {
+        const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
+        if (inout_Step.m_pVector != pVector) {
+            inout_Step.m_pVector = pVector;
+            inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
+        }
+        return true;
+    }
+    default:
+        return computeOperator(inout_Step);
     }
 }
 
 bool SealedPlan::step(Index in_uiNode) {
     if (!compute(m_vSteps[in_uiNode])) {
-        m_bIntact = false;
+        noteFailure();
         return false;
     }
     *flagOf(in_uiNode) = 1;
@@ -378,14 +440,23 @@ std::vector<SealedPlan::Index> SealedPlan::listNeeds(Index in_uiNode) const {
     return vNeeds;
 }
 
+bool SealedPlan::isSilent(Index in_uiNode) const {
+    const Kind eKind = m_vSteps[in_uiNode].m_eKind;
+    return eKind == Kind::Leaf || eKind == Kind::Forward;
+}
+
 const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {
     std::unique_ptr<NodeSet>& pNeeds = m_vNeeds[in_uiNode];
     if (pNeeds == nullptr) {
         pNeeds = std::make_unique<NodeSet>();
         const std::vector<Index> vNeeds = listNeeds(in_uiNode);
         const std::size_t uiWords = vNeeds.size() / FlagsPerWord + 2;
-        // The recursion from here may come to the nodes in another order than the list has.
-        if (std::is_sorted(vNeeds.begin(), vNeeds.end()) && uiWords <= m_uiNeedsRoom) {
+        // The recursion from here may come to the nodes in another order than the list has. It
+        // shows in those that log or fail.
+        std::vector<Index> vShown;
+        std::copy_if(vNeeds.begin(), vNeeds.end(), std::back_inserter(vShown),
+                     [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
+        if (std::is_sorted(vShown.begin(), vShown.end()) && uiWords <= m_uiNeedsRoom) {
             *pNeeds = Builder::makeSet(vNeeds);
             m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vFlags.size());
         }

@@ -53,13 +53,25 @@ public:
     bool invalidate(Index in_uiNode);
 
     /// The long way has just failed to compute this node.
-    void noteFailure() { m_bIntact = false; }
+    void noteFailure() {
+        leave();
+        m_bIntact = false;
+    }
 
     /// A node that the plan passes over has been evaluated: it must be told of changes too.
-    void noteForeignValue() { m_bUsable = false; }
+    void noteForeignValue() { noteChange(); }
 
     /// Links have changed: what the plan knows of them is out of date.
-    void noteChange() { m_bUsable = false; }
+    void noteChange() {
+        leave();
+        m_bUsable = false;
+    }
+
+    /// The node is dying. Nothing that lives needs it.
+    void noteDeath(Index in_uiNode) { m_vSteps[in_uiNode].m_pNode = nullptr; }
+
+    /// The long way has computed this node. Looks, now and then, whether all is well again.
+    void noteLongWay(Index in_uiNode);
 
     /// Is this the node whose failure made the plan hand over to the long way? True once: the
     /// reader that asks first is the one for which the node was computed.
@@ -71,22 +83,28 @@ public:
         return bFailed;
     }
 
-    /// A frame has gone the long way: looks, now and then, whether all is well again.
-    void noteLongWay();
-
 private:
-    enum class Kind : std::uint8_t { Plus, Minus, Multiply, Divide, Forward, Other };
+    enum class Kind : std::uint8_t { Plus, Minus, Multiply, Divide, Forward, Leaf, Other };
 
-    /// What one place of the list computes.
+    /// One place of the list: what is computed there, and what came out last.
+    ///
+    /// The results of all places are looked up here, and not in the nodes, which lie too far apart:
+    /// a frame of scalars touches the list and the numbers and nothing else.
     struct Step {
-        ExpressionBaseImpl* m_pNode = nullptr;
-        BinaryOperatorImplNoT* m_pOperator = nullptr;
+        /// The node's cached pointer once more.
+        const DoubleVector* m_pVector = nullptr;
+        /// The only element of an operator's result; null if it has another size.
+        double* m_pScalar = nullptr;
         /// What the node reads, for an operator and for a node that passes a value on.
-        const ExpressionBaseImpl* m_pFirst = nullptr;
-        const ExpressionBaseImpl* m_pSecond = nullptr;
+        Index m_uiFirst = PassedOver;
+        Index m_uiSecond = PassedOver;
+        /// Null once the node has died.
+        ExpressionBaseImpl* m_pNode = nullptr;
         Kind m_eKind = Kind::Other;
         /// Is the way to this node, from all that it needs, one of the plan's?
         bool m_bPlanned = false;
+        /// Does the operator lack the pointers that it would have read through?
+        bool m_bAhead = false;
     };
 
     /// Eight flags, a byte each, the first in the lowest.
@@ -100,11 +118,15 @@ private:
 
     class Builder;
 
-    static bool compute(const Step& in_Step);
-    static bool computeOperator(const Step& in_Step);
+    bool compute(Step& inout_Step);
+    bool computeOperator(Step& inout_Step);
+    bool computeVectors(Step& inout_Step);
+    static void look(Step& inout_Step);
+    void leave();
     bool step(Index in_uiNode);
     bool areInputsValid(Index in_uiNode) const;
     bool isIntact() const;
+    bool isSilent(Index in_uiNode) const;
     const NodeSet* findNeeds(Index in_uiNode);
     std::vector<Index> listNeeds(Index in_uiNode) const;
 

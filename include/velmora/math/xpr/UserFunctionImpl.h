@@ -99,6 +99,18 @@ protected:
 
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override { return false; }
 
+    /// Reads its arguments themselves, and not past them.
+    bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override {
+        for (auto ite = getArgumentBegin(); ite != getArgumentEnd(); ++ite) {
+            const Handle<VariableImpl> pArgument = FunctionBaseImpl::getArgument(ite);
+            if (pArgument.isNull()) {
+                return false;
+            }
+            out_vInputs.push_back(pArgument.get());
+        }
+        return true;
+    }
+
 private:
     void findArguments() {
         m_vArguments.reserve(static_cast<std::size_t>(getChildEnd() - getChildBegin()));
