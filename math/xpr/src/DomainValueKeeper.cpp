@@ -11,7 +11,6 @@ DomainValueKeeper::~DomainValueKeeper() {
     for (auto& [ulId, state] : m_mapStates) {
         state.m_pDomainValue->m_pVector = state.m_pVector;
         *state.m_pDomainValue->m_pValid = state.m_bValid ? 1 : 0;
-        state.m_pDomainValue->forgetName();
     }
 }
 

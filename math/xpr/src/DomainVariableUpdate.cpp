@@ -44,12 +44,13 @@ void DomainVariableUpdate::update(DomainVariableImpl& inout_Variable) {
         return;
     }
     const Handle<DomainValueBase> pNewValue(pOldValue->copy(m_Copier));
-    moveParents(*pOldValue, pNewValue);
+    moveParents(inout_Variable, *pOldValue, pNewValue);
     Variable& variable = inout_Variable;
     variable.setValue(Handle<Expression>(pNewValue));
 }
 
-void DomainVariableUpdate::moveParents(DomainValueBase& inout_OldValue,
+void DomainVariableUpdate::moveParents(const DomainVariableImpl& in_Variable,
+                                       DomainValueBase& inout_OldValue,
                                        const Handle<DomainValueBase>& in_pNewValue) {
     std::size_t uiPosition = 0;
     while (inout_OldValue.getParentBegin() + uiPosition != inout_OldValue.getParentEnd()) {
@@ -73,7 +74,8 @@ void DomainVariableUpdate::moveParents(DomainValueBase& inout_OldValue,
         if (parent.replaceChild(inout_OldValue, Handle<ExpressionBaseImpl>(in_pNewValue), true) ==
             ExpressionBaseImpl::NoChild) {
             ++uiPosition;
-        } else if (auto* pVariable = dynamic_cast<VariableImpl*>(&parent)) {
+        } else if (auto* pVariable = dynamic_cast<VariableImpl*>(&parent);
+                   pVariable != nullptr && pVariable->getId() != in_Variable.getId()) {
             // Replacing a child leaves a variable's second pointer at the old value.
             Variable& variable = *pVariable;
             variable.setValue(Handle<Expression>(in_pNewValue));

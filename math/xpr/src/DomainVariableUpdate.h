@@ -24,7 +24,10 @@ public:
 
 private:
     void update(DomainVariableImpl& inout_Variable);
-    void moveParents(DomainValueBase& inout_OldValue, const Handle<DomainValueBase>& in_pNewValue);
+    /// Moves every parent that isn't the source's from the old value to the new one. The variable
+    /// that is being updated gets its value set by the caller.
+    void moveParents(const DomainVariableImpl& in_Variable, DomainValueBase& inout_OldValue,
+                     const Handle<DomainValueBase>& in_pNewValue);
     void logParent(const ExpressionBaseImpl& in_Parent) const;
 
     const CachedLLLogger& m_Logger;

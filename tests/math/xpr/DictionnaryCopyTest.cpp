@@ -312,6 +312,39 @@ TEST_F(DictionnaryCopyTest, VariableThatSharesADomainValueOutsideBothIsMovedToTh
     EXPECT_EQ(vRead[0], 4.0);
 }
 
+TEST_F(DictionnaryCopyTest, SealedOperatorOutsideBothIsLeftAlone) {
+    const Handle<Expression> pInput = m_Source.findExpression("s.x");
+    const Handle<OperatorPlus> pOutside = makeSum("host.sum", pInput, pInput);
+    pOutside->seal();
+    const std::string strOutside = std::to_string(pOutside->getId());
+    const LogCapture log("quillmark.math.xpr.Dictionnary");
+    const AssertionCapture assertions;
+
+    const Dictionnary copy(m_Source, "copy", true);
+
+    EXPECT_EQ(
+        log.count(DEBUG_LOG_LEVEL, "parent ID:" + strOutside + " resides in the dictionnary copy"),
+        2U);
+    EXPECT_EQ(log.count(DEBUG_LOG_LEVEL, "parent ID:" + strOutside + " replacing"), 0U);
+    EXPECT_EQ(assertions.count(), 0U);
+    const DoubleVector vValue = vectorOf(4.0);
+    m_Source.findVariable("s.x")->setValue(vValue);
+    DoubleVector vRead;
+    ASSERT_TRUE(pOutside->evaluate(vRead));
+    EXPECT_EQ(vRead[0], 8.0);
+}
+
+TEST_F(DictionnaryCopyTest, SealedOperatorThatHasDiedDoesNotDisturbTheCopy) {
+    const Handle<Expression> pInput = m_Source.findExpression("s.x");
+    makeSum("host.sum", pInput, pInput)->seal();
+    const AssertionCapture assertions;
+
+    const Dictionnary copy(m_Source, "copy", true);
+
+    EXPECT_EQ(assertions.count(), 0U);
+    EXPECT_THAT(intersection(idsOf(copy), idsOf(m_Source)), IsEmpty());
+}
+
 TEST_F(DictionnaryCopyTest, ExpressionThatCannotBeCopiedFailsAnAssertionAndTheRestIsCopied) {
     Dictionnary source("source");
     source.add(Handle<Expression>(new InvalidVariable), false);
