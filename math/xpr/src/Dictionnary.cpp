@@ -9,11 +9,27 @@
 
 #include "DomainValueKeeper.h"
 #include "DomainVariableUpdate.h"
+#include "GraphWalk.h"
 #include "GraphvizFrame.h"
+#include "GraphvizNodes.h"
 
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
+
+namespace {
+
+GraphWalk::Nodes nodesOf(const Dictionnary& in_Dictionnary) {
+    GraphWalk::Nodes vNodes;
+    for (const auto& entry : in_Dictionnary) {
+        if (const Handle<ExpressionBaseImpl> pNode(entry.second); !pNode.isNull()) {
+            vNodes.push_back(&*pNode);
+        }
+    }
+    return vNodes;
+}
+
+} // namespace
 
 Dictionnary::Dictionnary(const char* in_szName) : m_strName(in_szName == nullptr ? "" : in_szName) {
     takeLogger();
@@ -173,14 +189,19 @@ Cloneable* Dictionnary::clone() const {
 std::ostream& Dictionnary::write(std::ostream& out_Stream) const {
     // The label of the destructor: logs are compared across versions.
     VELMORA_TRACE_SCOPE(getLogger(), "Dictionnary::~Dictionnary");
+    GraphvizNodes nodes(GraphWalk::isShort(nodesOf(*this)));
     for (const auto& entry : m_mapExpressions) {
-        if (entry.second.isNull()) {
-            out_Stream << "null";
-        } else {
+        const Handle<ExpressionBaseImpl> pNode(entry.second);
+        if (!pNode.isNull()) {
+            GraphvizNodes::write(out_Stream, *pNode);
+        } else if (!entry.second.isNull()) {
             out_Stream << *entry.second;
+        } else {
+            out_Stream << "null";
         }
         out_Stream << std::endl;
     }
+    nodes.writePending(out_Stream);
     return out_Stream;
 }
 

@@ -278,7 +278,12 @@ bool ExpressionBaseImpl::removeParent(const LimitedObjPtr<ExpressionBaseImpl>& i
         VELMORA_ASSERT_FAIL("!in_pParent.isNull()");
         return false;
     }
-    noteChange();
+    // A parent that came after sealing isn't in the plan, such as the copy of an input, which
+    // shares its value for a moment.
+    auto* const pEnd = m_pSealedParents.get() + m_uiSealedParents;
+    if (findParent(m_pSealedParents.get(), pEnd, *in_pParent) != pEnd) {
+        noteChange();
+    }
     return eraseParent(in_pParent);
 }
 

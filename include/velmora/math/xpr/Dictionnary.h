@@ -88,7 +88,8 @@ public:
     /// A deep copy of the same name, with inputs of its own. The caller owns it.
     Cloneable* clone() const override;
 
-    /// One expression a line, each with the graph below it, in Graphviz statements.
+    /// One expression a line, each with the graph below it, in Graphviz statements. Behind more
+    /// paths than `ExpressionBaseImpl::MaxVisitsPerWalk` each node comes once, behind all lines.
     std::ostream& write(std::ostream& out_Stream) const override;
 
     /// Writes the whole as a Graphviz file. True in every case: a file that can't be opened is
