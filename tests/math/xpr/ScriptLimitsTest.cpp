@@ -20,6 +20,20 @@ using namespace Velmora::Testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+/// The thread sanitizer keeps every call stack that allocates, and these nest by the thousand;
+/// there is but one thread.
+class ScriptLimitsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+#if defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "takes gigabytes under the thread sanitizer";
+#endif
+    }
+};
+
+template <class T>
+class ScriptLimitsTestOf : public ScriptLimitsTest, public ::testing::WithParamInterface<T> {};
+
 std::string repeated(const std::string& in_strText, std::size_t in_uiCount) {
     std::string strResult;
     for (std::size_t ui = 0; ui < in_uiCount; ++ui) {
@@ -44,7 +58,7 @@ struct Nesting {
     }
 };
 
-class NestingTest : public ::testing::TestWithParam<Nesting> {};
+using NestingTest = ScriptLimitsTestOf<Nesting>;
 
 TEST_P(NestingTest, GoesUpToTheLimit) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
@@ -114,7 +128,7 @@ std::size_t reports(std::size_t in_uiLevels) {
     return log.count(log4cplus::ERROR_LOG_LEVEL);
 }
 
-TEST(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
+TEST_F(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
     // Two guards miss the end of the innermost call, one that of the statement; each level above
     // reads all that once as an operator and once as a call.
     for (std::size_t uiLevels = 1; uiLevels <= 12; ++uiLevels) {
@@ -125,7 +139,7 @@ TEST(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
     EXPECT_LT(reports(ScriptParser::MaxRepeatedNesting + 1), 6 * ScriptParser::MaxRepeatedNesting);
 }
 
-TEST(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
+TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
     std::string strInner = "g(1)[a]";
     std::string strExpected = "Slice(?s.g([1]), ?s.a)";
@@ -139,7 +153,7 @@ TEST(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
+TEST_F(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
     std::string strInner = "a";
     for (std::size_t ui = 0; ui < ScriptParser::MaxRepeatedNesting; ++ui) {
@@ -150,7 +164,7 @@ TEST(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
     EXPECT_FALSE(script.failed);
 }
 
-TEST(ScriptLimitsTest, WideConditionsDoNotMultiply) {
+TEST_F(ScriptLimitsTest, WideConditionsDoNotMultiply) {
     std::string strInner = "a";
     for (int i = 0; i < 12; ++i) {
         strInner = "if(" + strInner + ", " + strInner + ")";
@@ -159,7 +173,7 @@ TEST(ScriptLimitsTest, WideConditionsDoNotMultiply) {
 }
 
 /// A chain of operators: "x = a" and links.
-class ChainTest : public ::testing::TestWithParam<const char*> {};
+using ChainTest = ScriptLimitsTestOf<const char*>;
 
 TEST_P(ChainTest, IsRefusedBeyondTheLimitWithItsPlace) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
@@ -175,13 +189,13 @@ TEST_P(ChainTest, IsRefusedBeyondTheLimitWithItsPlace) {
 
 INSTANTIATE_TEST_SUITE_P(Operators, ChainTest, ::testing::Values("+a", "-1", "*a", "/a", "[0]"));
 
-TEST(ScriptLimitsTest, ChainGoesUpToTheLimit) {
+TEST_F(ScriptLimitsTest, ChainGoesUpToTheLimit) {
     const ParsedScript script("x = a" + repeated("+a", ScriptParser::MaxOperatorDepth));
     EXPECT_EQ(script.expressions.size(), 1U);
     EXPECT_FALSE(script.failed);
 }
 
-TEST(ScriptLimitsTest, ChainOfIndicesIsLimited) {
+TEST_F(ScriptLimitsTest, ChainOfIndicesIsLimited) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
     EXPECT_TRUE(
         ParsedScript("x = a[1" + repeated(",1", ScriptParser::MaxOperatorDepth + 1) + "]").failed);
@@ -189,7 +203,7 @@ TEST(ScriptLimitsTest, ChainOfIndicesIsLimited) {
 }
 
 /// Half of a chain that is too long, inside something, and the other half behind it.
-class SplitChainTest : public ::testing::TestWithParam<std::pair<const char*, const char*>> {};
+using SplitChainTest = ScriptLimitsTestOf<std::pair<const char*, const char*>>;
 
 TEST_P(SplitChainTest, DepthAddsUpThroughTheConstruct) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
@@ -206,12 +220,12 @@ INSTANTIATE_TEST_SUITE_P(Constructs, SplitChainTest,
                                            std::make_pair("if(1,2,", ")"),
                                            std::make_pair("b[", "]"), std::make_pair("b*(", ")")));
 
-TEST(ScriptLimitsTest, WidthIsNotDepth) {
+TEST_F(ScriptLimitsTest, WidthIsNotDepth) {
     const std::size_t uiCount = ScriptParser::MaxOperatorDepth + 1;
     EXPECT_FALSE(ParsedScript("x = f(1" + repeated(",1+1", uiCount) + ")").failed);
 }
 
-TEST(ScriptLimitsTest, RangeOfIndicesIsLimited) {
+TEST_F(ScriptLimitsTest, RangeOfIndicesIsLimited) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
     EXPECT_FALSE(ParsedScript("x = a[0..1048575]").failed);
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -221,19 +235,19 @@ TEST(ScriptLimitsTest, RangeOfIndicesIsLimited) {
                             " An index range lists more than 1048576 indices."));
 }
 
-TEST(ScriptLimitsTest, CommentsOfAnyLengthAreRead) {
+TEST_F(ScriptLimitsTest, CommentsOfAnyLengthAreRead) {
     const std::string strLong = repeated("0123456789", 1000000);
     EXPECT_THAT(ParsedScript("x = 1 /*" + strLong + "*/ + /*" + strLong + "*/ 2 //" + strLong)
                     .descriptions(),
                 ElementsAre("s.x = add([1], [2])"));
 }
 
-TEST(ScriptLimitsTest, CommentsThatAreNeverClosedAreSoughtOnce) {
+TEST_F(ScriptLimitsTest, CommentsThatAreNeverClosedAreSoughtOnce) {
     const ParsedScript script("x = f<\"" + repeated("/*", 1000000) + "\">(1)");
     EXPECT_FALSE(script.failed);
 }
 
-TEST(ScriptLimitsTest, LongScriptIsRead) {
+TEST_F(ScriptLimitsTest, LongScriptIsRead) {
     std::string strText;
     for (int i = 0; i < 10000; ++i) {
         strText += "x" + std::to_string(i) + " = a * 2 + f<3>(b, c[0..3]) - {a, b}\n";
