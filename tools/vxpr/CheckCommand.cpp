@@ -1,0 +1,104 @@
+#include "CheckCommand.h"
+
+#include "EngineLog.h"
+#include "Failure.h"
+#include "FeatureRow.h"
+#include "FeatureSelection.h"
+#include "LinkedScript.h"
+#include "LogOption.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace Vxpr {
+
+namespace {
+
+constexpr const char* DESCRIPTION =
+    R"(Parses and links scripts, and shows every fault with its file, line and column.)";
+
+constexpr const char* REFERENCE = R"(
+  Each script is linked on its own, with the other scripts that it uses: they are searched in its
+  directory, and then in those of -I. The parameters of functions are tried as well, as far as the
+  script settles them. A script without faults is named on the standard output; faults and warnings
+  go to the standard error.
+
+EXIT STATUS
+  0  no faults    1  faults    2  the command line is at fault
+
+EXAMPLES
+  vxpr check loudness.xpr
+  vxpr check -I library *.xpr
+)";
+
+/// Tries the parameters of everything that a run would evaluate.
+bool configureFeatures(LinkedScript& inout_Script, DiagnosticPrinter& inout_Printer) {
+    std::vector<std::string> vNames;
+    for (const Definition& definition : inout_Script.getInventory().getDefinitions()) {
+        if (definition.hasValue()) {
+            vNames.push_back(definition.m_strName);
+        }
+    }
+    bool bDone = true;
+    for (const std::string& strName : vNames) {
+        bDone = FeatureRow(inout_Script, {strName}, inout_Printer).configure() && bDone;
+    }
+    return bDone;
+}
+
+} // namespace
+
+CheckCommand::CheckCommand(CLI::App& inout_App)
+    : m_pCommand(inout_App.add_subcommand("check", DESCRIPTION)) {
+    m_pCommand->footer(REFERENCE);
+    m_pCommand->add_option("SCRIPT", m_vScripts, "The scripts; - is the standard input")
+        ->required();
+    m_pCommand
+        ->add_option("-I,--include", m_vDirectories,
+                     "Search other scripts there, behind the script's own directory")
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+    m_pCommand->add_flag("-q,--quiet", m_bQuiet, "Don't name scripts without faults");
+    addLogOption(*m_pCommand, m_strLog);
+}
+
+bool CheckCommand::check(const std::string& in_strPath) const {
+    ScriptLibrary library;
+    DiagnosticPrinter printer(library);
+    try {
+        LinkedScript script({in_strPath, m_vDirectories, true}, library, printer);
+        if (!script.load() || !configureFeatures(script, printer)) {
+            return false;
+        }
+        if (script.getInventory().getDefinitions().empty()) {
+            printer.print({Diagnostic::Severity::Warning, std::nullopt,
+                           "'" + in_strPath + "' defines nothing"});
+        }
+        return true;
+    } catch (const Failure& failure) {
+        if (failure.getStatus() == ExitStatus::CommandLineAtFault) {
+            throw;
+        }
+        printer.print({Diagnostic::Severity::Error, std::nullopt, failure.what()});
+        return false;
+    }
+}
+
+ExitStatus CheckCommand::execute() const {
+    EngineLog::install(m_strLog);
+    if (std::count(m_vScripts.begin(), m_vScripts.end(), "-") > 1) {
+        throw Failure::ofCommandLine("only one script can come through the standard input");
+    }
+    ExitStatus status = ExitStatus::Done;
+    for (const std::string& strPath : m_vScripts) {
+        if (!check(strPath)) {
+            status = ExitStatus::DataAtFault;
+        } else if (!m_bQuiet) {
+            std::printf("%s: no faults\n", strPath.c_str());
+        }
+    }
+    std::fflush(stdout);
+    return status;
+}
+
+} // namespace Vxpr

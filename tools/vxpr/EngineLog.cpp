@@ -1,0 +1,86 @@
+#include "EngineLog.h"
+
+#include <log4cplus/appender.h>
+#include <log4cplus/consoleappender.h>
+#include <log4cplus/layout.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/loglevel.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <velmora/Assertion.h>
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+
+namespace Vxpr {
+
+namespace {
+
+/// A script can't have more to say than anybody would read.
+constexpr std::size_t MOST_MESSAGES = 1000;
+
+std::vector<EngineMessage> g_vMessages;
+
+void collect(EngineMessage::Kind in_Kind, const std::string& in_strText) {
+    if (g_vMessages.size() < MOST_MESSAGES) {
+        g_vMessages.push_back({in_Kind, in_strText});
+    }
+}
+
+class Collector : public log4cplus::Appender {
+public:
+    ~Collector() override { destructorImpl(); }
+    void close() override { closed = true; }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& in_Event) override {
+        collect(EngineMessage::Kind::Error, in_Event.getMessage());
+    }
+};
+
+void collectAssertion(const char* in_szExpression, const char*, int) {
+    collect(EngineMessage::Kind::Assertion, in_szExpression);
+}
+
+log4cplus::LogLevel toLevel(std::string in_strLevel) {
+    std::transform(in_strLevel.begin(), in_strLevel.end(), in_strLevel.begin(),
+                   [](unsigned char in_c) { return static_cast<char>(std::toupper(in_c)); });
+    return log4cplus::getLogLevelManager().fromString(in_strLevel);
+}
+
+} // namespace
+
+void EngineLog::install(const std::string& in_strLevel) {
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    root.removeAllAppenders();
+    root.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
+    log4cplus::SharedAppenderPtr pCollector(new Collector);
+    pCollector->setThreshold(log4cplus::ERROR_LOG_LEVEL);
+    root.addAppender(pCollector);
+    if (!in_strLevel.empty()) {
+        const log4cplus::LogLevel level = toLevel(in_strLevel);
+        log4cplus::SharedAppenderPtr pConsole(new log4cplus::ConsoleAppender(true));
+        pConsole->setLayout(std::make_unique<log4cplus::PatternLayout>("%-5p %c: %m%n"));
+        pConsole->setThreshold(level);
+        root.addAppender(pConsole);
+        root.setLogLevel(std::min(level, log4cplus::LogLevel(log4cplus::ERROR_LOG_LEVEL)));
+    }
+    Velmora::Assertion::setHandler(&collectAssertion);
+}
+
+bool EngineLog::isEmpty() {
+    return g_vMessages.empty();
+}
+
+const std::vector<EngineMessage>& EngineLog::peek() {
+    return g_vMessages;
+}
+
+std::vector<EngineMessage> EngineLog::take() {
+    std::vector<EngineMessage> vMessages;
+    vMessages.swap(g_vMessages);
+    return vMessages;
+}
+
+} // namespace Vxpr

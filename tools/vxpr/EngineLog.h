@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Vxpr {
+
+/// Something that the engine had to report.
+struct EngineMessage {
+    enum class Kind {
+        Error,    ///< a line of the engine's log at ERROR level
+        Assertion ///< the text of a condition that didn't hold
+    };
+
+    Kind m_Kind = Kind::Error;
+    std::string m_strText;
+};
+
+/// Collects what the engine reports, in its order, instead of letting it reach the terminal.
+///
+/// One exists from before the engine is used until the end of the process.
+class EngineLog {
+public:
+    /// Takes over the engine's log and its assertions. in_strLevel, if it isn't empty, is the level
+    /// from which on the log is written to the standard error as well: trace, debug, info or error.
+    static void install(const std::string& in_strLevel);
+
+    /// Whether anything has been collected; cheap enough for every frame.
+    static bool isEmpty();
+
+    /// What has been collected since the last take().
+    static const std::vector<EngineMessage>& peek();
+
+    /// Takes out what has been collected since the last call. Only the first thousand are kept.
+    static std::vector<EngineMessage> take();
+};
+
+} // namespace Vxpr

@@ -1,0 +1,118 @@
+#include "EvaluationFault.h"
+
+#include "Builtins.h"
+#include "TextList.h"
+
+namespace Vxpr {
+
+namespace {
+
+/// What the engine says of a node, and what it means to a script's author. `%1` and `%2` stand for
+/// the number of elements on the left and on the right.
+struct Explanation {
+    const char* m_szNode; ///< the name of the node that the message is about; any if it is empty
+    const char* m_szMessage;
+    const char* m_szText;
+};
+
+constexpr Explanation EXPLANATIONS[] = {
+    {"add", "sizes are differents", "`+` needs two values of one size, and these have %1 and %2"},
+    {"add", "does not contain data", "`+` has nothing to add: the values have %1 and %2"},
+    {"sub", "sizes are differents", "`-` needs two values of one size, and these have %1 and %2"},
+    {"sub", "does not contain data", "`-` has nothing to subtract: the values have %1 and %2"},
+    {"mult", "does not contain data", "`*` has nothing to multiply: the values have %1 and %2"},
+    {"mult", "must have a size of one",
+     "`*` needs a single element on one side, and these have %1 and %2; there is no product "
+     "element "
+     "by element"},
+    {"div", "does not contain data", "`/` has nothing to divide: the values have %1 and %2"},
+    {"div", "must have a size of one",
+     "`/` needs a single element on its right side, which has %2"},
+    {"div", "Tried to divide by '0'",
+     "division by zero; add a small number to the divisor, or choose another value with if"},
+    {"Slice", "uiIndex < in_Left.size()",
+     "an index between [ and ] lies outside of the value, which has %1"},
+    {"isGreater", "in_vInput1.size() == 1",
+     "isGreater compares single elements, and its first argument has %1; reduce it by max or sum, "
+     "or take one element as in x[0]"},
+    {"isGreater", "in_vInput2.size() == 1",
+     "isGreater compares single elements, and its second argument has %2; reduce it by max or sum, "
+     "or take one element as in x[0]"},
+    {"", "without setting its value first",
+     "an argument has no value: a function is used here without its arguments"},
+};
+
+void replaceAll(std::string& inout_strText, const std::string& in_strFrom,
+                const std::string& in_strTo) {
+    for (std::size_t uiPlace = inout_strText.find(in_strFrom); uiPlace != std::string::npos;
+         uiPlace = inout_strText.find(in_strFrom, uiPlace + in_strTo.size())) {
+        inout_strText.replace(uiPlace, in_strFrom.size(), in_strTo);
+    }
+}
+
+std::string fillIn(std::string in_strText, const FeatureGraph::Failure& in_Failure) {
+    const auto countElements = [&](std::size_t in_uiSource) {
+        return in_uiSource < in_Failure.m_vSizes.size()
+                   ? count(in_Failure.m_vSizes[in_uiSource], "element")
+                   : std::string("some elements");
+    };
+    replaceAll(in_strText, "%1", countElements(0));
+    replaceAll(in_strText, "%2", countElements(1));
+    return in_strText;
+}
+
+/// A message that only says that another one came before.
+bool isConsequence(const std::string& in_strMessage) {
+    return in_strMessage.find("no value to compute from") != std::string::npos ||
+           in_strMessage.find("Failed to evaluate ") == 0 ||
+           in_strMessage.find("failed to configure function: ") == 0;
+}
+
+} // namespace
+
+std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
+                              const std::vector<EngineMessage>& in_vMessages) {
+    const std::string strNode = in_Failure.m_pNode != nullptr ? in_Failure.m_pNode->getName() : "";
+    std::string strOther;
+    for (const EngineMessage& message : in_vMessages) {
+        for (const Explanation& explanation : EXPLANATIONS) {
+            const bool bOfNode = *explanation.m_szNode == '\0' || strNode == explanation.m_szNode;
+            if (bOfNode && message.m_strText.find(explanation.m_szMessage) != std::string::npos) {
+                return fillIn(explanation.m_szText, in_Failure);
+            }
+        }
+        // An assertion's text is meant for programmers.
+        if (strOther.empty() && message.m_Kind == EngineMessage::Kind::Error &&
+            !isConsequence(message.m_strText)) {
+            strOther = message.m_strText;
+        }
+    }
+    const auto builtin = Builtins::find(strNode);
+    if (!builtin || in_Failure.m_vSizes.empty()) {
+        return strOther.empty() ? "what it is computed from has no value" : strOther;
+    }
+    std::vector<std::string> vSizes;
+    for (const std::size_t uiSize : in_Failure.m_vSizes) {
+        vSizes.push_back(count(uiSize, "element"));
+    }
+    return "`" + strNode + "` gives nothing for " + join(vSizes, " and ") +
+           (strOther.empty() ? "" : " (" + strOther + ")") + "; it is called as " +
+           builtin->getCall();
+}
+
+std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
+                                 const std::vector<EngineMessage>& in_vMessages) {
+    std::vector<std::string> vReasons;
+    for (const EngineMessage& message : in_vMessages) {
+        if (!isConsequence(message.m_strText)) {
+            vReasons.push_back(message.m_strText);
+        }
+    }
+    const std::string strName = in_pFunction != nullptr ? in_pFunction->getName() : "";
+    const auto builtin = Builtins::find(strName);
+    return "`" + strName + "` can't use these parameters" +
+           (vReasons.empty() ? "" : " (" + vReasons.front() + ")") +
+           (builtin ? "; call it as " + builtin->getCall() : "");
+}
+
+} // namespace Vxpr

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "DiagnosticPrinter.h"
+#include "FeatureGraph.h"
+#include "LinkedScript.h"
+#include "TableWriter.h"
+
+#include <velmora/LimitedObjPtr.h>
+#include <velmora/math/DoubleVector.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Vxpr {
+
+/// The features of a script, evaluated frame by frame. A frame allocates nothing unless something
+/// fails.
+class FeatureRow {
+public:
+    /// in_Script and inout_Printer outlive the row.
+    FeatureRow(LinkedScript& in_Script, const std::vector<std::string>& in_vNames,
+               DiagnosticPrinter& inout_Printer);
+
+    /// Hands the parameters to the functions; false, reported to the printer, if one refuses.
+    bool configure();
+
+    /// The input variables that the features read.
+    const std::vector<FeatureGraph::Node*>& getInputs() const { return m_Graph.getInputs(); }
+
+    /// Evaluates a frame. The cells are good until the next call. A feature that fails has no value
+    /// on that frame; the first time is reported to the printer.
+    const std::vector<Cell>& evaluate(std::uint64_t in_uiFrame, double in_dTime);
+
+    /// For each feature, on how many frames it had no value.
+    const std::vector<std::uint64_t>& getFailures() const { return m_vFailures; }
+
+private:
+    void markFailures(std::uint64_t in_uiFrame, double in_dTime);
+    void report(std::size_t in_uiFeature, const FeatureGraph::Failure& in_Failure,
+                std::uint64_t in_uiFrame, double in_dTime);
+
+    LinkedScript& m_Script;
+    std::vector<std::string> m_vNames;
+    DiagnosticPrinter& m_Printer;
+    std::vector<FeatureGraph::NodeHandle> m_vFeatures;
+    FeatureGraph m_Graph;
+    std::vector<Velmora::LimitedObjPtr<Velmora::Math::DoubleVector>> m_vValues;
+    std::vector<Cell> m_vCells;
+    std::vector<std::uint64_t> m_vFailures;
+};
+
+} // namespace Vxpr

@@ -1,0 +1,35 @@
+#include "ScriptLibrary.h"
+
+#include "Failure.h"
+
+namespace Vxpr {
+
+void ScriptLibrary::add(const ScriptText& in_Script) {
+    m_mapTexts.insert_or_assign(in_Script.getName(), in_Script);
+}
+
+void ScriptLibrary::addFile(const std::string& in_strPath) {
+    const std::string strPath =
+        in_strPath.compare(0, 2, "./") == 0 ? in_strPath.substr(2) : in_strPath;
+    const std::size_t uiSlash = strPath.rfind('/');
+    const std::size_t uiName = uiSlash == std::string::npos ? 0 : uiSlash + 1;
+    m_mapPaths.emplace(strPath.substr(uiName, strPath.rfind('.') - uiName), strPath);
+}
+
+const ScriptText* ScriptLibrary::find(const std::string& in_strName) {
+    const auto iteText = m_mapTexts.find(in_strName);
+    if (iteText != m_mapTexts.end()) {
+        return &iteText->second;
+    }
+    const auto itePath = m_mapPaths.find(in_strName);
+    if (itePath == m_mapPaths.end()) {
+        return nullptr;
+    }
+    try {
+        return &m_mapTexts.emplace(in_strName, ScriptText::read(itePath->second)).first->second;
+    } catch (const Failure&) {
+        return nullptr;
+    }
+}
+
+} // namespace Vxpr
