@@ -1,0 +1,171 @@
+#include "RunTest.h"
+
+namespace Vxpr {
+
+using namespace Vxpr::TestSupport;
+using testing::HasSubstr;
+using testing::Not;
+
+class CheckCommandTest : public RunTest {};
+
+TEST_F(CheckCommandTest, AScriptWithoutFaultsIsNamed) {
+    const std::string strScript = writeScript("inputvar frame\na = sum(frame)\n");
+    const ProcessResult result = runVxpr({"check", strScript});
+    EXPECT_EQ(result.m_strOutput, strScript + ": no faults\n");
+    EXPECT_EQ(result.m_strErrors, "");
+    EXPECT_EQ(result.m_iStatus, 0);
+    EXPECT_EQ(runVxpr({"check", "-q", strScript}).m_strOutput, "");
+}
+
+TEST_F(CheckCommandTest, AFaultShowsItsPlaceItsLineAndACaret) {
+    const std::string strScript = writeScript("inputvar frame\n\ta = enrgy<8000>(frame)\n");
+    const ProcessResult result = runVxpr({"check", strScript});
+    EXPECT_EQ(result.m_strErrors,
+              strScript + ":2:9: error: `enrgy` isn't defined here, and there is no built-in "
+                          "function and no script of that name; did you mean `energy`?\n"
+                          "    2 |     a = enrgy<8000>(frame)\n"
+                          "      |         ^\n");
+    EXPECT_EQ(result.m_strOutput, "");
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, EveryStatementThatCantBeReadIsShown) {
+    const ProcessResult result =
+        runVxpr({"check", writeScript("a = (1 + 2\nb = 3\nc = {1, 2\nd = b + e\nf = a + c\n")});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:1:11: error: `)` is missing here"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:3:10: error: `}` is missing here"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:4:9: error: `e` isn't defined here"));
+    // What the faulty statements define isn't missing.
+    EXPECT_THAT(result.m_strErrors, Not(HasSubstr("s.xpr:5")));
+}
+
+TEST_F(CheckCommandTest, EveryScriptIsChecked) {
+    const std::string strGood = m_Scratch.write("good.xpr", "a = 1\n");
+    const std::string strBad = m_Scratch.write("bad.xpr", "a = b\n");
+    const std::string strMissing = m_Scratch.getPath("missing.xpr");
+    const ProcessResult result = runVxpr({"check", strBad, strMissing, strGood});
+    EXPECT_EQ(result.m_strOutput, strGood + ": no faults\n");
+    EXPECT_THAT(result.m_strErrors, HasSubstr("bad.xpr:1:5: error: `b` isn't defined"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("missing.xpr': No such file"));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, AFaultInAnotherScriptIsShownThere) {
+    m_Scratch.write("lib.xpr", "x = (1\n");
+    const ProcessResult result = runVxpr({"check", writeScript("a = lib.x\n")});
+    EXPECT_EQ(result.m_iStatus, 1);
+    EXPECT_THAT(result.m_strErrors, HasSubstr("lib.xpr:1:7: error: `)` is missing here"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("    1 | x = (1\n"));
+}
+
+TEST_F(CheckCommandTest, ANameThatAnotherScriptLacksIsToldWithANearOne) {
+    m_Scratch.write("lib.xpr", "level = 1\n");
+    const ProcessResult result = runVxpr({"check", writeScript("a = lib.levle\nb = nolib.x\n")});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:1:5: error: the script `lib` doesn't define "
+                                              "`levle`; did you mean `level`?"));
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("s.xpr:2:5: error: `nolib.x` can't be found: there is "
+                          "no script nolib.xpr in '" +
+                          m_Scratch.getPath()));
+}
+
+TEST_F(CheckCommandTest, NearNamesComeFromDefinitionsInputsArgumentsAndBuiltIns) {
+    const ProcessResult result = runVxpr({"check", writeScript("inputvar spectrum\nlevel = 1\n"
+                                                               "f(left, right) = lefd + right\n"
+                                                               "a = spectrm\nb = leve\n"
+                                                               "c = slidingWindwo<3>(level)\n")});
+    for (const char* szName : {"left", "spectrum", "level", "slidingWindow"}) {
+        EXPECT_THAT(result.m_strErrors, HasSubstr("did you mean `" + std::string(szName) + "`?"));
+    }
+}
+
+TEST_F(CheckCommandTest, AScriptWhoseNameContainsAPointIsWarnedOf) {
+    const std::string strScript = m_Scratch.write("a.b.xpr", "x = 1\n");
+    const ProcessResult result = runVxpr({"check", strScript});
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("warning: the script's name, `a.b`, contains a point, so other scripts "
+                          "can't reach what it defines"));
+    EXPECT_EQ(result.m_strOutput, strScript + ": no faults\n");
+    EXPECT_EQ(result.m_iStatus, 0);
+}
+
+TEST_F(CheckCommandTest, ANameThatIsDefinedTwiceIsShownAtItsSecondPlace) {
+    const ProcessResult result =
+        runVxpr({"check", writeScript("a = 1\nb = a\na = 2\ninputvar c\n  inputvar c\n")});
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("s.xpr:3:1: error: `a` is defined already, in line 1"));
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("s.xpr:5:12: error: `c` is defined already, in line 4"));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, ParametersAreTried) {
+    EXPECT_THAT(
+        runVxpr({"check", writeScript("inputvar x\na = slidingWindow<-1>(x)\n")}).m_strErrors,
+        HasSubstr("s.xpr:2:5: error: `slidingWindow` can't use these parameters"));
+}
+
+TEST_F(CheckCommandTest, AnEmptyScriptIsWarnedOf) {
+    const ProcessResult result = runVxpr({"check", writeScript("")});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("warning: '"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("defines nothing"));
+    EXPECT_EQ(result.m_iStatus, 0);
+}
+
+TEST_F(CheckCommandTest, AScriptComesThroughTheStandardInput) {
+    const ProcessResult result = runVxpr({"check", "-"}, withInput("a = b\n"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("stdin:1:5: error: `b` isn't defined here"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("    1 | a = b\n      |     ^\n"));
+}
+
+struct Mistake {
+    const char* m_szScript;
+    const char* m_szMessage;
+};
+
+TEST_F(CheckCommandTest, CommonMistakesAreToldInTheTermsOfTheLanguage) {
+    for (const Mistake& mistake : {
+             Mistake{"a = 1 // note\nb = 2\n",
+                     "1:6: error: the comment behind this statement takes the line end with it"},
+             Mistake{"b = 1\na = -b\n", "2:5: error: there is no minus sign for values"},
+             Mistake{"a = - 2\n", "1:5: error: there is no minus sign for values"},
+             Mistake{"a = 2 ^ 3\n", "1:7: error: there is no power operator"},
+             Mistake{"a = (2 ^ 3) + 1\n", "1:8: error: there is no power operator"},
+             Mistake{"a = 1\nb = a == 1\n",
+                     "2:7: error: the language has no operators for comparing"},
+             Mistake{"a = 1\nb = a < 2\n", "values are compared with isGreater(a, b)"},
+             Mistake{"a = 5 % 2\n", "1:7: error: `%` has no meaning in a script"},
+             Mistake{"a = 1;;\n", "this can't be read as a definition"},
+             Mistake{"a = 1 2\n", "1:6: error: the definition should end here"},
+             Mistake{"inputvar x = 1\n", "1:11: error: the definition should end here"},
+             Mistake{"just words\n", "1:1: error: this can't be read as a definition"},
+             Mistake{"/* never closed\na = 1\n", "1:1: error: this comment isn't closed"},
+             Mistake{"f(x) = slidingWindow<n>(x)\n",
+                     "1:22: error: `n` is no parameter of the function"},
+             Mistake{"a = slidingWindow<n>(1)\n",
+                     "1:19: error: outside of a function with parameters"},
+             Mistake{"a = energy(1)\n",
+                     "`energy` takes 1 parameter: call it as energy<SampleRate>(x)"},
+             Mistake{"a = sum(1, 2)\n", "`sum` takes 1 argument: call it as sum(x)"},
+             Mistake{"f(x, y) = x + y\na = f(1)\n",
+                     "2:5: error: `f` takes 2 arguments: call it as f(x, y)"},
+             Mistake{"a = if(1, 2)\n", "1:5: error: `if` takes three values"},
+             Mistake{"x = 1\na = x(2)\n", "2:5: error: `x` is no function"},
+             Mistake{"a = b\nb = a\n", "1:1: error: `a` is defined by way of itself"},
+             Mistake{"a.b = 1\n", "1:1: error: this can't be read as a definition"},
+         }) {
+        const ProcessResult result = runVxpr({"check", writeScript(mistake.m_szScript)});
+        EXPECT_THAT(result.m_strErrors, HasSubstr(mistake.m_szMessage)) << mistake.m_szScript;
+        EXPECT_EQ(result.m_iStatus, 1) << mistake.m_szScript;
+    }
+}
+
+TEST_F(CheckCommandTest, OneMistakeIsOneMessage) {
+    for (const char* szScript : {"a = (1 + 2\n", "a = 1 // note\nb = 2\n", "a = 2 ^ 3\n",
+                                 "a = slidingWindow<n>(1)\n", "a = -b\n", "a = nothing(1)\n"}) {
+        const std::string strErrors = runVxpr({"check", writeScript(szScript)}).m_strErrors;
+        EXPECT_EQ(strErrors.find("error:"), strErrors.rfind("error:")) << strErrors;
+    }
+}
+
+} // namespace Vxpr
