@@ -12,7 +12,7 @@
 #include <ostream>
 #include <utility>
 
-#include "Summation.h"
+#include "Kernels.h"
 
 namespace Velmora::Math {
 
@@ -98,16 +98,21 @@ DoubleVector::~DoubleVector() {
     release(m_pBegin, capacity());
 }
 
-DoubleVector& DoubleVector::operator=(const DoubleVector& in_source) {
-    const std::size_t count = in_source.size();
-    if (count > capacity()) {
-        double* const block = allocate(count);
+void DoubleVector::prepare(std::size_t in_uiCount) {
+    if (in_uiCount > capacity()) {
+        double* const block = allocate(in_uiCount);
         release(m_pBegin, capacity());
         m_pBegin = block;
-        m_pCapacityEnd = block + count;
+        m_pCapacityEnd = block + in_uiCount;
     }
-    copyValues(m_pBegin, in_source.m_pBegin, count);
-    m_pEnd = m_pBegin + count;
+    m_pEnd = m_pBegin + in_uiCount;
+}
+
+DoubleVector& DoubleVector::operator=(const DoubleVector& in_source) {
+    const double* const values = in_source.m_pBegin;
+    const std::size_t count = in_source.size();
+    prepare(count);
+    copyValues(m_pBegin, values, count);
     return *this;
 }
 
@@ -122,33 +127,43 @@ DoubleVector& DoubleVector::operator=(DoubleVector&& inout_source) noexcept {
 }
 
 DoubleVector& DoubleVector::operator+=(const DoubleVector& in_other) {
-    const double* other = in_other.m_pBegin;
-    for (double* value = m_pBegin; value != m_pEnd; ++value, ++other) {
-        *value += *other;
-    }
+    kernels().m_Add(m_pBegin, in_other.m_pBegin, m_pBegin, size());
     return *this;
 }
 
 DoubleVector& DoubleVector::operator-=(const DoubleVector& in_other) {
-    const double* other = in_other.m_pBegin;
-    for (double* value = m_pBegin; value != m_pEnd; ++value, ++other) {
-        *value -= *other;
-    }
+    kernels().m_Subtract(m_pBegin, in_other.m_pBegin, m_pBegin, size());
     return *this;
 }
 
 DoubleVector& DoubleVector::operator*=(double in_dFactor) {
-    for (double* value = m_pBegin; value != m_pEnd; ++value) {
-        *value *= in_dFactor;
-    }
+    kernels().m_Multiply(m_pBegin, in_dFactor, m_pBegin, size());
     return *this;
 }
 
 DoubleVector& DoubleVector::operator/=(double in_dDivisor) {
-    for (double* value = m_pBegin; value != m_pEnd; ++value) {
-        *value /= in_dDivisor;
-    }
+    kernels().m_Divide(m_pBegin, in_dDivisor, m_pBegin, size());
     return *this;
+}
+
+void DoubleVector::setSum(const DoubleVector& in_a, const DoubleVector& in_b) {
+    prepare(in_a.size());
+    kernels().m_Add(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, size());
+}
+
+void DoubleVector::setDifference(const DoubleVector& in_a, const DoubleVector& in_b) {
+    prepare(in_a.size());
+    kernels().m_Subtract(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, size());
+}
+
+void DoubleVector::setProduct(const DoubleVector& in_v, double in_dFactor) {
+    prepare(in_v.size());
+    kernels().m_Multiply(in_v.m_pBegin, in_dFactor, m_pBegin, size());
+}
+
+void DoubleVector::setQuotient(const DoubleVector& in_v, double in_dDivisor) {
+    prepare(in_v.size());
+    kernels().m_Divide(in_v.m_pBegin, in_dDivisor, m_pBegin, size());
 }
 
 void DoubleVector::insert(double* in_pPosition, const double* in_pFirst, const double* in_pLast) {
@@ -194,7 +209,7 @@ bool DoubleVector::average(double& out_dAverage) const {
     if (empty()) {
         return false;
     }
-    out_dAverage = sum(m_pBegin, m_pEnd) / static_cast<double>(size());
+    out_dAverage = kernels().m_Sum(m_pBegin, m_pEnd) / static_cast<double>(size());
     return true;
 }
 
@@ -202,7 +217,7 @@ bool DoubleVector::averagePower(double& out_dAveragePower) const {
     if (empty()) {
         return false;
     }
-    out_dAveragePower = sumOfSquares(m_pBegin, m_pEnd) / static_cast<double>(size());
+    out_dAveragePower = kernels().m_SumOfSquares(m_pBegin, m_pEnd) / static_cast<double>(size());
     return true;
 }
 

@@ -1,8 +1,8 @@
 #include <velmora/math/SignalEnergyFeature.h>
 
 #include "FeatureParameters.h"
+#include "Kernels.h"
 #include "SingleValue.h"
-#include "Summation.h"
 
 namespace Velmora::Math {
 
@@ -14,7 +14,8 @@ bool SignalEnergyFeature::compute(const DoubleVector& in_vInput, DoubleVector& o
     if (m_sampleRate == 0.0) {
         return false;
     }
-    setSingleValue(out_vResult, sumOfSquares(in_vInput.begin(), in_vInput.end()) / m_sampleRate);
+    setSingleValue(out_vResult,
+                   kernels().m_SumOfSquares(in_vInput.begin(), in_vInput.end()) / m_sampleRate);
     return true;
 }
 

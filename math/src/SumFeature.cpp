@@ -2,8 +2,8 @@
 
 #include <velmora/math/DoubleVector.h>
 
+#include "Kernels.h"
 #include "SingleValue.h"
-#include "Summation.h"
 
 namespace Velmora::Math {
 
@@ -12,7 +12,7 @@ Cloneable* SumFeature::clone() const {
 }
 
 bool SumFeature::compute(const DoubleVector& in_vInput, DoubleVector& out_vResult) {
-    setSingleValue(out_vResult, sum(in_vInput.begin(), in_vInput.end()));
+    setSingleValue(out_vResult, kernels().m_Sum(in_vInput.begin(), in_vInput.end()));
     return true;
 }
 

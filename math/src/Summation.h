@@ -20,7 +20,7 @@ constexpr std::size_t summationLanes = 16;
 constexpr std::size_t summationBlock = 128;
 
 /// The lanes' total, added up by neighbouring pairs.
-inline double sumOfLanes(const double* in_pLanes) {
+[[gnu::always_inline]] inline double sumOfLanes(const double* in_pLanes) {
     double level[summationLanes / 2];
     for (std::size_t i = 0; i < summationLanes / 2; ++i) {
         level[i] = in_pLanes[2 * i] + in_pLanes[2 * i + 1];
@@ -35,7 +35,8 @@ inline double sumOfLanes(const double* in_pLanes) {
 
 /// One block of up to summationBlock values.
 template <class Term>
-inline double sumOfBlock(const double* in_pFirst, std::size_t in_uiCount, Term in_term) {
+[[gnu::always_inline]] inline double sumOfBlock(const double* in_pFirst, std::size_t in_uiCount,
+                                                Term in_term) {
     double lanes[summationLanes] = {};
     std::size_t row = 0;
     for (; row + summationLanes <= in_uiCount; row += summationLanes) {
@@ -53,7 +54,7 @@ inline double sumOfBlock(const double* in_pFirst, std::size_t in_uiCount, Term i
 /// added as soon as both are there.
 class PairwiseSum {
 public:
-    void add(double in_dPartial) {
+    [[gnu::always_inline]] void add(double in_dPartial) {
         std::size_t level = 0;
         for (std::size_t bits = m_uiCount; (bits & 1) != 0; bits >>= 1) {
             in_dPartial = m_partials[level++] + in_dPartial;
@@ -62,7 +63,7 @@ public:
         ++m_uiCount;
     }
 
-    double total() const {
+    [[gnu::always_inline]] double total() const {
         double result = 0.0;
         std::size_t level = 0;
         for (std::size_t bits = m_uiCount; bits != 0; bits >>= 1, ++level) {
@@ -79,7 +80,8 @@ private:
 };
 
 template <class Term>
-inline double sumOf(const double* in_pFirst, const double* in_pLast, Term in_term) {
+[[gnu::always_inline]] inline double sumOf(const double* in_pFirst, const double* in_pLast,
+                                           Term in_term) {
     if (in_pLast - in_pFirst < static_cast<std::ptrdiff_t>(summationLanes / 2)) {
         double result = 0.0;
         for (; in_pFirst != in_pLast; ++in_pFirst) {
@@ -98,12 +100,12 @@ inline double sumOf(const double* in_pFirst, const double* in_pLast, Term in_ter
 }
 
 /// The sum of [first, last).
-inline double sum(const double* in_pFirst, const double* in_pLast) {
+[[gnu::always_inline]] inline double sum(const double* in_pFirst, const double* in_pLast) {
     return sumOf(in_pFirst, in_pLast, [](double value) { return value; });
 }
 
 /// The sum of the squares of [first, last).
-inline double sumOfSquares(const double* in_pFirst, const double* in_pLast) {
+[[gnu::always_inline]] inline double sumOfSquares(const double* in_pFirst, const double* in_pLast) {
     return sumOf(in_pFirst, in_pLast, [](double value) { return value * value; });
 }
 

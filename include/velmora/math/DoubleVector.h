@@ -63,6 +63,14 @@ public:
     /// range may be part of this vector. Invalidates pointers into the vector when it grows.
     void insert(double* in_pPosition, const double* in_pFirst, const double* in_pLast);
 
+    /// Becomes a + b, a - b, v * factor or v / divisor, element by element, in one pass; the same
+    /// bits as a copy and the operator above. Of two vectors the second has at least the size of
+    /// the first, which is that of the result: the caller checks.
+    void setSum(const DoubleVector& in_a, const DoubleVector& in_b);
+    void setDifference(const DoubleVector& in_a, const DoubleVector& in_b);
+    void setProduct(const DoubleVector& in_v, double in_dFactor);
+    void setQuotient(const DoubleVector& in_v, double in_dDivisor);
+
     /// The arithmetic mean: the pairwise sum over the number of elements. Infinite where the sum
     /// is. Returns false and leaves the output alone if there is no element.
     bool average(double& out_dAverage) const;
@@ -126,6 +134,8 @@ public:
     const double& operator[](std::size_t in_uiIndex) const { return m_pBegin[in_uiIndex]; }
 
 private:
+    /// Makes room for that many elements and takes the size; the old values are lost.
+    void prepare(std::size_t in_uiCount);
     void resize_i(std::size_t in_uiSize);
     void grow_i();
     void moveTo_i(std::size_t in_uiCapacity);

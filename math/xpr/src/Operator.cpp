@@ -65,8 +65,7 @@ bool OperatorPlus::calculate(const DoubleVector& in_Left, const DoubleVector& in
     if (!checkElementWise("addition", in_Left, in_Right)) {
         return false;
     }
-    out = in_Left;
-    out += in_Right;
+    out.setSum(in_Left, in_Right);
     return true;
 }
 
@@ -79,8 +78,7 @@ bool OperatorMinus::calculate(const DoubleVector& in_Left, const DoubleVector& i
     if (!checkElementWise("substraction", in_Left, in_Right)) {
         return false;
     }
-    out = in_Left;
-    out -= in_Right;
+    out.setDifference(in_Left, in_Right);
     return true;
 }
 
@@ -100,8 +98,8 @@ bool OperatorMultiply::calculate(const DoubleVector& in_Left, const DoubleVector
                           "one. Only scalar multiplication a one dimension vector is supported.");
         return false;
     }
-    out = bLeftIsScalar ? in_Right : in_Left;
-    out *= bLeftIsScalar ? *in_Left.begin() : *in_Right.begin();
+    const DoubleVector& vector = bLeftIsScalar ? in_Right : in_Left;
+    out.setProduct(vector, bLeftIsScalar ? *in_Left.begin() : *in_Right.begin());
     return true;
 }
 
@@ -125,8 +123,7 @@ bool OperatorDivide::calculate(const DoubleVector& in_Left, const DoubleVector& 
         VELMORA_LOG_ERROR(fileLogger(), "Can't do the division. Tried to divide by '0'.");
         return false;
     }
-    out = in_Left;
-    out /= dDivisor;
+    out.setQuotient(in_Left, dDivisor);
     return true;
 }
 

@@ -130,7 +130,7 @@ Function* Registry::newFunction(const char* in_szName) const {
                               "pFunction && \"requested expression is not a function\"");
         return nullptr;
     }
-    pExpression.release();
+    static_cast<void>(pExpression.release());
     pFunction->setName(in_szName);
     return pFunction;
 }
@@ -149,7 +149,7 @@ Variable* Registry::newVariable(const char* in_szName) const {
                               "pVariable && \"requested expression is not a variable\"");
         return nullptr;
     }
-    pExpression.release();
+    static_cast<void>(pExpression.release());
     pVariable->setName(in_szName);
     return pVariable;
 }

@@ -1,0 +1,87 @@
+#include "Kernels.h"
+
+#include "Summation.h"
+
+namespace Velmora::Math {
+
+namespace {
+
+/// The loops themselves, compiled for the processor of the function that they are inlined into.
+template <class Operation>
+[[gnu::always_inline]] inline void forTwo(const double* in_pA, const double* in_pB,
+                                          double* out_pResult, std::size_t in_uiCount,
+                                          Operation in_Operation) {
+    for (std::size_t i = 0; i < in_uiCount; ++i) {
+        out_pResult[i] = in_Operation(in_pA[i], in_pB[i]);
+    }
+}
+
+template <class Operation>
+[[gnu::always_inline]] inline void forOne(const double* in_pA, double in_dB, double* out_pResult,
+                                          std::size_t in_uiCount, Operation in_Operation) {
+    for (std::size_t i = 0; i < in_uiCount; ++i) {
+        out_pResult[i] = in_Operation(in_pA[i], in_dB);
+    }
+}
+
+constexpr auto Plus = [](double in_dA, double in_dB) { return in_dA + in_dB; };
+constexpr auto Minus = [](double in_dA, double in_dB) { return in_dA - in_dB; };
+constexpr auto Times = [](double in_dA, double in_dB) { return in_dA * in_dB; };
+constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
+
+// One set of functions for a processor; the loops are the same in all.
+#define VELMORA_KERNELS(name, attribute)                                                           \
+    attribute void add##name(const double* in_pA, const double* in_pB, double* out_pResult,        \
+                             std::size_t in_uiCount) {                                             \
+        forTwo(in_pA, in_pB, out_pResult, in_uiCount, Plus);                                       \
+    }                                                                                              \
+    attribute void subtract##name(const double* in_pA, const double* in_pB, double* out_pResult,   \
+                                  std::size_t in_uiCount) {                                        \
+        forTwo(in_pA, in_pB, out_pResult, in_uiCount, Minus);                                      \
+    }                                                                                              \
+    attribute void multiply##name(const double* in_pA, double in_dB, double* out_pResult,          \
+                                  std::size_t in_uiCount) {                                        \
+        forOne(in_pA, in_dB, out_pResult, in_uiCount, Times);                                      \
+    }                                                                                              \
+    attribute void divide##name(const double* in_pA, double in_dB, double* out_pResult,            \
+                                std::size_t in_uiCount) {                                          \
+        forOne(in_pA, in_dB, out_pResult, in_uiCount, Over);                                       \
+    }                                                                                              \
+    attribute double sum##name(const double* in_pFirst, const double* in_pLast) {                  \
+        return sum(in_pFirst, in_pLast);                                                           \
+    }                                                                                              \
+    attribute double sumOfSquares##name(const double* in_pFirst, const double* in_pLast) {         \
+        return sumOfSquares(in_pFirst, in_pLast);                                                  \
+    }                                                                                              \
+    constexpr Kernels name##Kernels{add##name,    subtract##name, multiply##name,                  \
+                                    divide##name, sum##name,      sumOfSquares##name};
+
+VELMORA_KERNELS(Baseline, )
+#if defined(__x86_64__)
+VELMORA_KERNELS(Avx2, __attribute__((target("avx2"))))
+VELMORA_KERNELS(Avx512, __attribute__((target("avx512f"))))
+#endif
+
+#undef VELMORA_KERNELS
+
+const Kernels& choose() {
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx512f")) {
+        return Avx512Kernels;
+    }
+    if (__builtin_cpu_supports("avx2")) {
+        return Avx2Kernels;
+    }
+#endif
+    return BaselineKernels;
+}
+
+} // namespace
+
+const Kernels& kernels() {
+    static const Kernels& s_Kernels = choose();
+    return s_Kernels;
+}
+
+} // namespace Velmora::Math
