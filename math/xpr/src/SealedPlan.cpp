@@ -64,7 +64,8 @@ public:
         listReaders();
         std::size_t uiWords = 0;
         for (Index uiNode = 0; uiNode != vSteps.size(); ++uiNode) {
-            if (typeid(*vSteps[uiNode].m_pNode) != typeid(DomainValueNoCopyImpl)) {
+            const ExpressionBaseImpl& node = *vSteps[uiNode].m_pNode;
+            if (typeid(node) != typeid(DomainValueNoCopyImpl)) {
                 continue;
             }
             auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));
