@@ -4,8 +4,8 @@
 
 #include <functional>
 
-#include "support/RandomScript.h"
-#include "support/ScriptRun.h"
+#include "math/xpr/RandomScript.h"
+#include "math/xpr/ScriptRun.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "support/LogCapture.h"
-#include "support/RandomScript.h"
-#include "support/ScriptRun.h"
+#include "math/xpr/RandomScript.h"
+#include "math/xpr/ScriptRun.h"
 
 namespace {
 
