@@ -86,45 +86,46 @@ auto ScriptParser::ScriptParserImpl::Definition::tried(StatementGuard::Rule in_R
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineNames() {
-    identifier = lexeme_d[(alpha_p | '_') >> *(alnum_p | '_')]
-                         [identifier.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+    m_identifier =
+        lexeme_d[(alpha_p | '_') >> *(alnum_p | '_')]
+                [m_identifier.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
 
-    qualifiedName =
-        (identifier >>
-         *('.' >>
-           identifier))[qualifiedName.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+    m_qualifiedName =
+        (m_identifier >>
+         *('.' >> m_identifier))[m_qualifiedName.val =
+                                     bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineStatements() {
     const auto save = bind(m_pSelf, &ScriptParserImpl::saveExpression)(arg1);
     const auto found = bind(m_pSelf, &ScriptParserImpl::foundStatement)(arg1, arg2);
     const auto logFound = bind(m_pSelf, &ScriptParserImpl::logFound);
-    const auto end = expect(endOfStatement, "Expecting 'EOL', but found something else.");
+    const auto end = expect(m_endOfStatement, "Expecting 'EOL', but found something else.");
 
-    statement = (functionDefinition[save] >> end)[found]   //
-                | (variableDefinition[save] >> end)[found] //
-                | end_p[logFound("???end of file???", arg1)] |
-                lineEnd()[logFound("???empty line(s)???", arg1)];
+    m_statement = (m_functionDefinition[save] >> end)[found] |
+                  (m_variableDefinition[save] >> end)[found] |
+                  end_p[logFound("???end of file???", arg1)] |
+                  lineEnd()[logFound("???empty line(s)???", arg1)];
 
-    endOfStatement = ';' | lineEnd() | end_p;
+    m_endOfStatement = ';' | lineEnd() | end_p;
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineFunctionDefinition() {
-    const auto& val = functionDefinition.val;
+    const auto& val = m_functionDefinition.val;
     const auto addParameter = bind(m_pSelf, &ScriptParserImpl::addFunctionParameter)(val, arg1);
     const auto addArgument = bind(m_pSelf, &ScriptParserImpl::addFunctionArgument)(val, arg1);
     const auto savePosition = bind(m_pSelf, &ScriptParserImpl::savePosition)(val, arg1);
 
-    const auto name =
-        identifier[functionDefinition.val = bind(m_pSelf, &ScriptParserImpl::newFunctionDef)(arg1)];
+    const auto name = m_identifier[m_functionDefinition.val =
+                                       bind(m_pSelf, &ScriptParserImpl::newFunctionDef)(arg1)];
     const auto parameters =
-        '<' >> identifier[addParameter] >> *(',' >> identifier[addParameter]) >> closingAngle();
-    const auto arguments =
-        '(' >> identifier[addArgument] >> *(',' >> identifier[addArgument]) >> closingParenthesis();
+        '<' >> m_identifier[addParameter] >> *(',' >> m_identifier[addParameter]) >> closingAngle();
+    const auto arguments = '(' >> m_identifier[addArgument] >>
+                           *(',' >> m_identifier[addArgument]) >> closingParenthesis();
     const auto body =
-        '=' >> expression[bind(m_pSelf, &ScriptParserImpl::setFunctionImplementation)(val, arg1)];
+        '=' >> m_expression[bind(m_pSelf, &ScriptParserImpl::setFunctionImplementation)(val, arg1)];
 
-    functionDefinition =
+    m_functionDefinition =
         (name >> parameters >> arguments >> body)[savePosition] |
         (name >> parameters >> openingParenthesis() >> closingParenthesis() >> body)[savePosition] |
         (name >> arguments >> body)[savePosition] |
@@ -132,15 +133,16 @@ void ScriptParser::ScriptParserImpl::Definition::defineFunctionDefinition() {
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineVariableDefinition() {
-    const auto& val = variableDefinition.val;
+    const auto& val = m_variableDefinition.val;
     const auto setVariable = bind(m_pSelf, &ScriptParserImpl::setVariable)(val, arg1);
     const auto savePosition = bind(m_pSelf, &ScriptParserImpl::savePosition)(val, arg1);
     const auto newVariableDef = bind(m_pSelf, &ScriptParserImpl::newVariableDef)(arg1);
     const auto newDomainVariableDef = bind(m_pSelf, &ScriptParserImpl::newDomainVariableDef)(arg1);
 
-    variableDefinition = (identifier[variableDefinition.val = newVariableDef] >> '=' >>
-                          expression[setVariable])[savePosition] |
-                         ("inputvar" >> identifier[variableDefinition.val = newDomainVariableDef]);
+    m_variableDefinition =
+        (m_identifier[m_variableDefinition.val = newVariableDef] >> '=' >>
+         m_expression[setVariable])[savePosition] |
+        ("inputvar" >> m_identifier[m_variableDefinition.val = newDomainVariableDef]);
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineExpressions() {
@@ -151,90 +153,93 @@ void ScriptParser::ScriptParserImpl::Definition::defineExpressions() {
         return bind(m_pSelf, &ScriptParserImpl::saveNodePosition)(in_Val, arg1);
     };
 
-    const auto savedSum = saved(expression.val);
-    const auto add = binary(expression.val, &ScriptParserImpl::newAddOperation);
-    const auto subtract = binary(expression.val, &ScriptParserImpl::newSubOperation);
-    expression = nested(term[expression.val = arg1] >>
-                        *(('+' >> term[expression.val = add])[savedSum] |
-                          ('-' >> term[expression.val = subtract])[savedSum]));
+    const auto savedSum = saved(m_expression.val);
+    const auto add = binary(m_expression.val, &ScriptParserImpl::newAddOperation);
+    const auto subtract = binary(m_expression.val, &ScriptParserImpl::newSubOperation);
+    m_expression = nested(m_term[m_expression.val = arg1] >>
+                          *(('+' >> m_term[m_expression.val = add])[savedSum] |
+                            ('-' >> m_term[m_expression.val = subtract])[savedSum]));
 
-    const auto savedProduct = saved(term.val);
-    const auto multiply = binary(term.val, &ScriptParserImpl::newMultOperation);
-    const auto divide = binary(term.val, &ScriptParserImpl::newDivOperation);
-    const auto raise = binary(term.val, &ScriptParserImpl::newPowOperation);
-    const auto concatenate = binary(term.indexVector, &ScriptParserImpl::newConcatenateOperation);
+    const auto savedProduct = saved(m_term.val);
+    const auto multiply = binary(m_term.val, &ScriptParserImpl::newMultOperation);
+    const auto divide = binary(m_term.val, &ScriptParserImpl::newDivOperation);
+    const auto raise = binary(m_term.val, &ScriptParserImpl::newPowOperation);
+    const auto concatenate = binary(m_term.indexVector, &ScriptParserImpl::newConcatenateOperation);
     const auto cut =
-        bind(m_pSelf, &ScriptParserImpl::newSliceOperation)(term.val, term.indexVector);
+        bind(m_pSelf, &ScriptParserImpl::newSliceOperation)(m_term.val, m_term.indexVector);
     const auto checkDepth = bind(m_pSelf, &ScriptParserImpl::checkDepth);
     const auto indices =
-        indexRange[term.indexVector = arg1] >>
-        *(',' >> indexRange[term.indexVector = concatenate])[checkDepth(term.indexVector, arg1)];
+        m_indexRange[m_term.indexVector = arg1] >>
+        *(',' >>
+          m_indexRange[m_term.indexVector = concatenate])[checkDepth(m_term.indexVector, arg1)];
     const auto slice =
         ('[' >> indices >> expect(ch_p(']'), "Expecting ']', but found something else."));
-    term = factor[term.val = arg1] >> *(('*' >> factor[term.val = multiply])[savedProduct] |
-                                        ('/' >> factor[term.val = divide])[savedProduct] |
-                                        ('^' >> factor[term.val = raise])[savedProduct] |
-                                        slice[term.val = cut][checkDepth(term.val, arg1)]);
+    m_term =
+        m_factor[m_term.val = arg1] >> *(('*' >> m_factor[m_term.val = multiply])[savedProduct] |
+                                         ('/' >> m_factor[m_term.val = divide])[savedProduct] |
+                                         ('^' >> m_factor[m_term.val = raise])[savedProduct] |
+                                         slice[m_term.val = cut][checkDepth(m_term.val, arg1)]);
 
-    const auto range =
-        bind(m_pSelf, &ScriptParserImpl::newIndexRange)(indexRange.first, indexRange.last, arg1);
-    indexRange = (uint_p[indexRange.first = arg1] >> ".." >>
-                  uint_p[indexRange.last = arg1])[indexRange.val = range] |
-                 expression[indexRange.val = arg1];
+    const auto range = bind(m_pSelf, &ScriptParserImpl::newIndexRange)(m_indexRange.first,
+                                                                       m_indexRange.last, arg1);
+    m_indexRange = (uint_p[m_indexRange.first = arg1] >> ".." >>
+                    uint_p[m_indexRange.last = arg1])[m_indexRange.val = range] |
+                   m_expression[m_indexRange.val = arg1];
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineFactors() {
     const auto newConstant = bind(m_pSelf, &ScriptParserImpl::newConstant)(arg1);
     const auto newVariable = bind(m_pSelf, &ScriptParserImpl::newVariable)(arg1);
     const auto savePosition =
-        bind(m_pSelf, &ScriptParserImpl::saveReferencePosition)(factor.val, arg1);
-    const auto call = functionCall(ParsedCall(), std::size_t{0}, std::size_t{0});
+        bind(m_pSelf, &ScriptParserImpl::saveReferencePosition)(m_factor.val, arg1);
+    const auto call = m_functionCall(ParsedCall(), std::size_t{0}, std::size_t{0});
     // The empty parser in front makes a sequence, whose action gets the place and not the value.
-    const auto reference = eps_p >> qualifiedName[factor.val = newVariable];
+    const auto reference = eps_p >> m_qualifiedName[m_factor.val = newVariable];
 
-    factor = RealNumberToken<false>()[factor.val = newConstant] |
-             tried(StatementGuard::Rule::IfOperation, ifOperation)[factor.val = arg1] |
-             tried(StatementGuard::Rule::FunctionCall, call)[factor.val = arg1] |
-             reference[savePosition] |
-             ('(' >> expression[factor.val = arg1] >> closingParenthesis()) |
-             concatenateOperation[factor.val = arg1] | ('+' >> nested(factor[factor.val = arg1]));
+    m_factor = RealNumberToken<false>()[m_factor.val = newConstant] |
+               tried(StatementGuard::Rule::IfOperation, m_ifOperation)[m_factor.val = arg1] |
+               tried(StatementGuard::Rule::FunctionCall, call)[m_factor.val = arg1] |
+               reference[savePosition] |
+               ('(' >> m_expression[m_factor.val = arg1] >> closingParenthesis()) |
+               m_concatenateOperation[m_factor.val = arg1] |
+               ('+' >> nested(m_factor[m_factor.val = arg1]));
 
     const auto logFound = bind(m_pSelf, &ScriptParserImpl::logFound);
     const auto operand = [this](const auto& in_Val, auto in_pAction) {
-        return (',' >> expression[bind(m_pSelf, in_pAction)(in_Val, arg1)])[bind(
+        return (',' >> m_expression[bind(m_pSelf, in_pAction)(in_Val, arg1)])[bind(
             m_pSelf, &ScriptParserImpl::saveNodePosition)(in_Val, arg1)];
     };
 
     const auto newIf = bind(m_pSelf, &ScriptParserImpl::newIfOperationDef)(arg1);
-    const auto ifOperand = operand(ifOperation.val, &ScriptParserImpl::addIfOperationArgument);
-    ifOperation = (str_p("if") >> '(' >> expression[ifOperation.val = newIf] >> ifOperand >>
-                   ifOperand >> closingParenthesis())[logFound("if", arg1)];
+    const auto ifOperand = operand(m_ifOperation.val, &ScriptParserImpl::addIfOperationArgument);
+    m_ifOperation = (str_p("if") >> '(' >> m_expression[m_ifOperation.val = newIf] >> ifOperand >>
+                     ifOperand >> closingParenthesis())[logFound("if", arg1)];
 
     const auto newConcatenate = bind(m_pSelf, &ScriptParserImpl::newConcatenateOperationDef)(arg1);
     const auto concatenateOperand =
-        operand(concatenateOperation.val, &ScriptParserImpl::addConcatenateOperationArgument);
-    concatenateOperation =
-        ('{' >> expression[concatenateOperation.val = newConcatenate] >> *concatenateOperand >>
+        operand(m_concatenateOperation.val, &ScriptParserImpl::addConcatenateOperationArgument);
+    m_concatenateOperation =
+        ('{' >> m_expression[m_concatenateOperation.val = newConcatenate] >> *concatenateOperand >>
          expect(ch_p('}'),
                 "Expecting '}', but found something else."))[logFound("concatenate", arg1)];
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineCalls() {
-    const auto& val = functionCall.val;
+    const auto& val = m_functionCall.val;
     const auto newFunction = bind(m_pSelf, &ScriptParserImpl::newFunction)(arg1);
     const auto setParameter = bind(m_pSelf, &ScriptParserImpl::setFunctionParameter)(
-        val, functionCall.parameterIndex, arg1);
+        val, m_functionCall.parameterIndex, arg1);
     const auto setArgument = bind(m_pSelf, &ScriptParserImpl::setFunctionArgument)(
-        val, functionCall.argumentIndex, arg1);
+        val, m_functionCall.argumentIndex, arg1);
     const auto savePosition = bind(m_pSelf, &ScriptParserImpl::saveCallPosition)(val, arg1);
 
-    const auto name = qualifiedName[functionCall.val = newFunction];
-    const auto parameters = '<' >> parameterValue[setParameter] >>
-                            *(',' >> parameterValue[setParameter]) >> closingAngle();
-    const auto arguments =
-        '(' >> expression[setArgument] >> *(',' >> expression[setArgument]) >> closingParenthesis();
+    const auto name = m_qualifiedName[m_functionCall.val = newFunction];
+    const auto parameters = '<' >> m_parameterValue[setParameter] >>
+                            *(',' >> m_parameterValue[setParameter]) >> closingAngle();
+    const auto arguments = '(' >> m_expression[setArgument] >>
+                           *(',' >> m_expression[setArgument]) >> closingParenthesis();
 
-    functionCall =
+    m_functionCall =
         (name >> parameters >> arguments)[savePosition] |
         (name >> parameters >> openingParenthesis() >> closingParenthesis())[savePosition] |
         (name >> arguments)[savePosition] | (name >> '(' >> closingParenthesis())[savePosition];
@@ -246,7 +251,7 @@ void ScriptParser::ScriptParserImpl::Definition::defineParameterValues() {
     const auto newInt = bind(m_pSelf, &ScriptParserImpl::newParameterValueInt)(arg1);
     const auto newSizeT = bind(m_pSelf, &ScriptParserImpl::newParameterValueSizeT)(arg1);
     const auto newDouble = bind(m_pSelf, &ScriptParserImpl::newParameterValueDouble)(arg1);
-    auto& val = parameterValue.val;
+    auto& val = m_parameterValue.val;
 
     const auto stringLiteral = ch_p('"') >> *~ch_p('"') >> '"';
     // Every alternative that matches sets the value, also one that isn't the longest.
@@ -255,7 +260,7 @@ void ScriptParser::ScriptParserImpl::Definition::defineParameterValues() {
                                        lexeme_d[ch_p('0') >> oct_p[val = newSizeT]] |
                                        RealNumberToken<true>()[val = newDouble]];
 
-    parameterValue = identifier[val = newValue] | stringLiteral[val = newText] | numberValue;
+    m_parameterValue = m_identifier[val = newValue] | stringLiteral[val = newText] | numberValue;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -57,7 +57,7 @@ public:
     Definition(const Definition&) = delete;
     Definition& operator=(const Definition&) = delete;
 
-    const PlainRule& start() const { return statement; }
+    const PlainRule& start() const { return m_statement; }
 
 private:
     void defineNames();
@@ -85,20 +85,20 @@ private:
 
     ScriptParserImpl* m_pSelf;
 
-    PlainRule statement;
-    PlainRule endOfStatement;
-    Rule<StringClosure> identifier;
-    Rule<StringClosure> qualifiedName;
-    Rule<FunctionDefinitionClosure> functionDefinition;
-    Rule<VariableDefinitionClosure> variableDefinition;
-    Rule<ExpressionClosure> expression;
-    Rule<TermClosure> term;
-    Rule<ExpressionClosure> factor;
-    Rule<ExpressionClosure> ifOperation;
-    Rule<ExpressionClosure> concatenateOperation;
-    Rule<IndexRangeClosure> indexRange;
-    Rule<FunctionCallClosure> functionCall;
-    Rule<ParameterClosure> parameterValue;
+    PlainRule m_statement;
+    PlainRule m_endOfStatement;
+    Rule<StringClosure> m_identifier;
+    Rule<StringClosure> m_qualifiedName;
+    Rule<FunctionDefinitionClosure> m_functionDefinition;
+    Rule<VariableDefinitionClosure> m_variableDefinition;
+    Rule<ExpressionClosure> m_expression;
+    Rule<TermClosure> m_term;
+    Rule<ExpressionClosure> m_factor;
+    Rule<ExpressionClosure> m_ifOperation;
+    Rule<ExpressionClosure> m_concatenateOperation;
+    Rule<IndexRangeClosure> m_indexRange;
+    Rule<FunctionCallClosure> m_functionCall;
+    Rule<ParameterClosure> m_parameterValue;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -15,7 +15,7 @@ template <bool bStrict>
 class RealNumberToken : public boost::spirit::classic::parser<RealNumberToken<bStrict>> {
 public:
     template <class ScannerT>
-    struct result {
+    struct result { // NOLINT(readability-identifier-naming): the parser library's name
         using type = typename boost::spirit::classic::match_result<ScannerT, double>::type;
     };
 
@@ -45,7 +45,7 @@ public:
     using parser_category_t = boost::spirit::classic::unary_parser_category;
 
     template <class ScannerT>
-    struct result {
+    struct result { // NOLINT(readability-identifier-naming): the parser library's name
         using type = typename boost::spirit::classic::parser_result<ParserT, ScannerT>::type;
     };
 
@@ -111,7 +111,7 @@ public:
     using parser_category_t = boost::spirit::classic::unary_parser_category;
 
     template <class ScannerT>
-    struct result {
+    struct result { // NOLINT(readability-identifier-naming): the parser library's name
         using type =
             typename boost::spirit::classic::match_result<ScannerT, ParsedNode<Expression>>::type;
     };
