@@ -1,7 +1,5 @@
 #include <velmora/math/xpr/FeatureComputer.h>
 
-#include <istream>
-
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/OS.h>
@@ -21,10 +19,7 @@ FeatureComputer::FeatureComputer(const char* in_szFeatureName)
     }
 }
 
-FeatureComputer::~FeatureComputer() {
-    // The expression goes ahead of the evaluator that it came from.
-    m_pExpressionPtr = Handle<Expression>();
-}
+FeatureComputer::~FeatureComputer() = default;
 
 bool FeatureComputer::setXprFilename(const char* in_szFileName,
                                      const TSHandle<VirtualFileSystem>& in_pFileSystem) {
@@ -64,10 +59,6 @@ bool FeatureComputer::makeEvaluator(const TSHandle<VirtualFileSystem>& in_pFileS
 bool FeatureComputer::setEvaluator(const LimitedObjPtr<Evaluator>& in_pEvaluator) {
     if (!m_pEvaluator.isNull()) {
         VELMORA_ASSERT_FAIL_L(getLogger(), "m_pEvaluator.isNull()");
-        return false;
-    }
-    if (in_pEvaluator.isNull()) {
-        VELMORA_ASSERT_FAIL_L(getLogger(), "!in_pEvaluator.isNull()");
         return false;
     }
     m_pOwnedEvaluator = Handle<Evaluator>();
@@ -127,6 +118,17 @@ bool FeatureComputer::computeFeatures(DoubleVector& out_vFeature) {
 
 bool FeatureComputer::reset() {
     return m_pExpressionPtr.isNull() || m_pExpressionPtr->reset();
+}
+
+void FeatureComputer::forget() {
+    m_pFileSystem = TSHandle<VirtualFileSystem>();
+    m_pEvaluator = nullptr;
+    m_pExpressionPtr = Handle<Expression>();
+    // Assigning an empty text would keep the memory.
+    std::string().swap(m_strXprFilename);
+    std::string().swap(m_strFeatureName);
+    m_pOwnedEvaluator = Handle<Evaluator>();
+    m_bSharedEvaluator = false;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -4,6 +4,7 @@
 #include <istream>
 #include <sstream>
 
+#include <boost/archive/archive_exception.hpp>
 #include <boost/archive/basic_text_iprimitive.hpp>
 #include <boost/archive/polymorphic_iarchive.hpp>
 #include <boost/archive/polymorphic_oarchive.hpp>
@@ -12,7 +13,6 @@
 #include <boost/serialization/void_cast.hpp>
 
 #include <velmora/Exception.h>
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/OS.h>
 #include <velmora/math/xpr/FeatureComputer.h>
@@ -21,10 +21,9 @@
 
 namespace Velmora::Math::Xpr {
 
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.FeatureComputer");
-
 namespace {
 
+using boost::archive::archive_exception;
 using boost::archive::polymorphic_iarchive;
 using boost::archive::polymorphic_oarchive;
 using boost::serialization::make_nvp;
@@ -49,11 +48,6 @@ bool leadsUpward(const std::string& in_strName) {
         }
     }
     return false;
-}
-
-template <class Archive, class... Field>
-void transfer(Archive& inout_Archive, Field&&... inout_Field) {
-    (void(inout_Archive & inout_Field), ...);
 }
 
 } // namespace
@@ -91,36 +85,42 @@ private:
     std::vector<std::string>& m_vNames;
 };
 
+template <class Archive>
+void FeatureComputer::transferFields(Archive& inout_Archive) {
+    inout_Archive& make_nvp("m_bSharedEvaluator", m_bSharedEvaluator);
+    inout_Archive& make_nvp("m_strFeatureName", m_strFeatureName);
+    inout_Archive& make_nvp("m_strXprFilename", m_strXprFilename);
+}
+
 void FeatureComputer::serialize(polymorphic_oarchive& inout_Archive, unsigned int) {
-    transfer(inout_Archive, make_nvp("m_bSharedEvaluator", m_bSharedEvaluator),
-             make_nvp("m_strFeatureName", m_strFeatureName),
-             make_nvp("m_strXprFilename", m_strXprFilename));
+    transferFields(inout_Archive);
 }
 
 void FeatureComputer::serialize(polymorphic_iarchive& inout_Archive, unsigned int) {
-    transfer(inout_Archive, make_nvp("m_bSharedEvaluator", m_bSharedEvaluator),
-             make_nvp("m_strFeatureName", m_strFeatureName),
-             make_nvp("m_strXprFilename", m_strXprFilename));
-    auto* const pArchive =
-        dynamic_cast<boost::archive::basic_text_iprimitive<std::istream>*>(&inout_Archive);
-    if (pArchive == nullptr) {
-        VELMORA_ASSERT_FAIL_L(getLogger(), "pArchive != 0");
-        return;
-    }
-    if (!setUpFrom(ArchiveStream::of(*pArchive))) {
+    try {
+        transferFields(inout_Archive);
+        auto* const pArchive =
+            dynamic_cast<boost::archive::basic_text_iprimitive<std::istream>*>(&inout_Archive);
+        if (pArchive == nullptr) {
+            VELMORA_ASSERT_FAIL_L(getLogger(), "pArchive != 0");
+        } else if (!setUpFrom(ArchiveStream::of(*pArchive))) {
+            throw ExceptionWithMsg("failed to set XPR filename");
+        }
+    } catch (...) {
         // Whoever catches the exception has no way to destroy what an archive was creating.
-        m_pExpressionPtr = Handle<Expression>();
-        m_pEvaluator = nullptr;
-        m_pOwnedEvaluator = Handle<Evaluator>();
-        m_pFileSystem = TSHandle<VirtualFileSystem>();
-        throw ExceptionWithMsg("failed to set XPR filename");
+        forget();
+        throw;
     }
 }
 
 bool FeatureComputer::setUpFrom(std::istream& inout_Stream) {
+    if (inout_Stream.fail()) {
+        // The archive library fills up a text that the end of the archive has cut off.
+        throw archive_exception(archive_exception::input_stream_error);
+    }
     std::string strFileName(m_strXprFilename);
     if (leadsUpward(strFileName)) {
-        VELMORA_LOG_ERROR(fileLogger(),
+        VELMORA_LOG_ERROR(getLogger(),
                           "the script name in an archive must not contain \"..\": " << strFileName);
         return false;
     }
@@ -139,17 +139,27 @@ bool FeatureComputer::setUpFrom(std::istream& inout_Stream) {
     return setXprFilename(strFileName.c_str(), pFileStream->getFileSystem());
 }
 
-void FeatureComputerWithInputs::serialize(polymorphic_oarchive& inout_Archive, unsigned int) {
+template <class Archive>
+void FeatureComputerWithInputs::transferFields(Archive& inout_Archive) {
+    // The names first: the base object sets the script up as soon as it has been read.
     InputNames names(m_vInputNames);
-    FeatureComputer& base = *this;
-    transfer(inout_Archive, make_nvp("m_vInputNames", names), make_nvp("FeatureComputer", base));
+    inout_Archive& make_nvp("m_vInputNames", names);
+    inout_Archive& make_nvp("FeatureComputer", static_cast<FeatureComputer&>(*this));
+}
+
+void FeatureComputerWithInputs::serialize(polymorphic_oarchive& inout_Archive, unsigned int) {
+    transferFields(inout_Archive);
 }
 
 void FeatureComputerWithInputs::serialize(polymorphic_iarchive& inout_Archive, unsigned int) {
-    // The names first: the base object sets the script up as soon as it has been read.
-    InputNames names(m_vInputNames);
-    FeatureComputer& base = *this;
-    transfer(inout_Archive, make_nvp("m_vInputNames", names), make_nvp("FeatureComputer", base));
+    try {
+        transferFields(inout_Archive);
+    } catch (...) {
+        forget();
+        std::vector<std::string>().swap(m_vInputNames);
+        m_bSetUp = false;
+        throw;
+    }
 }
 
 namespace {

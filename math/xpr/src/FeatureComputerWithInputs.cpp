@@ -1,12 +1,9 @@
 #include <velmora/math/xpr/FeatureComputerWithInputs.h>
 
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 namespace Velmora::Math::Xpr {
-
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.FeatureComputerWithInputs");
 
 FeatureComputerWithInputs::FeatureComputerWithInputs() = default;
 
@@ -35,7 +32,7 @@ bool FeatureComputerWithInputs::setupEvaluator() {
 
 bool FeatureComputerWithInputs::setInput(const char* in_szName, const DoubleVector& in_vValue) {
     if (getEvaluator().isNull()) {
-        VELMORA_ASSERT_FAIL_L(fileLogger(), "!m_pEvaluator.isNull()");
+        VELMORA_ASSERT_FAIL_L(getLogger(), "!m_pEvaluator.isNull()");
         return false;
     }
     const Handle<Variable> pVariable = getEvaluator()->getVariable(in_szName);

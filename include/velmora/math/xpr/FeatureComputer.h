@@ -1,5 +1,6 @@
 #pragma once
 
+#include <istream>
 #include <string>
 
 #include <boost/serialization/access.hpp>
@@ -26,16 +27,23 @@ namespace Velmora::Math::Xpr {
 /// One expression of one script, behind the interface through which hosts compute features.
 ///
 /// With an evaluator of its own: construct, `setXprFilename`, then `computeFeatures` per frame.
-/// With a shared one: `setEvaluator` and `setXprFilename` in either order, for each computer; then
-/// the owner of the evaluator links and configures it once; then `computeFeatures` per frame. A
-/// shared evaluator isn't held and must outlive the computer.
+/// With a shared one: `setEvaluator`, then `setXprFilename`, for each computer; then the owner of
+/// the evaluator links and reconfigures it once; then `computeFeatures` per frame. A shared
+/// evaluator isn't held and must outlive the computer. One thread at a time uses a computer, and
+/// all computers that share an evaluator.
 ///
-/// Can be written to an archive of Boost.Serialization and read back from a text or XML archive,
-/// also through a pointer to `Velmora::Math::FeatureComputer`. Only the names of the script and of
-/// the feature are written, and whether the evaluator is shared: the script is read again. A
-/// relative script name in an archive that is read through a `vfsistream` is relative to the
-/// archive. Loading throws `ExceptionWithMsg` when the script can't be set up; an object that the
-/// archive library was creating is abandoned by it then, without its evaluator.
+/// Can be written to a polymorphic archive of Boost.Serialization and read back from one of text or
+/// XML, also through a pointer to `Velmora::Math::FeatureComputer`. Only the names of the script
+/// and of the feature are written, and whether the evaluator is shared. Reading sets the script up
+/// again, or, for a shared evaluator, leaves that to `setEvaluator`. A relative script name in an
+/// archive that is read through a `vfsistream` is relative to the archive, and a name with a ".."
+/// in it is refused.
+///
+/// Reading throws `ExceptionWithMsg` when the script can't be set up, with the cause in the log,
+/// and what the archive library throws for an archive that it can't read. The computer has no
+/// script and no evaluator then. When it was read through a pointer, the archive library abandons
+/// it and the pointer must not be used; nothing that the computer held is lost with it. Reading
+/// into an object of the host abandons nothing.
 class VELMORA_EXPORT FeatureComputer : public virtual Velmora::Math::FeatureComputer,
                                        public ObjectWithLogger<CachedLLLogger> {
 public:
@@ -46,18 +54,22 @@ public:
     ~FeatureComputer() override;
 
     /// Names the script, without ".xpr", and sets it up: in an evaluator of its own, which looks
-    /// below the working directory, or in the shared one. False if the script can't be set up, with
-    /// the cause in the log. A second call on a computer with an evaluator of its own fails an
-    /// assertion: false.
+    /// below the directory "." of the file system, also for a name that starts with "/"; or in the
+    /// shared one, which looks where its owner told it to. A null file system stands for the
+    /// machine's files. False if the script can't be set up, with the cause in the log.
+    ///
+    /// A second call on a computer with an evaluator of its own fails an assertion, whether or not
+    /// the first one succeeded: false.
     bool setXprFilename(const char* in_szFileName,
                         const TSHandle<VirtualFileSystem>& in_pFileSystem);
 
-    /// Makes the computer use a shared evaluator. False, with an assertion, if it has one already;
-    /// false also if a script that was named before can't be added to it.
+    /// Makes the computer use a shared evaluator, to which the script that was named before is
+    /// added. False if the script can't be added; false, with an assertion, if the computer has an
+    /// evaluator already.
     bool setEvaluator(const LimitedObjPtr<Evaluator>& in_pEvaluator);
 
-    /// Computes the feature of this frame. False if the script doesn't define it, with an ERROR
-    /// line on each call, and if it can't be computed.
+    /// Computes the feature of this frame. False, with an ERROR line and an assertion on each call,
+    /// if the script doesn't define it; false, with an assertion, if it can't be computed.
     bool computeFeatures(DoubleVector& out_vFeature) override;
 
     /// Makes the functions of the expression forget the frames before. True before the first frame.
@@ -67,18 +79,22 @@ protected:
     /// For an archive, which fills the fields, and for a derived class.
     FeatureComputer();
 
-    /// Adds the script to the evaluator; links and configures it if it is the computer's own.
+    /// Adds the script to the evaluator; links and reconfigures it if it is the computer's own.
     virtual bool setupEvaluator();
 
     const LimitedObjPtr<Evaluator>& getEvaluator() const { return m_pEvaluator; }
 
+    /// Back to a computer that was never set up, without names, when reading it has failed.
+    void forget();
+
 private:
     friend class boost::serialization::access;
-    friend class FeatureComputerWithInputs;
 
     void serialize(boost::archive::polymorphic_oarchive& inout_Archive, unsigned int in_uiVersion);
     void serialize(boost::archive::polymorphic_iarchive& inout_Archive, unsigned int in_uiVersion);
 
+    template <class Archive>
+    void transferFields(Archive& inout_Archive);
     bool makeEvaluator(const TSHandle<VirtualFileSystem>& in_pFileSystem);
     bool findExpression();
     bool setUpFrom(std::istream& inout_Stream);

@@ -83,6 +83,8 @@
 #include <velmora/math/xpr/Expression.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
+#include <velmora/math/xpr/FeatureComputer.h>
+#include <velmora/math/xpr/FeatureComputerWithInputs.h>
 #include <velmora/math/xpr/Function.h>
 #include <velmora/math/xpr/FunctionAdaptor.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
