@@ -1,5 +1,7 @@
 #include <velmora/math/xpr/FeatureComputerWithInputs.h>
 
+#include <algorithm>
+
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
@@ -20,6 +22,10 @@ bool FeatureComputerWithInputs::setInputNames(const std::vector<std::string>& in
 
 bool FeatureComputerWithInputs::setupEvaluator() {
     m_bSetUp = true;
+    if (std::find(m_vInputNames.begin(), m_vInputNames.end(), "") != m_vInputNames.end()) {
+        VELMORA_LOG_ERROR(getLogger(), "an input of a feature computer must have a name");
+        return false;
+    }
     for (const std::string& strInputName : m_vInputNames) {
         auto* const pVariable = new VariableImpl;
         if (pVariable != nullptr) {

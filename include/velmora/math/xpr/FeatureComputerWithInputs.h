@@ -27,7 +27,8 @@ public:
     /// The feature's name inside the script, without the script's name.
     explicit FeatureComputerWithInputs(const char* in_szFeatureName);
 
-    /// Names the inputs. False, and nothing changes, once the evaluator has been set up.
+    /// Names the inputs. False, and nothing changes, once the evaluator has been set up. A script
+    /// isn't set up, with an ERROR line, for inputs of which one has an empty name.
     bool setInputNames(const std::vector<std::string>& in_vInputNames);
 
     /// Sets an input for the next frame. The vector isn't copied: it must stay alive and unchanged
