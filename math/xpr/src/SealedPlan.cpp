@@ -386,6 +386,8 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (pNeeds == nullptr) {
         return false;
     }
+    const auto iteFirst = m_vValid.begin() + static_cast<std::ptrdiff_t>(pNeeds->m_uiFirst);
+    std::copy_n(iteFirst, pNeeds->m_vFlags.size(), m_vBefore.begin());
     for (std::size_t uiWord = 0; uiWord != pNeeds->m_vFlags.size(); ++uiWord) {
         const std::size_t uiPlace = pNeeds->m_uiFirst + uiWord;
         for (Flags flags = pNeeds->m_vFlags[uiWord] & ~m_vValid[uiPlace]; flags != 0;
@@ -394,6 +396,7 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
                 uiPlace * FlagsPerWord + static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
             if (!step(uiNode)) {
                 out_bSuccess = false;
+                takeBack(*pNeeds, uiNode);
                 // The long way goes on from here: the reader that needs this node is the first that
                 // the recursion comes to.
                 m_uiFailed = uiNode == in_uiNode ? PassedOver : uiNode;
@@ -403,6 +406,19 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     }
     out_bSuccess = true;
     return true;
+}
+
+/// Inputs and variables were computed ahead of their turn, where nobody sees it. The recursion
+/// stops where a node fails, and wouldn't have come to some of them.
+void SealedPlan::takeBack(const NodeSet& in_Needs, Index in_uiFailed) {
+    const auto* const pBefore = reinterpret_cast<const std::uint8_t*>(m_vBefore.data());
+    const std::size_t uiOffset = in_Needs.m_uiFirst * FlagsPerWord;
+    auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiFailed);
+    for (; ite != in_Needs.m_vOrder.end(); ++ite) {
+        if (pBefore[*ite - uiOffset] == 0) {
+            *flagOf(*ite) = 0;
+        }
+    }
 }
 
 bool SealedPlan::invalidate(Index in_uiNode) {
@@ -459,6 +475,8 @@ const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {
                      [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
         if (std::is_sorted(vShown.begin(), vShown.end()) && uiWords <= m_uiNeedsRoom) {
             *pNeeds = Builder::makeSet(vNeeds);
+            pNeeds->m_vOrder = vNeeds;
+            m_vBefore.resize(m_vValid.size());
             m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vFlags.size());
         }
     }

@@ -114,6 +114,8 @@ private:
     struct NodeSet {
         std::size_t m_uiFirst = 0;
         std::vector<Flags> m_vFlags;
+        /// For what a node needs: the order in which the recursion comes to it.
+        std::vector<Index> m_vOrder;
     };
 
     class Builder;
@@ -123,6 +125,7 @@ private:
     bool computeVectors(Step& inout_Step);
     static void look(Step& inout_Step);
     void leave();
+    void takeBack(const NodeSet& in_Needs, Index in_uiFailed);
     bool step(Index in_uiNode);
     bool areInputsValid(Index in_uiNode) const;
     bool isIntact() const;
@@ -146,6 +149,8 @@ private:
     /// Words that the sets of needs may still take.
     std::size_t m_uiNeedsRoom = 0;
     std::size_t m_uiLongWays = 0;
+    /// The flags as they were when the running evaluation began.
+    std::vector<Flags> m_vBefore;
     Index m_uiFailed = PassedOver;
     bool m_bUsable = true;
     bool m_bIntact = true;
