@@ -22,9 +22,9 @@ namespace Velmora {
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__OPTIMIZE__)
-constexpr std::size_t Reserve = 160 * 1024;
+constexpr std::size_t Reserve = std::size_t(160) * 1024;
 #else
-constexpr std::size_t Reserve = 64 * 1024;
+constexpr std::size_t Reserve = std::size_t(64) * 1024;
 #endif
 
 /// Taken from the system page by page as it is used.
@@ -78,7 +78,7 @@ public:
     std::size_t size() const noexcept { return FreshSize - GuardSize; }
 
 private:
-    static constexpr std::size_t GuardSize = 64 * 1024;
+    static constexpr std::size_t GuardSize = std::size_t(64) * 1024;
 
     void release() noexcept {
         if (m_pMemory != nullptr) {

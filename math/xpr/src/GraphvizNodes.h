@@ -10,10 +10,10 @@ namespace Velmora::Math::Xpr {
 
 /// How the nodes below a written node come into a Graphviz text.
 ///
-/// As a rule a node writes what stands below it in place, and a shared node comes once for each path
-/// that leads to it; Graphviz merges that. In a graph with too many paths each node comes once,
-/// behind what was being written, for as long as an object of this class lives on the thread: the
-/// picture is the same.
+/// As a rule a node writes what stands below it in place, and a shared node comes once for each
+/// path that leads to it; Graphviz merges that. In a graph with too many paths each node comes
+/// once, behind what was being written, for as long as an object of this class lives on the thread:
+/// the picture is the same.
 class GraphvizNodes {
 public:
     explicit GraphvizNodes(bool in_bInPlace);

@@ -1,0 +1,258 @@
+#include <velmora/math/xpr/ScriptParser.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <pthread.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "math/xpr/ParsedScript.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using namespace Velmora;
+using namespace Velmora::Math::Xpr;
+using namespace Velmora::Testing;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// The thread sanitizer keeps every call stack that allocates, and these nest by the thousand;
+/// there is but one thread.
+class ScriptLimitsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+#if defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "takes gigabytes under the thread sanitizer";
+#endif
+    }
+};
+
+template <class T>
+class ScriptLimitsTestOf : public ScriptLimitsTest, public ::testing::WithParamInterface<T> {};
+
+std::string repeated(const std::string& in_strText, std::size_t in_uiCount) {
+    std::string strResult;
+    for (std::size_t ui = 0; ui < in_uiCount; ++ui) {
+        strResult += in_strText;
+    }
+    return strResult;
+}
+
+/// A construct that goes into itself: "x = " opening... core closing...
+struct Nesting {
+    const char* m_szName;
+    const char* m_szOpening;
+    const char* m_szClosing;
+    /// How far behind the start of the opening the first expression inside begins.
+    std::size_t m_uiInside;
+
+    std::string script(std::size_t in_uiLevels) const {
+        return open(in_uiLevels) + repeated(m_szClosing, in_uiLevels) + "\n";
+    }
+    std::string open(std::size_t in_uiLevels) const {
+        return "x = " + repeated(m_szOpening, in_uiLevels) + "v";
+    }
+};
+
+using NestingTest = ScriptLimitsTestOf<Nesting>;
+
+TEST_P(NestingTest, GoesUpToTheLimit) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const ParsedScript script(GetParam().script(ScriptParser::MaxNesting));
+    EXPECT_EQ(script.expressions.size(), 1U);
+    EXPECT_FALSE(script.failed);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_P(NestingTest, IsRefusedBeyondTheLimitWithItsPlace) {
+    for (const std::size_t uiLevels : {ScriptParser::MaxNesting + 1, std::size_t{100000}}) {
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const ParsedScript script("\n" + GetParam().script(uiLevels));
+        EXPECT_TRUE(script.failed);
+        const std::size_t uiColumn =
+            5 + ScriptParser::MaxNesting * std::string(GetParam().m_szOpening).size() +
+            GetParam().m_uiInside;
+        EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                    ElementsAre("syntax error:" + position(2, static_cast<int>(uiColumn)) +
+                                " Expressions are nested more than 1000 levels deep."));
+    }
+}
+
+TEST_P(NestingTest, GoesOnOnASmallStack) {
+    std::function<void()> read = [] {
+        EXPECT_FALSE(ParsedScript(GetParam().script(ScriptParser::MaxNesting)).failed);
+        EXPECT_TRUE(ParsedScript(GetParam().script(ScriptParser::MaxNesting + 1)).failed);
+    };
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 256 * 1024);
+    pthread_t thread;
+    const auto run = [](void* in_pFunction) -> void* {
+        (*static_cast<std::function<void()>*>(in_pFunction))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &read), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST_P(NestingTest, EndsSoonWhenNothingIsClosed) {
+    for (const std::size_t uiLevels : {std::size_t{30}, ScriptParser::MaxNesting}) {
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const bool bFailed = ParsedScript(GetParam().open(uiLevels)).failed;
+        EXPECT_EQ(bFailed, *GetParam().m_szClosing != '\0');
+        // A few reports for each level, and not twice those of the level below.
+        EXPECT_LE(log.count(log4cplus::ERROR_LOG_LEVEL), 6 * uiLevels + 6);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Constructs, NestingTest,
+    ::testing::Values(Nesting{"Parentheses", "(", ")", 1}, Nesting{"Calls", "f(", ")", 2},
+                      Nesting{"CallsWithParameters", "f<1>(", ")", 5},
+                      Nesting{"Concatenations", "{", "}", 1}, Nesting{"Slices", "a[", "]", 2},
+                      Nesting{"Conditions", "if(", ",a,b)", 3},
+                      Nesting{"ElseBranches", "if(a,b,", ")", 3},
+                      Nesting{"CallsOfIf", "if(", ",a)", 3}, Nesting{"UnaryPlus", "+", "", 1}),
+    [](const auto& in_Info) { return std::string(in_Info.param.m_szName); });
+
+/// The reports of one mistake below so many levels of conditions.
+std::size_t reports(std::size_t in_uiLevels) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_TRUE(ParsedScript("x = " + repeated("if(", in_uiLevels) + "1").failed);
+    return log.count(log4cplus::ERROR_LOG_LEVEL);
+}
+
+TEST_F(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
+    // Two guards miss the end of the innermost call, one that of the statement; each level above
+    // reads all that once as an operator and once as a call.
+    for (std::size_t uiLevels = 1; uiLevels <= 12; ++uiLevels) {
+        EXPECT_EQ(reports(uiLevels), std::size_t{2} << uiLevels) << uiLevels;
+    }
+    EXPECT_GT(reports(ScriptParser::MaxRepeatedNesting),
+              std::size_t{1} << ScriptParser::MaxRepeatedNesting);
+    EXPECT_LT(reports(ScriptParser::MaxRepeatedNesting + 1), 6 * ScriptParser::MaxRepeatedNesting);
+}
+
+TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    std::string strInner = "g(1)[a]";
+    std::string strExpected = "Slice(?s.g([1]), ?s.a)";
+    for (std::size_t ui = 0; ui < 2 * ScriptParser::MaxRepeatedNesting; ++ui) {
+        strInner = "if(" + strInner + ", b)";
+        strExpected = "?s.if(" + strExpected + ", ?s.b)";
+    }
+    const ParsedScript script("x = " + strInner + " + c\ny = b\n");
+    EXPECT_THAT(script.descriptions(),
+                ElementsAre("s.x = add(" + strExpected + ", ?s.c)", "s.y = ?s.b"));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    std::string strInner = "a";
+    for (std::size_t ui = 0; ui < ScriptParser::MaxRepeatedNesting; ++ui) {
+        strInner = "if(" + strInner + ", b)";
+    }
+    const ParsedScript script(repeated("x = " + strInner + "\n", 500));
+    EXPECT_EQ(script.expressions.size(), 500U);
+    EXPECT_FALSE(script.failed);
+}
+
+TEST_F(ScriptLimitsTest, WideConditionsDoNotMultiply) {
+    std::string strInner = "a";
+    for (int i = 0; i < 12; ++i) {
+        strInner = "if(" + strInner + ", " + strInner + ")";
+    }
+    EXPECT_FALSE(ParsedScript("x = " + strInner).failed);
+}
+
+/// A chain of operators: "x = a" and links.
+using ChainTest = ScriptLimitsTestOf<const char*>;
+
+TEST_P(ChainTest, IsRefusedBeyondTheLimitWithItsPlace) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const std::string strLink = GetParam();
+    const std::string strTooLong =
+        "x = a" + repeated(strLink, ScriptParser::MaxOperatorDepth + 1) + "\n";
+    EXPECT_TRUE(ParsedScript(strTooLong).failed);
+    const std::size_t uiColumn = 6 + ScriptParser::MaxOperatorDepth * strLink.size();
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                ElementsAre("syntax error:" + position(1, static_cast<int>(uiColumn)) +
+                            " Operators are chained more than 100000 levels deep."));
+}
+
+INSTANTIATE_TEST_SUITE_P(Operators, ChainTest, ::testing::Values("+a", "-1", "*a", "/a", "[0]"));
+
+TEST_F(ScriptLimitsTest, ChainGoesUpToTheLimit) {
+    const ParsedScript script("x = a" + repeated("+a", ScriptParser::MaxOperatorDepth));
+    EXPECT_EQ(script.expressions.size(), 1U);
+    EXPECT_FALSE(script.failed);
+}
+
+TEST_F(ScriptLimitsTest, ChainOfIndicesIsLimited) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_TRUE(
+        ParsedScript("x = a[1" + repeated(",1", ScriptParser::MaxOperatorDepth + 1) + "]").failed);
+    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "Operators are chained more than"), 1U);
+}
+
+/// Half of a chain that is too long, inside something, and the other half behind it.
+using SplitChainTest = ScriptLimitsTestOf<std::pair<const char*, const char*>>;
+
+TEST_P(SplitChainTest, DepthAddsUpThroughTheConstruct) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const std::string strHalf = repeated("+a", ScriptParser::MaxOperatorDepth / 2);
+    EXPECT_TRUE(ParsedScript("x = " + (GetParam().first + ("a" + strHalf)) + GetParam().second +
+                             strHalf + "+a")
+                    .failed);
+    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "Operators are chained more than"), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Constructs, SplitChainTest,
+                         ::testing::Values(std::make_pair("(", ")"), std::make_pair("f(", ")"),
+                                           std::make_pair("{1,", "}"),
+                                           std::make_pair("if(1,2,", ")"),
+                                           std::make_pair("b[", "]"), std::make_pair("b*(", ")")));
+
+TEST_F(ScriptLimitsTest, WidthIsNotDepth) {
+    const std::size_t uiCount = ScriptParser::MaxOperatorDepth + 1;
+    EXPECT_FALSE(ParsedScript("x = f(1" + repeated(",1+1", uiCount) + ")").failed);
+}
+
+TEST_F(ScriptLimitsTest, RangeOfIndicesIsLimited) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_FALSE(ParsedScript("x = a[0..1048575]").failed);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_TRUE(ParsedScript("x = a[b, 4294967295..0]").failed);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                ElementsAre("syntax error:" + position(1, 10) +
+                            " An index range lists more than 1048576 indices."));
+}
+
+TEST_F(ScriptLimitsTest, CommentsOfAnyLengthAreRead) {
+    const std::string strLong = repeated("0123456789", 1000000);
+    EXPECT_THAT(ParsedScript("x = 1 /*" + strLong + "*/ + /*" + strLong + "*/ 2 //" + strLong)
+                    .descriptions(),
+                ElementsAre("s.x = add([1], [2])"));
+}
+
+TEST_F(ScriptLimitsTest, CommentsThatAreNeverClosedAreSoughtOnce) {
+    const ParsedScript script("x = f<\"" + repeated("/*", 1000000) + "\">(1)");
+    EXPECT_FALSE(script.failed);
+}
+
+TEST_F(ScriptLimitsTest, LongScriptIsRead) {
+    std::string strText;
+    for (int i = 0; i < 10000; ++i) {
+        strText += "x" + std::to_string(i) + " = a * 2 + f<3>(b, c[0..3]) - {a, b}\n";
+    }
+    EXPECT_EQ(ParsedScript(strText).expressions.size(), 10000U);
+}
+
+} // namespace
