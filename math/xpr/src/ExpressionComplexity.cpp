@@ -1,8 +1,7 @@
 #include "ExpressionComplexity.h"
 
 #include <limits>
-
-#include "GraphWalk.h"
+#include <vector>
 
 namespace Velmora::Math::Xpr {
 
@@ -13,23 +12,45 @@ unsigned long addUpToLimit(unsigned long in_ulA, unsigned long in_ulB) {
     return in_ulB > Limit - in_ulA ? Limit : in_ulA + in_ulB;
 }
 
+/// A node on the way down, with the count of itself and of the children that were passed.
+struct Place {
+    explicit Place(const ExpressionBaseImpl& in_Node)
+        : m_pNode(&in_Node), m_pNextChild(in_Node.getChildBegin()) {}
+
+    const ExpressionBaseImpl* m_pNode;
+    const Handle<ExpressionBaseImpl>* m_pNextChild;
+    unsigned long m_ulCount = 1;
+};
+
 } // namespace
 
-unsigned long ExpressionComplexity::of(ExpressionBaseImpl& in_Expression) {
+unsigned long ExpressionComplexity::of(const ExpressionBaseImpl& in_Expression) {
     const auto iteKnown = m_mapCounts.find(in_Expression.getId());
     if (iteKnown != m_mapCounts.end()) {
         return iteKnown->second;
     }
-    const GraphWalk::Nodes vNodes = GraphWalk().collect(in_Expression);
-    for (auto ite = vNodes.rbegin(); ite != vNodes.rend(); ++ite) {
-        unsigned long ulCount = 1;
-        for (const auto* pChild = (*ite)->getChildBegin(); pChild != (*ite)->getChildEnd();
-             ++pChild) {
-            ulCount = addUpToLimit(ulCount, m_mapCounts[(*pChild)->getId()]);
+    // Goes no further down than to what is known: a graph has many roots over the same nodes.
+    std::vector<Place> vPath{Place(in_Expression)};
+    while (true) {
+        Place& place = vPath.back();
+        if (place.m_pNextChild != place.m_pNode->getChildEnd()) {
+            const ExpressionBaseImpl& child = **place.m_pNextChild;
+            const auto iteChild = m_mapCounts.find(child.getId());
+            if (iteChild == m_mapCounts.end()) {
+                vPath.emplace_back(child);
+            } else {
+                place.m_ulCount = addUpToLimit(place.m_ulCount, iteChild->second);
+                ++place.m_pNextChild;
+            }
+            continue;
         }
-        m_mapCounts[(*ite)->getId()] = ulCount;
+        const unsigned long ulCount = place.m_ulCount;
+        m_mapCounts[place.m_pNode->getId()] = ulCount;
+        vPath.pop_back();
+        if (vPath.empty()) {
+            return ulCount;
+        }
     }
-    return m_mapCounts[in_Expression.getId()];
 }
 
 } // namespace Velmora::Math::Xpr

@@ -11,7 +11,7 @@ namespace Velmora::Math::Xpr {
 class ExpressionComplexity {
 public:
     /// The largest unsigned long stands for everything from there on.
-    unsigned long of(ExpressionBaseImpl& in_Expression);
+    unsigned long of(const ExpressionBaseImpl& in_Expression);
 
     /// The graph has changed.
     void forget() { m_mapCounts.clear(); }
