@@ -24,7 +24,7 @@ Evaluator::Evaluator(const Evaluator& in_Other)
     m_bLinked = in_Other.m_bLinked;
     cloneMember(in_Other.m_pOptimizer, m_pOptimizer, "!m_pOptimizer.isNull()");
     m_bOptimized = in_Other.m_bOptimized;
-    if (m_bOptimized) {
+    if (m_bOptimized && !m_pOptimizer.isNull() && !m_pDictionnary.isNull()) {
         // The copy of a sealed graph isn't sealed.
         m_pOptimizer->sealExpressions(*m_pDictionnary);
     }
