@@ -1,4 +1,5 @@
-# What an installation holds: libraries, headers, and how CMake and pkg-config find them.
+# What an installation holds besides the tool: libraries, headers, and how CMake and pkg-config find
+# them.
 
 include(CMakePackageConfigHelpers)
 
@@ -20,6 +21,8 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmoraConfig.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/VelmoraConfigVersion.cmake"
     DESTINATION ${VELMORA_CMAKE_DIR} COMPONENT development)
 
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+    BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" OUTPUT_VARIABLE VELMORA_PC_TO_PREFIX)
 configure_file(cmake/velmora-xpr.pc.in "${CMAKE_CURRENT_BINARY_DIR}/velmora-xpr.pc" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/velmora-xpr.pc"
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

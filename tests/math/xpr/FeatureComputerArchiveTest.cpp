@@ -18,7 +18,7 @@
 
 #include <velmora/DiskFileSystem.h>
 
-#include "support/ComputerArchives.h"
+#include "math/xpr/ComputerArchives.h"
 #include "support/TempDirectory.h"
 
 namespace Velmora::Math::Xpr {

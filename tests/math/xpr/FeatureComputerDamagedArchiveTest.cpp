@@ -10,7 +10,7 @@
 
 #include <velmora/Exception.h>
 
-#include "support/ComputerArchives.h"
+#include "math/xpr/ComputerArchives.h"
 
 namespace Velmora::Math::Xpr {
 

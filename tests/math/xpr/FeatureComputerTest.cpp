@@ -7,8 +7,8 @@
 
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "math/xpr/ComputerBench.h"
 #include "support/AllocationCounter.h"
-#include "support/ComputerBench.h"
 #include "support/TempDirectory.h"
 
 namespace Velmora::Math::Xpr {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/ComputerBench.h"
+#include "math/xpr/ComputerBench.h"
 
 namespace Velmora::Math::Xpr {
 

@@ -73,7 +73,7 @@ protected:
 
 private:
     /// The grammar and its actions, which write into the fields below.
-    class ScriptParserImpl;
+    class VELMORA_HIDDEN ScriptParserImpl;
 
     Handle<Expression> endScript();
 

@@ -22,7 +22,7 @@
 #include <velmora/math/xpr/FeatureComputerWithInputs.h>
 #include <velmora/vfsistream.h>
 
-#include "support/ComputerBench.h"
+#include "math/xpr/ComputerBench.h"
 
 namespace Velmora::Testing {
 
