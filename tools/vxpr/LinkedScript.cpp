@@ -205,10 +205,9 @@ bool LinkedScript::link(const ScriptText& in_Script, const NameScope& in_Scope) 
 
 /// The engine's own words are better than none.
 void LinkedScript::reportUnexplained(const std::vector<EngineMessage>& in_vMessages) {
-    std::vector<std::string> vTexts;
-    for (const EngineMessage& message : in_vMessages) {
-        vTexts.push_back(message.m_strText);
-    }
+    std::vector<std::string> vTexts(in_vMessages.size());
+    std::transform(in_vMessages.begin(), in_vMessages.end(), vTexts.begin(),
+                   [](const EngineMessage& in_Message) { return in_Message.m_strText; });
     m_vFaults.push_back(
         {Diagnostic::Severity::Error, std::nullopt,
          "'" + m_Options.m_strPath + "' can't be linked (" + join(vTexts, "; ") + ")"});

@@ -1,15 +1,15 @@
 #include "NumberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 
 namespace Vxpr {
 
 char* writeNumber(char* in_pBuffer, double in_dValue) {
     if (std::isnan(in_dValue)) {
-        std::memcpy(in_pBuffer, "nan", 3);
-        return in_pBuffer + 3;
+        constexpr std::string_view NOT_A_NUMBER = "nan";
+        return std::copy(NOT_A_NUMBER.begin(), NOT_A_NUMBER.end(), in_pBuffer);
     }
     return std::to_chars(in_pBuffer, in_pBuffer + MAX_NUMBER_TEXT, in_dValue).ptr;
 }

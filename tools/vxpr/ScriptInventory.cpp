@@ -16,7 +16,6 @@ namespace {
 
 using Velmora::Handle;
 using Velmora::Math::Xpr::DomainVariableImpl;
-using Velmora::Math::Xpr::Expression;
 using Velmora::Math::Xpr::ExpressionBaseImpl;
 using Velmora::Math::Xpr::FunctionBaseImpl;
 using Velmora::Math::Xpr::ScriptParser;
