@@ -131,7 +131,7 @@ void LinkedScript::warnOfName() {
                      "the script's name, `" + m_strName + "`, " +
                          (bPoint ? "contains a point" : "is no name that a script can write") +
                          ", so other scripts can't reach what it defines" +
-                         (bPoint ? ", nor can its own definitions reach each other" : "") +
+                         (bPoint ? ", and it can't use anything by name itself" : "") +
                          "; rename the file to letters, digits and `_`"});
 }
 

@@ -77,16 +77,17 @@ std::string NameAdvice::explainQualified(const std::string& in_strScript,
 std::string NameAdvice::explainUnresolved(const std::string& in_strName,
                                           const std::string& in_strScript) {
     const std::string strName = unqualify(in_strName, in_strScript);
+    if (in_strScript.find('.') != std::string::npos) {
+        return "`" + strName + "` can't be reached because the name of the script, `" +
+               in_strScript + "`, contains a point; rename the file";
+    }
     const std::size_t uiPoint = strName.find('.');
     if (uiPoint != std::string::npos) {
         return explainQualified(strName.substr(0, uiPoint), strName.substr(uiPoint + 1));
     }
     const std::vector<Definition> vDefined = readDefinitions(in_strScript);
     if (find(vDefined, strName) != nullptr) {
-        return in_strScript.find('.') == std::string::npos
-                   ? std::string()
-                   : "`" + strName + "` can't be reached because the name of the script, `" +
-                         in_strScript + "`, contains a point; rename the file";
+        return {};
     }
     if (in_strScript == m_Scope.m_strScript && m_Scope.m_setLost.count(strName) != 0) {
         return {};

@@ -89,6 +89,16 @@ TEST_F(CheckCommandTest, AScriptWhoseNameContainsAPointIsWarnedOf) {
     EXPECT_EQ(result.m_iStatus, 0);
 }
 
+TEST_F(CheckCommandTest, AScriptWhoseNameContainsAPointReachesNothing) {
+    const ProcessResult result =
+        runVxpr({"check", m_Scratch.write("a.b.xpr", "x = 1\ny = x\nz = sum(x)\n")});
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("a.b.xpr:2:5: error: `x` can't be reached because the name of the "
+                          "script, `a.b`, contains a point; rename the file"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("a.b.xpr:3:5: error: `sum` can't be reached"));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
 TEST_F(CheckCommandTest, ANameThatIsDefinedTwiceIsShownAtItsSecondPlace) {
     const ProcessResult result =
         runVxpr({"check", writeScript("a = 1\nb = a\na = 2\ninputvar c\n  inputvar c\n")});
