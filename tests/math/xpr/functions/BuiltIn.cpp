@@ -4,6 +4,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 #include <velmora/math/xpr/Registry.h>
 
 namespace Velmora::Testing {
@@ -11,6 +13,24 @@ namespace Velmora::Testing {
 using Math::DoubleVector;
 using Math::Xpr::FunctionBaseImpl;
 using Math::Xpr::Registry;
+
+namespace {
+
+/// Reads the names ahead of the first test.
+class NamesAtStart : public ::testing::Environment {
+public:
+    void SetUp() override { Registry::getInstance().getNames(names()); }
+
+    static std::vector<std::string>& names() {
+        static std::vector<std::string> s_vNames;
+        return s_vNames;
+    }
+};
+
+[[maybe_unused]] const ::testing::Environment* const s_pNamesAtStart =
+    ::testing::AddGlobalTestEnvironment(new NamesAtStart);
+
+} // namespace
 
 BuiltIn::BuiltIn(const std::string& in_strName)
     : BuiltIn(Handle<FunctionBaseImpl>(Handle<Math::Xpr::Expression>(
@@ -123,10 +143,8 @@ const std::vector<BuiltInSetting>& builtInSettings() {
     return s_vSettings;
 }
 
-std::vector<std::string> registeredNames() {
-    std::vector<std::string> vNames;
-    Registry::getInstance().getNames(vNames);
-    return vNames;
+const std::vector<std::string>& registeredNames() {
+    return NamesAtStart::names();
 }
 
 } // namespace Velmora::Testing

@@ -71,7 +71,8 @@ std::ostream& operator<<(std::ostream& inout_stream, const BuiltInSetting& in_se
 /// One setting for each of the library's built-ins, in the order of their registration.
 const std::vector<BuiltInSetting>& builtInSettings();
 
-/// All names in the registry, in its order.
-std::vector<std::string> registeredNames();
+/// The names that were in the registry when the library had loaded, in its order; tests may have
+/// registered more since.
+const std::vector<std::string>& registeredNames();
 
 } // namespace Velmora::Testing
