@@ -9,7 +9,11 @@
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t ScriptCount = 160;
+#else
 constexpr std::size_t ScriptCount = 2000;
+#endif
 constexpr std::size_t FrameCount = 6;
 constexpr std::size_t MiddleFrame = 3;
 

@@ -19,6 +19,12 @@ using namespace Velmora;
 using namespace Velmora::Math;
 using namespace Velmora::Math::Xpr;
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::uint64_t SeedCount = 50;
+#else
+constexpr std::uint64_t SeedCount = 1000;
+#endif
+
 using Node = Handle<ExpressionBaseImpl>;
 using Nodes = std::vector<Node>;
 
@@ -136,7 +142,7 @@ private:
 };
 
 void compareOverSeeds(RandomScript::Failures in_eFailures) {
-    for (std::uint64_t uiSeed = 0; uiSeed != 1000; ++uiSeed) {
+    for (std::uint64_t uiSeed = 0; uiSeed != SeedCount; ++uiSeed) {
         const RandomScript script(uiSeed, in_eFailures);
         Twins twins(script, uiSeed);
         ASSERT_TRUE(twins.haveSameShape());
