@@ -10,6 +10,7 @@ namespace Velmora {
 /// process. The library never deletes one, so that a static destructor may still log.
 class VELMORA_EXPORT AceCleanupLogger : public Logger {
 public:
+    /// The logger of that name.
     explicit AceCleanupLogger(const char* in_szName);
     ~AceCleanupLogger() override;
 

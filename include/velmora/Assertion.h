@@ -13,8 +13,10 @@ class Logger;
 /// takes a defined path. Input data are never checked by an assertion.
 class VELMORA_EXPORT Assertion {
 public:
+    /// What a failed condition is handed to. It may return.
     using Handler = void (*)(const char* expression, const char* file, int line);
 
+    /// Reports without a logger.
     Assertion(bool in_bCondition, const char* in_szExpression, const char* in_szFile,
               int in_iLine) {
         if (!in_bCondition) {

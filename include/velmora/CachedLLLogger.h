@@ -11,6 +11,8 @@ namespace Velmora {
 class VELMORA_EXPORT CachedLLLogger : public Logger {
 public:
     CachedLLLogger() = default;
+
+    /// Logs under that name, with nothing cached.
     explicit CachedLLLogger(const char* in_szName);
     explicit CachedLLLogger(const std::string& in_strName);
 

@@ -18,8 +18,10 @@ public:
     /// Takes the object over.
     CloneableObjPtr(T* in_p) noexcept : m_ptr(in_p) {}
 
+    /// Holds a clone of the other's object, or null if the other is null.
     CloneableObjPtr(const CloneableObjPtr& in_rhs) : m_ptr(cloneOf(in_rhs)) {}
 
+    /// Takes the object over; the other is null afterwards.
     CloneableObjPtr(CloneableObjPtr&& inout_rhs) noexcept
         : m_ptr(std::exchange(inout_rhs.m_ptr, nullptr)) {}
 
@@ -33,6 +35,7 @@ public:
         return *this;
     }
 
+    /// Deletes the object and takes the other's over; the other is null afterwards.
     CloneableObjPtr& operator=(CloneableObjPtr&& inout_rhs) {
         if (m_ptr != inout_rhs.m_ptr) {
             replaceBy(std::exchange(inout_rhs.m_ptr, nullptr));
@@ -48,6 +51,7 @@ public:
         return *this;
     }
 
+    /// Whether there is no object.
     bool isNull() const noexcept { return m_ptr == nullptr; }
 
     /// Unchecked: the pointer isn't null.

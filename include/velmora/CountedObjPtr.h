@@ -11,6 +11,7 @@ namespace Velmora {
 /// Destroys an object with `delete`.
 template <class T>
 struct VELMORA_EXPORT DeleteCountedObjDeleter {
+    /// A null object is ignored.
     void operator()(T* in_p) const { delete in_p; }
 };
 
@@ -46,6 +47,7 @@ public:
     CountedObjPtr(const CountedObjPtr<U, RC, OtherDeleter>& in_source) noexcept
         : Base(cast(in_source.get()), in_source) {}
 
+    /// The same, and takes the source's share; a failed cast leaves the source as it is.
     template <class U, class OtherDeleter>
     CountedObjPtr(CountedObjPtr<U, RC, OtherDeleter>&& inout_source) noexcept
         : Base(cast(inout_source.get()), std::move(inout_source)) {}
@@ -58,6 +60,7 @@ public:
         return *this;
     }
 
+    /// The same, and takes the other's share.
     CountedObjPtr& operator=(CountedObjPtr&& inout_rhs) {
         this->assign(std::move(inout_rhs));
         return *this;

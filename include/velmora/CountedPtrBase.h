@@ -17,6 +17,7 @@ namespace Velmora {
 template <class T, class RC, class Deleter>
 class VELMORA_EXPORT CountedPtrBase {
 public:
+    /// Whether there is no object; there may be a counter all the same.
     bool isNull() const noexcept { return m_ptr == nullptr; }
 
     /// Unchecked: the pointer isn't null.
@@ -31,9 +32,12 @@ public:
 
 protected:
     CountedPtrBase() noexcept = default;
+
+    /// Takes the object over and makes its counter.
     explicit CountedPtrBase(T* in_p)
         : m_ptr(in_p), m_count(in_p == nullptr ? nullptr : RC::create()) {}
 
+    /// Shares the object and the counter.
     CountedPtrBase(const CountedPtrBase& in_rhs) noexcept
         : m_ptr(in_rhs.m_ptr), m_count(in_rhs.m_count) {
         if (m_count != nullptr) {
@@ -41,6 +45,7 @@ protected:
         }
     }
 
+    /// Takes the other's share; the other has neither afterwards.
     CountedPtrBase(CountedPtrBase&& inout_rhs) noexcept
         : m_ptr(std::exchange(inout_rhs.m_ptr, nullptr)),
           m_count(std::exchange(inout_rhs.m_count, nullptr)) {}
@@ -76,6 +81,7 @@ protected:
         }
     }
 
+    /// The same, and takes the other's share.
     void assign(CountedPtrBase&& inout_rhs) {
         if (m_ptr != inout_rhs.m_ptr) {
             CountedPtrBase held(std::move(inout_rhs));

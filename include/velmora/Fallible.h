@@ -17,8 +17,11 @@ public:
 
 protected:
     FallibleBase() = default;
+
+    /// Set or unset from the start.
     explicit FallibleBase(bool in_bValid) : m_bValid(in_bValid) {}
 
+    /// Whether the value is set.
     bool m_bValid = false;
 };
 
@@ -31,6 +34,7 @@ public:
     /// Unset.
     Fallible() = default;
 
+    /// Set.
     Fallible(T in_value) : FallibleBase(true), m_value(std::move(in_value)) {}
 
     /// Sets the value.

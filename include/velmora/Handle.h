@@ -11,6 +11,7 @@ namespace Velmora {
 /// Destroys an object through its `Object` part.
 template <class T>
 struct VELMORA_EXPORT DeleteObjectDeleter {
+    /// A null object is ignored.
     void operator()(T* in_p) const { delete objectPart(in_p); }
 };
 
@@ -38,6 +39,7 @@ public:
     Handle(const Handle<U, RC>& in_source) noexcept
         : Base(objectCast<T>(in_source.get()), in_source) {}
 
+    /// The same, and takes the source's share; a failed cast leaves the source as it is.
     template <class U>
     Handle(Handle<U, RC>&& inout_source) noexcept
         : Base(objectCast<T>(inout_source.get()), std::move(inout_source)) {}
@@ -50,6 +52,7 @@ public:
         return *this;
     }
 
+    /// The same, and takes the other's share.
     Handle& operator=(Handle&& inout_rhs) {
         this->assign(std::move(inout_rhs));
         return *this;

@@ -14,6 +14,7 @@ namespace Velmora {
 
 /// The hash of a text: 32 bits, h = h * 5 + b for each byte b, from 0.
 struct VELMORA_EXPORT StringHash {
+    /// The hash of the text.
     std::uint32_t operator()(const std::string& in_strKey) const noexcept {
         std::uint32_t uiHash = 0;
         for (const char c : in_strKey) {
@@ -32,6 +33,7 @@ struct VELMORA_EXPORT StringHash {
 template <class Key, class Value, class Hash = StringHash>
 class VELMORA_EXPORT HashMapVector {
 public:
+    /// What the map holds, and what walks over it.
     using Entry = std::pair<const Key, Value>;
     using iterator = HashMapVectorIterator<Key, Value, Hash>;
     using const_iterator = HashMapVectorConstIterator<Key, Value, Hash>;
@@ -46,10 +48,12 @@ public:
         }
     }
 
+    /// Takes the entries over; the other map is empty afterwards.
     HashMapVector(HashMapVector&& inout_rhs) noexcept { swap(inout_rhs); }
 
     ~HashMapVector() = default;
 
+    /// New entries with copies of the keys and the values, in place of its own.
     HashMapVector& operator=(const HashMapVector& in_rhs) {
         if (this != &in_rhs) {
             HashMapVector copy(in_rhs);
@@ -58,12 +62,14 @@ public:
         return *this;
     }
 
+    /// Takes the entries over in place of its own; the other map is empty afterwards.
     HashMapVector& operator=(HashMapVector&& inout_rhs) noexcept {
         HashMapVector taken(std::move(inout_rhs));
         swap(taken);
         return *this;
     }
 
+    /// Exchanges the entries. They stay where they are.
     void swap(HashMapVector& inout_other) noexcept {
         m_vEntries.swap(inout_other.m_vEntries);
         m_vIndex.swap(inout_other.m_vIndex);
@@ -90,11 +96,13 @@ public:
         return const_iterator(m_vEntries, position(in_key));
     }
 
+    /// From the entry that was inserted first to the end behind the last.
     iterator begin() noexcept { return iterator(m_vEntries, 0); }
     iterator end() noexcept { return iterator(m_vEntries, size()); }
     const_iterator begin() const noexcept { return const_iterator(m_vEntries, 0); }
     const_iterator end() const noexcept { return const_iterator(m_vEntries, size()); }
 
+    /// The number of entries.
     std::size_t size() const noexcept { return m_vEntries.size(); }
     bool empty() const noexcept { return m_vEntries.empty(); }
 

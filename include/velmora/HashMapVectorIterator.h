@@ -16,6 +16,7 @@ namespace Velmora {
 template <class Key, class Value, class Hash>
 class VELMORA_EXPORT HashMapVectorIterator {
 public:
+    /// What algorithms of the standard library ask of an iterator.
     using iterator_category = std::bidirectional_iterator_tag;
     using value_type = std::pair<const Key, Value>;
     using difference_type = std::ptrdiff_t;
@@ -24,12 +25,16 @@ public:
     using Entries = std::vector<std::unique_ptr<value_type>>;
 
     HashMapVectorIterator() = default;
+
+    /// At that position of the entries, which may be the end.
     HashMapVectorIterator(const Entries& in_vEntries, std::size_t in_uiPosition) noexcept
         : m_pEntries(&in_vEntries), m_uiPosition(in_uiPosition) {}
 
+    /// The entry. There is none at the end.
     reference operator*() const { return *(*m_pEntries)[m_uiPosition]; }
     pointer operator->() const { return (*m_pEntries)[m_uiPosition].get(); }
 
+    /// One entry on or back.
     HashMapVectorIterator& operator++() noexcept {
         ++m_uiPosition;
         return *this;
@@ -49,6 +54,7 @@ public:
         return before;
     }
 
+    /// Equal at the same position of the same map.
     friend bool operator==(const HashMapVectorIterator& in_a,
                            const HashMapVectorIterator& in_b) noexcept {
         return in_a.m_uiPosition == in_b.m_uiPosition && in_a.m_pEntries == in_b.m_pEntries;
@@ -72,6 +78,7 @@ class VELMORA_EXPORT HashMapVectorConstIterator {
     using Mutable = HashMapVectorIterator<Key, Value, Hash>;
 
 public:
+    /// What algorithms of the standard library ask of an iterator.
     using iterator_category = std::bidirectional_iterator_tag;
     using value_type = std::pair<const Key, Value>;
     using difference_type = std::ptrdiff_t;
@@ -79,14 +86,20 @@ public:
     using reference = const value_type&;
 
     HashMapVectorConstIterator() = default;
+
+    /// At that position of the entries, which may be the end.
     HashMapVectorConstIterator(const typename Mutable::Entries& in_vEntries,
                                std::size_t in_uiPosition) noexcept
         : m_iterator(in_vEntries, in_uiPosition) {}
+
+    /// At the same position.
     HashMapVectorConstIterator(const Mutable& in_iterator) noexcept : m_iterator(in_iterator) {}
 
+    /// The entry. There is none at the end.
     reference operator*() const { return *m_iterator; }
     pointer operator->() const { return m_iterator.operator->(); }
 
+    /// One entry on or back.
     HashMapVectorConstIterator& operator++() noexcept {
         ++m_iterator;
         return *this;
@@ -98,6 +111,7 @@ public:
     }
     HashMapVectorConstIterator operator--(int) noexcept { return m_iterator--; }
 
+    /// Equal at the same position of the same map.
     friend bool operator==(const HashMapVectorConstIterator& in_a,
                            const HashMapVectorConstIterator& in_b) noexcept {
         return in_a.m_iterator == in_b.m_iterator;

@@ -17,11 +17,15 @@ class VELMORA_EXPORT LimitedObjPtr {
 
 public:
     LimitedObjPtr() noexcept = default;
+
+    /// Points where the other one does.
     LimitedObjPtr(T* in_p) noexcept : m_ptr(in_p) {}
 
+    /// Points where the other one does.
     template <class U, class = IfConvertible<U>>
     LimitedObjPtr(const LimitedObjPtr<U>& in_rhs) noexcept : m_ptr(in_rhs.get()) {}
 
+    /// Points at the object of the handle, without a share in it.
     template <class U, class RC, class = IfConvertible<U>>
     LimitedObjPtr(const Handle<U, RC>& in_pOwner) noexcept : m_ptr(in_pOwner.get()) {}
 
@@ -31,6 +35,7 @@ public:
     /// Stores only when the value differs, so that the steady frame doesn't write.
     LimitedObjPtr& operator=(const LimitedObjPtr& in_rhs) noexcept { return *this = in_rhs.m_ptr; }
 
+    /// The same from a plain pointer, which may be null.
     LimitedObjPtr& operator=(T* in_p) noexcept {
         if (m_ptr != in_p) {
             m_ptr = in_p;
@@ -38,6 +43,7 @@ public:
         return *this;
     }
 
+    /// Whether it points at nothing.
     bool isNull() const noexcept { return m_ptr == nullptr; }
 
     /// Unchecked: the pointer isn't null and the target lives.

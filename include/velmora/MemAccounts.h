@@ -10,7 +10,10 @@ namespace Velmora {
 
 /// What one account of the allocators holds.
 struct VELMORA_EXPORT MemAccount {
+    /// The name that the classes of the account give.
     std::string name;
+
+    /// Blocks that haven't been released.
     std::size_t liveBlocks = 0;
     /// 0 for an account that is used through `NoSizeMemAllocator`, which isn't told sizes on
     /// release.

@@ -12,10 +12,13 @@ template <class L = CachedLLLogger>
 class VELMORA_EXPORT ObjectWithLogger {
 public:
     ObjectWithLogger() = default;
+
+    /// Starts with a copy of that logger.
     explicit ObjectWithLogger(const L& in_logger) : m_logger(in_logger) {}
     ObjectWithLogger(const ObjectWithLogger&) = default;
     ObjectWithLogger& operator=(const ObjectWithLogger&) = default;
 
+    /// The object's own logger. Setting it replaces it by a copy.
     const L& getLogger() const noexcept { return m_logger; }
     L& getLogger() noexcept { return m_logger; }
     void setLogger(const L& in_logger) { m_logger = in_logger; }

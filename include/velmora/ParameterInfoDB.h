@@ -12,6 +12,7 @@ namespace Velmora {
 
 /// What is known of a declared configuration parameter.
 struct VELMORA_EXPORT ParameterInfo {
+    /// The name of the parameter.
     std::string key;
     /// The tag of its values.
     int kind = ParameterValue::EmptyTag;
@@ -19,8 +20,12 @@ struct VELMORA_EXPORT ParameterInfo {
     ParameterValue defaultValue;
     /// False: whoever reads the parameter fails without it.
     bool optional = false;
+
+    /// For the documentation: not shown to users; not to be used any more.
     bool hidden = false;
     bool deprecated = false;
+
+    /// What the parameter is for.
     std::string description;
 };
 
@@ -30,6 +35,7 @@ struct VELMORA_EXPORT ParameterInfo {
 /// Libraries declare their parameters while they load. Thread-safe.
 class VELMORA_EXPORT ParameterInfoDB : public virtual Object {
 public:
+    /// The one table of the process.
     static const ParameterInfoDB& getInstance();
     static ParameterInfoDB& getNonConstInstance();
 

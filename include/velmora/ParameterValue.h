@@ -12,6 +12,7 @@ namespace Velmora {
 /// value holds nothing.
 class VELMORA_EXPORT ParameterValue {
 public:
+    /// The tags of a value that holds nothing, a text, an integer, a float.
     static constexpr int EmptyTag = 0;
     static constexpr int StringTag = 1;
     static constexpr int IntTag = 2;
@@ -19,18 +20,26 @@ public:
 
     /// Empty.
     ParameterValue() noexcept = default;
+
+    /// Of tag 2, and of tag 5.
     ParameterValue(int in_iValue) noexcept;
     ParameterValue(float in_fValue) noexcept;
     /// A null text is the empty text.
     ParameterValue(const char* in_szText);
 
+    /// The same tag and value. Moving leaves the other value empty.
     ParameterValue(const ParameterValue& in_rhs);
     ParameterValue(ParameterValue&& inout_rhs) noexcept;
     ~ParameterValue();
+
+    /// As the constructors; a text that was held before is released.
     ParameterValue& operator=(const ParameterValue& in_rhs);
     ParameterValue& operator=(ParameterValue&& inout_rhs) noexcept;
 
+    /// The kind of the value.
     int getTag() const noexcept { return m_iTag; }
+
+    /// Whether the tag is 0.
     bool isEmpty() const noexcept { return m_iTag == EmptyTag; }
 
     /// Gives the value another tag and a payload of zero; a held text is released in every case.

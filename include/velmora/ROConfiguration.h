@@ -16,6 +16,7 @@ public:
     /// What the others read through.
     virtual bool getParameter(const char* in_szKey, ParameterValue& out_value) const = 0;
 
+    /// Whether the parameter is there with a value.
     virtual bool parameterDefined(const char* in_szKey) const;
 
     /// Reads tag 2 only.

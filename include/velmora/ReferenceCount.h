@@ -21,13 +21,19 @@ public:
         return pBlock == nullptr ? nullptr : ::new (pBlock) ReferenceCount;
     }
 
+    /// Releases a counter that `create` has made.
     static void destroy(ReferenceCount* in_pCount) noexcept {
         DefaultStaticMemAllocator::deallocate(in_pCount, sizeof(ReferenceCount), "ReferenceCount");
     }
 
+    /// One handle more, and one less: not for the last.
     void increment() noexcept { ++m_uiCount; }
     void decrement() noexcept { --m_uiCount; }
+
+    /// Whether one handle is left.
     bool isLast() const noexcept { return m_uiCount == 1; }
+
+    /// The number of handles.
     int get() const noexcept { return static_cast<int>(m_uiCount); }
 
 private:

@@ -15,8 +15,10 @@ namespace Velmora {
 /// registration; nothing may use one afterwards. Thread-safe.
 class VELMORA_EXPORT SingletonRegistry {
 public:
+    /// Destroys an instance at process end.
     using Deleter = void (*)(void*);
 
+    /// The one registry of the process.
     static SingletonRegistry& getInstance();
 
     SingletonRegistry(const SingletonRegistry&) = delete;

@@ -20,10 +20,12 @@ public:
     TSHandle(T* in_p)
         : m_ptr(in_p), m_count(in_p == nullptr ? nullptr : TSReferenceCount::create()) {}
 
+    /// Shares the object and the counter.
     TSHandle(const TSHandle& in_rhs) noexcept : m_ptr(in_rhs.m_ptr), m_count(in_rhs.m_count) {
         TSReferenceCount::increment(m_count);
     }
 
+    /// Takes the other's share; the other has neither afterwards.
     TSHandle(TSHandle&& inout_rhs) noexcept
         : m_ptr(std::exchange(inout_rhs.m_ptr, nullptr)),
           m_count(std::exchange(inout_rhs.m_count, nullptr)) {}
@@ -36,6 +38,7 @@ public:
         TSReferenceCount::increment(m_count);
     }
 
+    /// The same, and takes the source's share; a failed cast leaves the source as it is.
     template <class U>
     TSHandle(TSHandle<U>&& inout_source) noexcept : m_ptr(objectCast<T>(inout_source.m_ptr)) {
         if (m_ptr != nullptr) {
@@ -55,6 +58,7 @@ public:
         return *this;
     }
 
+    /// The same, and takes the other's share.
     TSHandle& operator=(TSHandle&& inout_rhs) {
         if (m_ptr != inout_rhs.m_ptr) {
             TSHandle held(std::move(inout_rhs));
@@ -78,6 +82,7 @@ public:
         return *this;
     }
 
+    /// Whether there is no object.
     bool isNull() const noexcept { return m_ptr == nullptr; }
 
     /// Unchecked: the handle isn't null.

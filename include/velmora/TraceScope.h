@@ -12,6 +12,7 @@ namespace Velmora {
 /// its exit line, also when an exception leaves the function. The logger and the name outlive it.
 class VELMORA_EXPORT TraceScope {
 public:
+    /// Traces by the level of the logger.
     TraceScope(const Logger& in_logger, const char* in_szName)
         : m_logger(in_logger),
           m_szName(in_szName),
@@ -21,6 +22,7 @@ public:
         }
     }
 
+    /// Traces by the cached level, if there is one.
     TraceScope(const CachedLLLogger& in_logger, const char* in_szName)
         : m_logger(in_logger),
           m_szName(in_szName),

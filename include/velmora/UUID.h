@@ -17,6 +17,7 @@ public:
     /// The usual text of 36 characters, lower-case hexadecimal digits with hyphens.
     operator std::string() const;
 
+    /// Equal if all 128 bits are.
     friend bool operator==(const UUID& in_a, const UUID& in_b) noexcept {
         return in_a.m_bytes == in_b.m_bytes;
     }

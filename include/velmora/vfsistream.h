@@ -20,6 +20,7 @@ public:
     void attach(const TSHandle<VirtualFile>& in_pFile, std::basic_ios<Ch>& in_ios);
 
 protected:
+    /// Reads on in the file when the buffer is used up.
     typename std::basic_streambuf<Ch>::int_type underflow() override;
 
 private:
@@ -37,11 +38,14 @@ private:
 template <class Ch>
 class VELMORA_EXPORT basic_vfsistream : public std::basic_istream<Ch> { // NOLINT
 public:
+    /// Opens the file. A null file system opens nothing.
     basic_vfsistream(const TSHandle<VirtualFileSystem>& in_pFileSystem, const char* in_szPath);
     ~basic_vfsistream() override;
 
     /// The open file; null if it couldn't be opened.
     const TSHandle<VirtualFile>& getFile() const noexcept { return m_pFile; }
+
+    /// The file system that the stream was given.
     const TSHandle<VirtualFileSystem>& getFileSystem() const noexcept { return m_pFileSystem; }
 
 private:

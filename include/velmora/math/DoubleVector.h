@@ -26,6 +26,7 @@ namespace Velmora::Math {
 /// it was.
 class VELMORA_EXPORT DoubleVector {
 public:
+    /// What algorithms of the standard library ask of a container.
     using value_type = double;
     using iterator = double*;
     using const_iterator = const double*;
@@ -84,10 +85,12 @@ public:
     /// The stream's format has no influence.
     std::ostream& write(std::ostream& inout_stream) const;
 
+    /// The number of values, and how many there is room for without a new block.
     std::size_t size() const { return static_cast<std::size_t>(m_pEnd - m_pBegin); }
     std::size_t capacity() const { return static_cast<std::size_t>(m_pCapacityEnd - m_pBegin); }
     bool empty() const { return m_pBegin == m_pEnd; }
 
+    /// From the first value to the end behind the last; both null without a block.
     double* begin() { return m_pBegin; }
     double* end() { return m_pEnd; }
     const double* begin() const { return m_pBegin; }

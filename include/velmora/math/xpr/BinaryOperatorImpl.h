@@ -19,6 +19,8 @@ public:
     VELMORA_MEM_ACCOUNT_NO_SIZE("BinaryOperatorImpl")
 
     BinaryOperatorImplNoT();
+
+    /// Has both arguments, without values, under that name.
     explicit BinaryOperatorImplNoT(const char* in_szName);
     ~BinaryOperatorImplNoT() override;
 
@@ -71,8 +73,11 @@ template <class T>
 class BinaryOperatorImpl : public BinaryOperatorImplNoT {
 public:
     BinaryOperatorImpl() = default;
+
+    /// Under that name.
     explicit BinaryOperatorImpl(const char* in_szName) : BinaryOperatorImplNoT(in_szName) {}
 
+    /// A new `T`.
     Handle<BinaryOperatorImplNoT> createNew() const override {
         return Handle<BinaryOperatorImplNoT>(new T);
     }

@@ -22,6 +22,7 @@ public:
 
     std::ostream& write(std::ostream& out_Stream) const override;
 
+    /// The value; it never changes.
     virtual const DoubleVector& getValue() const = 0;
 
     /// A new node of the same concrete class, which the caller owns.

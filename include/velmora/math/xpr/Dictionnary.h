@@ -77,9 +77,14 @@ public:
     Handle<Function> findFunction(const char* in_szName) const;
     Handle<Variable> findVariable(const char* in_szName) const;
 
+    /// The entries in the order in which they were added.
     const_iterator begin() const;
     const_iterator end() const;
+
+    /// The number of entries.
     std::size_t size() const;
+
+    /// The name that the dictionary was given.
     const char* getName() const { return m_strName.c_str(); }
 
     /// Forgets all entries and releases their expressions.

@@ -23,6 +23,7 @@ public:
 
     std::ostream& write(std::ostream& out_Stream) const override;
 
+    /// The value of this moment.
     virtual const DoubleVector& getValue() const = 0;
 
     /// A new node of the same concrete class, which the caller owns.

@@ -10,6 +10,7 @@ namespace Velmora::Math::Xpr {
 /// used. It is read by evaluation, and by a name or a dump that somebody asks for; by nothing else.
 class VELMORA_EXPORT DomainValueNoCopyImpl : public virtual DomainValue, public DomainValueBase {
 public:
+    /// Points at that vector.
     explicit DomainValueNoCopyImpl(const DoubleVector& in_vValue);
 
     /// Invalidates what depends on the node, if the node is valid, and points at the new vector.

@@ -21,6 +21,8 @@ protected:
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
 
     using VariableImpl::fill;
+
+    /// Makes this variable a copy of another, which shares its domain value.
     void fill(const DomainVariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
 private:

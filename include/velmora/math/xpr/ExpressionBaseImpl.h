@@ -52,6 +52,7 @@ public:
     bool dump(const char* in_szFileName) const override;
     bool reset() override;
 
+    /// The name for people and dictionaries. Need not be unique.
     virtual const char* getName() const = 0;
 
     /// Makes the parents of this node point at another node. True unless the other node is this
@@ -73,15 +74,19 @@ public:
     const char* getSourceInfo() const { return m_strSourceInfo.c_str(); }
     void setSourceInfo(const char* in_szSourceInfo);
 
+    /// Whether the cached value is current.
     bool isValid() const { return *m_pValid != 0; }
 
     /// The node's name in Graphviz output; good until the next call.
     const char* getDotName() const;
 
+    /// The parents, one entry for each link, and the children, both in their order.
     const LimitedObjPtr<ExpressionBaseImpl>* getParentBegin() const { return m_Parents.data(); }
     const LimitedObjPtr<ExpressionBaseImpl>* getParentEnd() const {
         return m_Parents.data() + m_Parents.size();
     }
+
+    /// The children in their order.
     const Handle<ExpressionBaseImpl>* getChildBegin() const { return m_Childs.data(); }
     const Handle<ExpressionBaseImpl>* getChildEnd() const {
         return m_Childs.data() + m_Childs.size();
@@ -162,7 +167,10 @@ protected:
     /// Is the node among the transitive parents of this one? Never for a constant.
     bool isParent(const ExpressionBaseImpl& in_Expression) const;
 
+    /// Whether `seal` has been here.
     bool isSealed() const { return m_bSealed; }
+
+    /// As `invalidate`.
     void invalidate_i();
     void quickInvalidate() { invalidate(); }
 

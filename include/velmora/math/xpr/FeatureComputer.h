@@ -82,6 +82,7 @@ protected:
     /// Adds the script to the evaluator; links and reconfigures it if it is the computer's own.
     virtual bool setupEvaluator();
 
+    /// The evaluator in use, owned or shared; null before there is one.
     const LimitedObjPtr<Evaluator>& getEvaluator() const { return m_pEvaluator; }
 
     /// Back to a computer that was never set up, without names, when reading it has failed.

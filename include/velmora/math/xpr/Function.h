@@ -14,6 +14,7 @@ namespace Velmora::Math::Xpr {
 /// In C++ a literal 0 could be an index or a name: write `getArgument(std::size_t(0))`.
 class VELMORA_EXPORT Function : public virtual Expression {
 public:
+    /// The name under which scripts call it.
     virtual const char* getName() const = 0;
 
     /// By position, from 0. Null, with an ERROR line, beyond the last.

@@ -18,15 +18,19 @@ namespace Velmora::Math::Xpr {
 /// the node: one thread at a time.
 class VELMORA_EXPORT FunctionBaseImpl : public virtual Function, public ExpressionBaseImpl {
 public:
+    /// Arguments by name, with the number of the child; parameters by name.
     using ArgumentMap = HashMapVector<std::string, unsigned long>;
     using ParameterMap = HashMapVector<std::string, Handle<ParameterImpl>>;
     using ArgumentIterator = ArgumentMap::const_iterator;
     using ParameterIterator = ParameterMap::const_iterator;
 
     FunctionBaseImpl();
+
+    /// Without arguments and parameters, under that name.
     explicit FunctionBaseImpl(const char* in_szName);
     ~FunctionBaseImpl() override;
 
+    /// The name that it was given last.
     const char* getName() const override { return m_strName.c_str(); }
     void setName(const char* in_szName);
 
@@ -45,6 +49,7 @@ public:
     /// Adds a parameter without a value. False, with an ERROR line, for a name that exists.
     bool addParameter(const char* in_szParameterName);
 
+    /// The arguments, and the parameters, in the order in which they were added.
     ArgumentIterator getArgumentBegin() const { return m_Arguments.begin(); }
     ArgumentIterator getArgumentEnd() const { return m_Arguments.end(); }
     std::size_t getArgumentCount() const { return m_Arguments.size(); }
@@ -70,10 +75,13 @@ protected:
     virtual bool configure_i(const ROConfiguration& in_Configuration,
                              const TSHandle<VirtualFileSystem>& in_pFileSystem) = 0;
 
+    /// As above, with an argument or a parameter that was made before.
     bool addArgument(const char* in_szArgumentName, Handle<VariableImpl> in_pArgument);
     bool addParameter(const char* in_szParameterName, const Handle<ParameterImpl>& in_pParameter);
 
     using ExpressionBaseImpl::fill;
+
+    /// Makes this function a copy of another: name, arguments and parameters.
     void fill(const FunctionBaseImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
 private:

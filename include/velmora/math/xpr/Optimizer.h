@@ -26,6 +26,8 @@ public:
     VELMORA_MEM_ACCOUNT("Optimizer")
 
     Optimizer();
+
+    /// An optimizer has no state: a copy is a new one.
     Optimizer(const Optimizer& in_Other);
     Optimizer& operator=(const Optimizer&) = default;
     ~Optimizer() override;

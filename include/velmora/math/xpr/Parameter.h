@@ -11,6 +11,7 @@ namespace Velmora::Math::Xpr {
 /// A named setting of a function, read when the function is configured and not per frame.
 class VELMORA_EXPORT Parameter : public virtual Object, public OutputStreamable {
 public:
+    /// The name inside its function.
     virtual const char* getName() const = 0;
 
     /// Takes the value from another parameter from now on; a null handle ends that. The parameter

@@ -29,9 +29,11 @@ public:
     /// Unique among parameters; an expression may bear the same number.
     unsigned long getId() const { return m_id; }
 
+    /// The name that it was given last.
     const char* getName() const override { return m_strName.c_str(); }
     void setName(const char* in_szName);
 
+    /// Whether it has a value of its own, possibly hidden by a link.
     bool hasDirectValue() const { return !m_Value.isEmpty(); }
 
     bool setValue(const Handle<Parameter>& in_pParameter) override;
@@ -44,9 +46,12 @@ public:
     /// The function that is told when the value changes.
     bool setParentFunction(const LimitedObjPtr<FunctionBaseImpl>& in_pFunction);
 
+    /// The parameters that take their value from this one.
     std::list<LimitedObjPtr<ParameterImpl>>::const_iterator getParentBegin() const {
         return m_Parents.begin();
     }
+
+    /// The end behind the last of them.
     std::list<LimitedObjPtr<ParameterImpl>>::const_iterator getParentEnd() const {
         return m_Parents.end();
     }
@@ -61,12 +66,17 @@ public:
     /// if the other is this one.
     virtual bool replace(const Handle<ParameterImpl>& in_pNewParameter);
 
+    /// The parameter's name in Graphviz output; good until the next call.
     const char* getDotName() const;
     std::ostream& write(std::ostream& out_Stream) const override;
 
 protected:
+    /// Enters and takes out a parameter that takes its value from this one. False if it isn't
+    /// there.
     void addParent(const LimitedObjPtr<ParameterImpl>& in_pParent);
     bool removeParent(const LimitedObjPtr<ParameterImpl>& in_pParent);
+
+    /// Makes this parameter take its value from another one; a null handle ends that.
     bool setChild(const Handle<ParameterImpl>& in_pChild);
 
 private:

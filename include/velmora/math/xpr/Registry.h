@@ -80,6 +80,7 @@ public:
 protected:
     Registry();
 
+    /// What `registerFunction` and `registerVariable` share.
     bool registerExpression(const char* in_szName,
                             const Handle<ExpressionAllocator>& in_pAllocator);
 

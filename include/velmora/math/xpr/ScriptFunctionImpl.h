@@ -15,6 +15,7 @@ class VELMORA_EXPORT ScriptFunctionImpl : public FunctionBaseImpl {
 public:
     VELMORA_MEM_ACCOUNT_NO_SIZE("ScriptFunctionImpl")
 
+    /// Without a body, under that name.
     explicit ScriptFunctionImpl(const char* in_szName);
 
     /// Sets the body. False, with an ERROR line, for a null handle and for an expression that isn't

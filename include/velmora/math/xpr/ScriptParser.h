@@ -66,9 +66,11 @@ public:
     /// Whether a statement has failed.
     bool failed() const { return m_bFailed; }
 
+    /// The stem of the name that `initialize` was given.
     const char* getScriptName() const { return m_strScriptName.c_str(); }
 
 protected:
+    /// Copies a text with the directory of the script in the place of each "$FILE_DIR". True.
     bool replaceMacros(const std::string& in_strText, std::string& out_strText) const;
 
 private:

@@ -10,6 +10,7 @@ namespace Velmora::Math::Xpr {
 class VELMORA_EXPORT SignalFeatureFunctionAdaptorImpl : public virtual SignalFeature,
                                                         public SingleVariableFunctionImpl {
 public:
+    /// Scripts call it by that name.
     explicit SignalFeatureFunctionAdaptorImpl(const char* in_szFunctionName)
         : SingleVariableFunctionImpl(in_szFunctionName, "x") {}
 

@@ -12,6 +12,7 @@ namespace Velmora::Math::Xpr {
 template <class T>
 class VELMORA_EXPORT SignalFeatureToFunctionAdaptorBaseImpl : public SingleVariableFunctionImpl {
 public:
+    /// Scripts call it by that name.
     explicit SignalFeatureToFunctionAdaptorBaseImpl(const char* in_szFunctionName)
         : SingleVariableFunctionImpl(in_szFunctionName, "x"), m_pFeature(new T) {}
 

@@ -13,6 +13,7 @@ class VELMORA_EXPORT SignalFeatureToFunctionAdaptorImpl
       public NoParamFunctionImpl,
       public NoMemoryFunctionImpl {
 public:
+    /// Scripts call it by that name.
     explicit SignalFeatureToFunctionAdaptorImpl(const char* in_szFunctionName)
         : SignalFeatureToFunctionAdaptorBaseImpl<T>(in_szFunctionName) {}
 };

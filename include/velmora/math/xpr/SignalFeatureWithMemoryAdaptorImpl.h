@@ -11,6 +11,7 @@ class VELMORA_EXPORT SignalFeatureWithMemoryAdaptorImpl
     : public SignalFeatureToFunctionAdaptorBaseImpl<T>,
       public NoParamFunctionImpl {
 public:
+    /// Scripts call it by that name.
     explicit SignalFeatureWithMemoryAdaptorImpl(const char* in_szFunctionName)
         : SignalFeatureToFunctionAdaptorBaseImpl<T>(in_szFunctionName) {}
 

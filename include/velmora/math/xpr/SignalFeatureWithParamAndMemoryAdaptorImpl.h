@@ -10,6 +10,7 @@ template <class T>
 class VELMORA_EXPORT SignalFeatureWithParamAndMemoryAdaptorImpl
     : public SignalFeatureToFunctionAdaptorBaseImpl<T> {
 public:
+    /// Scripts call it by that name.
     explicit SignalFeatureWithParamAndMemoryAdaptorImpl(const char* in_szFunctionName)
         : SignalFeatureToFunctionAdaptorBaseImpl<T>(in_szFunctionName) {}
 

@@ -13,6 +13,7 @@ class VELMORA_EXPORT SignalFeatureWithSingleParamAdaptorImpl
       public SingleParameterFunctionImpl,
       public NoMemoryFunctionImpl {
 public:
+    /// Scripts call it by the first name; its parameter bears the second.
     SignalFeatureWithSingleParamAdaptorImpl(const char* in_szFunctionName,
                                             const char* in_szParameterName)
         : SignalFeatureToFunctionAdaptorBaseImpl<T>(in_szFunctionName),

@@ -15,6 +15,7 @@ public:
         out.push_back(m_strParameterName);
     }
 
+    /// The name of the parameter.
     const std::string& parameterName() const { return m_strParameterName; }
 
 private:

@@ -17,6 +17,7 @@ public:
         out.push_back(m_strArgumentName);
     }
 
+    /// The name of the argument.
     const std::string& argumentName() const { return m_strArgumentName; }
 
 protected:

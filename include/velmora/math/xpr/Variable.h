@@ -8,6 +8,7 @@ namespace Velmora::Math::Xpr {
 /// A named slot for an expression or for the host's vector of the frame.
 class VELMORA_EXPORT Variable : public virtual Expression {
 public:
+    /// The name for people and dictionaries.
     virtual const char* getName() const = 0;
 
     /// Binds the variable to an expression. False, and nothing changes, for a null handle and for

@@ -50,6 +50,8 @@ protected:
     virtual bool setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck);
 
     using ExpressionBaseImpl::fill;
+
+    /// Makes this variable a copy of another: name and value.
     void fill(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
     /// The value once more, when it is a domain value; null otherwise.

@@ -17,6 +17,8 @@ public:
     VELMORA_MEM_ACCOUNT_NO_SIZE("XaryFunctionNoT")
 
     XaryFunctionNoT();
+
+    /// Without arguments, under that name.
     explicit XaryFunctionNoT(const char* in_szName);
     ~XaryFunctionNoT() override;
 
@@ -50,8 +52,11 @@ template <class T>
 class XaryFunction : public XaryFunctionNoT {
 public:
     XaryFunction() = default;
+
+    /// Under that name.
     explicit XaryFunction(const char* in_szName) : XaryFunctionNoT(in_szName) {}
 
+    /// A new `T`.
     Handle<XaryFunctionNoT> createNew() const override { return Handle<XaryFunctionNoT>(new T); }
 };
 
