@@ -30,6 +30,7 @@ constexpr auto Times = [](double in_dA, double in_dB) { return in_dA * in_dB; };
 constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
 
 // One set of functions for a processor; the loops are the same in all.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define VELMORA_KERNELS(name, attribute)                                                           \
     attribute void add##name(const double* in_pA, const double* in_pB, double* out_pResult,        \
                              std::size_t in_uiCount) {                                             \
@@ -55,6 +56,8 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     }                                                                                              \
     constexpr Kernels name##Kernels{add##name,    subtract##name, multiply##name,                  \
                                     divide##name, sum##name,      sumOfSquares##name};
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 VELMORA_KERNELS(Baseline, )
 #if defined(__x86_64__)

@@ -18,6 +18,8 @@ namespace Velmora::Math {
 ///
 /// A copy carries the configuration. One thread at a time uses a correlator. The result has the
 /// same bits on every processor.
+// The copy that the compiler makes of the arrays has names of its own:
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 class VELMORA_EXPORT SinusCorrelator {
 public:
     /// The sample rate and the frequency, both in hertz. Returns false, and keeps the configuration

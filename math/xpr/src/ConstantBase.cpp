@@ -59,7 +59,7 @@ bool ConstantBase::isDependantOf_i(const Handle<ExpressionBaseImpl>&) const {
     return false;
 }
 
-bool ConstantBase::getSealedInputs(std::vector<ExpressionBaseImpl*>& ) const {
+bool ConstantBase::getSealedInputs(std::vector<ExpressionBaseImpl*>&) const {
     return true;
 }
 

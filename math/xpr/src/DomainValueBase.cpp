@@ -59,7 +59,7 @@ bool DomainValueBase::isDependantOf_i(const Handle<ExpressionBaseImpl>&) const {
     return false;
 }
 
-bool DomainValueBase::getSealedInputs(std::vector<ExpressionBaseImpl*>& ) const {
+bool DomainValueBase::getSealedInputs(std::vector<ExpressionBaseImpl*>&) const {
     return true;
 }
 

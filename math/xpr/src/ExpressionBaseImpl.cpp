@@ -369,8 +369,8 @@ unsigned long ExpressionBaseImpl::replaceChild(ExpressionBaseImpl& in_OldChild,
     }
     // The entry may hold the last handle, and the caller's reference is used to the end.
     const Handle<ExpressionBaseImpl> pOldChild(*iteFound);
-    const Handle<ExpressionBaseImpl> pNewChild(
-        in_pNewChild); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const Handle<ExpressionBaseImpl> pNewChild(in_pNewChild);
     noteChange();
     pOldChild->removeParent(this);
     pNewChild->addParent(this);
