@@ -23,9 +23,11 @@ constexpr std::size_t MOST_MESSAGES = 1000;
 std::vector<EngineMessage> g_vMessages;
 
 void collect(EngineMessage::Kind in_Kind, const std::string& in_strText) {
-    if (g_vMessages.size() < MOST_MESSAGES) {
-        g_vMessages.push_back({in_Kind, in_strText});
+    if (g_vMessages.size() == MOST_MESSAGES) {
+        // The last message tells how the matter ended.
+        g_vMessages.pop_back();
     }
+    g_vMessages.push_back({in_Kind, in_strText});
 }
 
 class Collector : public log4cplus::Appender {

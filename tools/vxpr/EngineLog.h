@@ -31,7 +31,8 @@ public:
     /// What has been collected since the last take().
     static const std::vector<EngineMessage>& peek();
 
-    /// Takes out what has been collected since the last call. Only the first thousand are kept.
+    /// Takes out what has been collected since the last call. Of more than a thousand the first
+    /// ones and the last are kept.
     static std::vector<EngineMessage> take();
 };
 

@@ -5,6 +5,7 @@
 #include "TextList.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace Vxpr {
 
@@ -54,8 +55,15 @@ void FeatureSelection::choose(const LinkedScript& in_Script, const std::string& 
 }
 
 std::vector<std::string> FeatureSelection::getColumnNames() const {
+    // The stem of a file may have anything in it, and the forms of tables have commas and quotes of
+    // their own.
+    std::string strScript = m_strScript;
+    std::replace_if(
+        strScript.begin(), strScript.end(),
+        [](unsigned char in_c) { return in_c >= 0x80 || (std::isalnum(in_c) == 0 && in_c != '.'); },
+        '_');
     std::vector<std::string> vNames = m_vNames;
-    std::replace(vNames.begin(), vNames.end(), std::string("time"), m_strScript + ".time");
+    std::replace(vNames.begin(), vNames.end(), std::string("time"), strScript + ".time");
     return vNames;
 }
 

@@ -19,7 +19,7 @@ public:
     const std::vector<std::string>& getNames() const { return m_vNames; }
 
     /// The names of the columns: as above, but one called `time` keeps the script's name, so that
-    /// it isn't taken for the first column.
+    /// it isn't taken for the first column. They are made of letters, digits, `_` and points.
     std::vector<std::string> getColumnNames() const;
 
 private:

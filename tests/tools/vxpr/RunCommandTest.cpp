@@ -37,6 +37,13 @@ TEST_F(RunCommandTest, AFeatureCalledTimeKeepsTheNameOfTheScript) {
     EXPECT_EQ(runOverTable("inputvar x\ntime = x\n", "7\n").m_strOutput, "time,s.time\n0,7\n");
 }
 
+TEST_F(RunCommandTest, ColumnsAreNamedByPlainWordsWhateverTheFileIsCalled) {
+    const ProcessResult result =
+        runVxpr({"run", m_Scratch.write("a,\"b.xpr", "inputvar x\ntime = x\n"), "--input",
+                 "x=" + m_Scratch.write("x.csv", "7\n")});
+    EXPECT_EQ(result.m_strOutput, "time,a__b.time\n0,7\n");
+}
+
 TEST_F(RunCommandTest, AnUnknownFeatureIsNamedWithWhatThereIs) {
     const ProcessResult result =
         runOverTable("inputvar x\nlevel = x\npeak = x\n", "1\n", {"levle"});
