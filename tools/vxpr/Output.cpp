@@ -61,7 +61,7 @@ Output::Output(const std::string& in_strPath)
         }
         return;
     }
-    if (bExists && access(in_strPath.c_str(), W_OK) != 0) {
+    if (bExists && faccessat(AT_FDCWD, in_strPath.c_str(), W_OK, AT_EACCESS) != 0) {
         throw failToOpen(in_strPath, errno);
     }
     openBeside(bExists ? resolveLinks(in_strPath) : in_strPath,

@@ -117,12 +117,24 @@ TEST(OutputTest, WhereNothingCanBeWrittenIsRefusedAtOnce) {
     const ScratchDirectory scratch;
     EXPECT_THAT(failToOpen(scratch.getPath()), HasSubstr("is a directory"));
     EXPECT_THAT(failToOpen(scratch.getPath("missing/table.csv")), HasSubstr("No such file"));
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "nothing is forbidden to the superuser";
-    }
+}
+
+TEST(OutputTest, WhereWritingIsForbiddenIsRefusedAtOnce) {
+    const ScratchDirectory scratch;
+    chmod(scratch.getPath().c_str(), 0755);
     scratch.write("locked/x", "");
     chmod(scratch.getPath("locked").c_str(), 0555);
-    EXPECT_THAT(failToOpen(scratch.getPath("locked/table.csv")), HasSubstr("Permission denied"));
+    scratch.write("open/table.csv", "old");
+    chmod(scratch.getPath("open").c_str(), 0777);
+    chmod(scratch.getPath("open/table.csv").c_str(), 0444);
+    {
+        const TestSupport::Unprivileged unprivileged;
+        EXPECT_THAT(failToOpen(scratch.getPath("locked/table.csv")),
+                    HasSubstr("Permission denied"));
+        // A file that its owner has locked isn't replaced, although its directory would allow it.
+        EXPECT_THAT(failToOpen(scratch.getPath("open/table.csv")), HasSubstr("Permission denied"));
+    }
+    EXPECT_EQ(readFile(scratch.getPath("open/table.csv")), "old");
     chmod(scratch.getPath("locked").c_str(), 0755);
 }
 

@@ -40,15 +40,6 @@ TEST_F(RunBadInputTest, AScriptThatIsMissing) {
                 "check the path, with its ending .xpr");
 }
 
-TEST_F(RunBadInputTest, AScriptThatCantBeRead) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "everything can be read by the superuser";
-    }
-    const std::string strScript = writeGoodScript();
-    chmod(strScript.c_str(), 0);
-    expectFault(strScript, writeRamp(320), "the right to read it");
-}
-
 TEST_F(RunBadInputTest, AnEmptyScript) {
     expectFault(writeScript(""), writeRamp(320), "defines nothing that has a value of its own");
     expectFault(writeScript("// nothing\n\n"), writeRamp(320), "write a definition such as");

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace Vxpr::TestSupport {
 
@@ -36,6 +37,19 @@ std::vector<std::string> ScratchDirectory::list() const {
     }
     std::sort(vNames.begin(), vNames.end());
     return vNames;
+}
+
+Unprivileged::Unprivileged() : m_bSuperuser(geteuid() == 0) {
+    constexpr uid_t NOBODY = 65534;
+    if (m_bSuperuser && seteuid(NOBODY) != 0) {
+        throw std::runtime_error("can't act as nobody");
+    }
+}
+
+Unprivileged::~Unprivileged() {
+    if (m_bSuperuser && seteuid(0) != 0) {
+        std::abort();
+    }
 }
 
 std::string readFile(const std::string& in_strPath) {

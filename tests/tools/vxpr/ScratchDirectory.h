@@ -30,6 +30,19 @@ private:
     std::string m_strPath;
 };
 
+/// While it lives, nothing is allowed that is forbidden by the permissions of files: the superuser,
+/// to whom nothing is forbidden, acts as nobody.
+class Unprivileged {
+public:
+    Unprivileged();
+    ~Unprivileged();
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+
+private:
+    bool m_bSuperuser;
+};
+
 /// The contents of a file; empty if it can't be read.
 std::string readFile(const std::string& in_strPath);
 

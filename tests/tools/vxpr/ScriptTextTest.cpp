@@ -1,6 +1,11 @@
 #include "tools/vxpr/ScriptText.h"
 
+#include "ScratchDirectory.h"
+#include "tools/vxpr/Failure.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace Vxpr {
 
@@ -47,6 +52,22 @@ TEST(ScriptTextTest, BlankedTextKeepsItsLinesAndColumns) {
     const ScriptText script = make("a\n\tb = 1\nc").blankOut(2, 8);
     EXPECT_EQ(script.getText(), "a\n\t     \nc");
     EXPECT_EQ(script.getName(), "s");
+}
+
+TEST(ScriptTextTest, AScriptThatNobodyMayReadIsRefusedWithAdvice) {
+    const TestSupport::ScratchDirectory scratch;
+    chmod(scratch.getPath().c_str(), 0755);
+    const std::string strPath = scratch.write("s.xpr", "a = 1\n");
+    chmod(strPath.c_str(), 0);
+    const TestSupport::Unprivileged unprivileged;
+    try {
+        ScriptText::read(strPath);
+        ADD_FAILURE();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.getStatus(), ExitStatus::DataAtFault);
+        EXPECT_THAT(failure.what(), testing::HasSubstr("Permission denied; give the file's readers "
+                                                       "the right to read it"));
+    }
 }
 
 } // namespace Vxpr
