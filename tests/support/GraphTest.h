@@ -27,6 +27,14 @@ inline const char* const DomainValueLogger = "quillmark.math.xpr.DomainValueImpl
 inline const char* const CopierLogger = "quillmark.ExpressionImplCopier";
 inline const char* const OperatorLogger = "quillmark.math.xpr.Operator";
 
+/// Nodes of a chain that no recursion without care would survive.
+#if defined(__SANITIZE_THREAD__)
+// The thread sanitizer follows 65,536 calls, and there is but one thread.
+inline constexpr int LongChain = 5000;
+#else
+inline constexpr int LongChain = 200000;
+#endif
+
 /// The form in which the tests compare log lines.
 inline std::string logged(const std::string& in_strLogger, const std::string& in_strMessage) {
     return in_strLogger + ": " + in_strMessage;

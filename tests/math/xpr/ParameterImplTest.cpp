@@ -418,10 +418,9 @@ TEST_F(ParameterImplTest, ParameterHeldByItsParentsAloneLivesUntilReplaceIsDone)
 }
 
 TEST_F(ParameterImplTest, LongChainIsReadCopiedAndDestroyedWithoutADeepStack) {
-    constexpr int Length = 200000;
     Handle<OpenParameter> pTop = parameter();
     set(*pTop, ParameterValue(7));
-    for (int i = 1; i < Length; ++i) {
+    for (int i = 1; i < LongChain; ++i) {
         const auto pNext = parameter();
         pNext->setChild(Handle<ParameterImpl>(pTop));
         pTop = pNext;
