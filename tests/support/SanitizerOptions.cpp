@@ -1,4 +1,6 @@
-// What the address sanitizer is told about the libraries beneath ours.
+// What the sanitizers are told about all tests.
+
+// Both stop at an allocation that can't succeed unless they are told to let it fail.
 
 #if defined(__SANITIZE_ADDRESS__)
 
@@ -6,7 +8,13 @@
 // tag. The comparison ends at the first difference, at the latest at the end of the name; the
 // strict check looks at the whole length.
 extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier)
-    return "strict_memcmp=0";
+    return "allocator_may_return_null=1:strict_memcmp=0";
+}
+
+#elif defined(__SANITIZE_THREAD__)
+
+extern "C" const char* __tsan_default_options() { // NOLINT(bugprone-reserved-identifier)
+    return "allocator_may_return_null=1";
 }
 
 #endif

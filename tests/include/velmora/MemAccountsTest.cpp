@@ -12,14 +12,6 @@
 #include <thread>
 #include <vector>
 
-// The sanitizers stop at an allocation that can't succeed unless they are told to let it fail.
-extern "C" const char* __asan_default_options() { // NOLINT
-    return "allocator_may_return_null=1";
-}
-extern "C" const char* __tsan_default_options() { // NOLINT
-    return "allocator_may_return_null=1";
-}
-
 namespace Velmora {
 namespace {
 
