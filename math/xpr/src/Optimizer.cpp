@@ -37,9 +37,14 @@ bool open(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressio
 
 /// The instances of a list by key, the groups in the order of their first instance.
 std::vector<Instances> groupByKey(InstanceList& inout_Instances) {
+    // Comparing two instances builds their keys, which their readers see in the log.
+    const bool bWithText = areKeysLogged() && inout_Instances.size() > 1;
     std::vector<Instances> vGroups;
     std::unordered_map<OptimizerKeyTable::Number, std::size_t> mapGroups;
     for (auto ite = inout_Instances.begin(); ite != inout_Instances.end(); ++ite) {
+        if (bWithText) {
+            (*ite)->key();
+        }
         const auto inserted = mapGroups.emplace((*ite)->getKeyNumber(), vGroups.size());
         if (inserted.second) {
             vGroups.emplace_back();

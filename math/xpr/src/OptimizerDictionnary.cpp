@@ -6,6 +6,8 @@
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
+#include "GraphWalk.h"
+
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Optimizer.Dictionnary");
@@ -49,13 +51,13 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
         }
     }
     m_bOneVisitEach = !GraphWalk::isShort(vRootNodes);
-    GraphWalk keyWalk;
+    std::unordered_set<const ExpressionBaseImpl*> keyed;
     for (const auto& pRoot : vRoots) {
         if (!insertExpression(pRoot)) {
             VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
             return false;
         }
-        fixKeys(*pRoot, keyWalk);
+        fixKeys(*pRoot, keyed);
     }
     VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
                                         << m_mapFunctions.size() << " function(s)\n"
@@ -75,7 +77,7 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
             continue;
         }
         if (!insertNode(pExpression)) {
-            if (!vPending.empty()) {
+            if (pExpression != in_pExpression) {
                 VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr) )");
             }
             return false;
@@ -118,15 +120,33 @@ bool OptimizerDictionnary::insertFunctionInstance(
     return true;
 }
 
-void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, GraphWalk& inout_Walk) {
+void OptimizerDictionnary::fixKeys(const ExpressionBaseImpl& in_Root,
+                                   std::unordered_set<const ExpressionBaseImpl*>& inout_Keyed) {
+    struct Place {
+        const ExpressionBaseImpl* m_pNode;
+        const Handle<ExpressionBaseImpl>* m_pNextChild;
+    };
+    // A key is made of those below it, which are logged ahead of it, the first child first.
     const bool bWithText = areKeysLogged();
-    const GraphWalk::Nodes vNodes = inout_Walk.collect(in_Root);
-    for (auto ite = vNodes.rbegin(); ite != vNodes.rend(); ++ite) {
-        const CountedObjPtr<OptimizerExpressionData>& pData = m_ExpressionMap.get(**ite);
+    std::vector<Place> vPath;
+    const auto enter = [&](const ExpressionBaseImpl& in_Node) {
+        if (inout_Keyed.insert(&in_Node).second) {
+            vPath.push_back({&in_Node, in_Node.getChildBegin()});
+        }
+    };
+    enter(in_Root);
+    while (!vPath.empty()) {
+        Place& place = vPath.back();
+        if (place.m_pNextChild != place.m_pNode->getChildEnd()) {
+            enter(**place.m_pNextChild++);
+            continue;
+        }
+        const CountedObjPtr<OptimizerExpressionData>& pData = m_ExpressionMap.get(*place.m_pNode);
         pData->getKeyNumber();
         if (bWithText) {
             pData->key();
         }
+        vPath.pop_back();
     }
 }
 

@@ -4,13 +4,13 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <velmora/CountedObjPtr.h>
 #include <velmora/MemAccounting.h>
 #include <velmora/math/xpr/Dictionnary.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 
-#include "GraphWalk.h"
 #include "OptimizerExpressionDataImpl.h"
 
 namespace Velmora::Math::Xpr {
@@ -28,6 +28,14 @@ public:
 
     using FunctionInstanceList = std::list<CountedObjPtr<OptimizerExpressionData>>;
     using FunctionMap = std::unordered_map<std::string, CountedObjPtr<FunctionInstanceList>>;
+
+    /// The data by identifier.
+    class ExpressionMap : public std::map<unsigned long, CountedObjPtr<OptimizerExpressionData>>,
+                          public virtual OptimizerExpressionDataContainer,
+                          public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
+    public:
+        CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) override;
+    };
 
     OptimizerDictionnary();
     virtual ~OptimizerDictionnary();
@@ -52,18 +60,12 @@ public:
     std::string dump() const;
 
 private:
-    class ExpressionMap : public std::map<unsigned long, CountedObjPtr<OptimizerExpressionData>>,
-                          public virtual OptimizerExpressionDataContainer,
-                          public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
-    public:
-        CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) override;
-    };
-
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
     bool insertFunctionInstance(const Handle<FunctionBaseImpl>& in_pFunction,
                                 const CountedObjPtr<OptimizerExpressionData>& in_pData);
-    void fixKeys(ExpressionBaseImpl& in_Root, GraphWalk& inout_Walk);
+    void fixKeys(const ExpressionBaseImpl& in_Root,
+                 std::unordered_set<const ExpressionBaseImpl*>& inout_Keyed);
 
     FunctionMap m_mapFunctions;
     ExpressionMap m_ExpressionMap;

@@ -64,13 +64,13 @@ bool OptimizerExpressionDataImpl::operator!=(const OptimizerExpressionData& in_O
 
 unsigned long OptimizerExpressionDataImpl::getComplexity() const {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerExpressionDataImpl::getComplexity");
-    return m_pSpecializer->getComplexity();
+    return m_pSpecializer.isNull() ? 0 : m_pSpecializer->getComplexity();
 }
 
 const std::string& OptimizerExpressionDataImpl::key() const {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerExpressionDataImpl::key");
     if (!m_bKeySet) {
-        m_strKey = m_pSpecializer->key();
+        m_strKey = m_pSpecializer.isNull() ? getKeys().text(getKeyNumber()) : m_pSpecializer->key();
         m_bKeySet = true;
     }
     return m_strKey;
@@ -118,10 +118,17 @@ OptimizerKeyTable::Number OptimizerExpressionDataImpl::getKeyNumber() const {
     if (!m_KeyNumber.isValid()) {
         // Another visit of the same expression may have made the key before.
         const CountedObjPtr<OptimizerExpressionData>& pFirst = m_Container.get(*m_pExpression);
-        m_KeyNumber = pFirst.isNull() || &*pFirst == this ? m_pSpecializer->makeKeyNumber()
-                                                          : pFirst->getKeyNumber();
+        m_KeyNumber =
+            pFirst.isNull() || &*pFirst == this ? makeKeyNumber() : pFirst->getKeyNumber();
     }
     return m_KeyNumber;
+}
+
+OptimizerKeyTable::Number OptimizerExpressionDataImpl::makeKeyNumber() const {
+    // Of an unknown kind nothing can be said but that it is equal to itself.
+    return m_pSpecializer.isNull()
+               ? getKeys().insert("#" + std::to_string(m_pExpression->getId()), {})
+               : m_pSpecializer->makeKeyNumber();
 }
 
 OptimizerKeyTable::Number

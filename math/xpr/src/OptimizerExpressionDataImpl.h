@@ -43,6 +43,8 @@ public:
     OptimizerKeyTable::Number getKeyNumberOf(const ExpressionBaseImpl& in_Expression) const;
 
 private:
+    OptimizerKeyTable::Number makeKeyNumber() const;
+
     OptimizerExpressionDataContainer& m_Container;
     Handle<ExpressionBaseImpl> m_pExpression;
     CountedObjPtr<OptimizerExpressionDataSpecializer> m_pSpecializer;
