@@ -359,26 +359,24 @@ TEST_F(OptimizerDictionnaryTest, UpToTheLimitOfVisitsThereIsAnEntryForEach) {
         ++mapCounts[ulId];
     }
     for (std::size_t uiLevel = 1; uiLevel <= 13; ++uiLevel) {
-        const auto pSum = limit.m_vDoubled[uiLevel]->getValue();
-        EXPECT_EQ(mapCounts[pSum->getId()], VisitLimit::visitsOfSum(uiLevel)) << uiLevel;
+        EXPECT_EQ(mapCounts[limit.sum(uiLevel)->getId()], VisitLimit::visitsOfSum(uiLevel));
     }
-    // A variable, a sum and two arguments a level, the variable below all, and four others.
-    EXPECT_EQ(debugLines(log).back(), addedText(1, 13 * 4 + 1 + 4));
+    EXPECT_EQ(debugLines(log).back(), addedText(1, VisitLimit::Expressions));
 }
 
 TEST_F(OptimizerDictionnaryTest, BeyondTheLimitOfVisitsThereIsAnEntryForEachExpression) {
     VisitLimit limit;
-    limit.exceed();
+    limit.addVisit("one more");
     OptimizerDictionnary index;
     LogCapture log(OptimizerDictionnaryLogger);
     ASSERT_TRUE(index.initialize(limit.m_Dictionnary));
     EXPECT_TRUE(index.hasOneVisitEach());
     Ids vExpected;
     for (std::size_t uiLevel = 13; uiLevel != 0; --uiLevel) {
-        vExpected.push_back(limit.m_vDoubled[uiLevel]->getValue()->getId());
+        vExpected.push_back(limit.sum(uiLevel)->getId());
     }
     EXPECT_EQ(listIds(index)["add"], vExpected);
-    EXPECT_EQ(debugLines(log).back(), addedText(1, 13 * 4 + 1 + 5));
+    EXPECT_EQ(debugLines(log).back(), addedText(1, VisitLimit::Expressions + 1));
 }
 
 TEST_F(OptimizerDictionnaryTest, DumpOfGreatKeysEnds) {

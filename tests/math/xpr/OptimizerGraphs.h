@@ -132,25 +132,37 @@ inline Handle<VariableImpl> doubled(const Handle<VariableImpl>& in_pLeaf, int in
 }
 
 /// Entries over one doubling whose walks along every path take exactly
-/// `ExpressionBaseImpl::MaxVisitsPerWalk` visits: of a variable behind n levels, 5 * 2^n - 4.
+/// `ExpressionBaseImpl::MaxVisitsPerWalk` visits: of a variable behind n levels, 6 * 2^n - 4.
 struct VisitLimit {
     VisitLimit() {
         m_vDoubled.push_back(variable("x0"));
+        set(m_vInput);
         for (int i = 1; i <= 13; ++i) {
+            const Node pBelow(m_vDoubled.back());
             m_vDoubled.push_back(
-                variable(("x" + std::to_string(i)).c_str(),
-                         Node(binary(Node(m_vDoubled.back()), Node(m_vDoubled.back())))));
+                variable(("x" + std::to_string(i)).c_str(), Node(binary(pBelow, pBelow))));
         }
         for (const std::size_t uiLevels : Levels) {
             m_Dictionnary.add(Handle<Expression>(m_vDoubled[uiLevels]), false);
         }
-        for (const char* szName : {"v", "w", "x", "y"}) {
-            m_Dictionnary.add(Handle<Expression>(variable(szName)), false);
+        for (int i = 0; i != 12; ++i) {
+            addVisit(("single" + std::to_string(i)).c_str());
         }
     }
 
-    /// One visit more.
-    void exceed() { m_Dictionnary.add(Handle<Expression>(variable("z")), false); }
+    /// An entry that takes one visit.
+    void addVisit(const char* in_szName) {
+        m_Dictionnary.add(Handle<Expression>(variable(in_szName)), false);
+    }
+
+    void set(const Math::DoubleVector& in_vValue) {
+        Math::Xpr::Variable& interface = *m_vDoubled.front();
+        interface.setValue(in_vValue);
+    }
+
+    Handle<FunctionBaseImpl> sum(std::size_t in_uiLevel) const {
+        return Handle<FunctionBaseImpl>(m_vDoubled[in_uiLevel]->getValue());
+    }
 
     /// The visits of the sum of that level: entries of more levels lead to it along more paths.
     static std::size_t visitsOfSum(std::size_t in_uiLevel) {
@@ -161,8 +173,10 @@ struct VisitLimit {
         return uiVisits;
     }
 
-    static constexpr std::size_t Levels[] = {13, 12, 9, 8, 5, 4, 3};
+    static constexpr std::size_t Levels[] = {13, 11, 9, 7, 5, 3, 2, 1};
+    static constexpr std::size_t Expressions = 13 * 4 + 2 + 12;
 
+    Math::DoubleVector m_vInput{3.0};
     std::vector<Handle<VariableImpl>> m_vDoubled;
     Math::Xpr::Dictionnary m_Dictionnary{"limit"};
 };
