@@ -108,7 +108,7 @@ void addTarget(const std::string& in_strWhat, std::size_t in_uiSize, const Race:
 
 } // namespace
 
-void measureElements(Report& inout_Report) {
+void measureElements(Report& inout_Report, Effort /*in_eEffort*/) {
     for (const Ending eEnding : {Ending::Divide, Ending::Multiply}) {
         for (const std::size_t uiSize : FRAME_SIZES) {
             const std::string strWhat = std::string(eEnding == Ending::Divide ? "W1" : "W1m") +

@@ -27,9 +27,9 @@ const char* judge(double in_dMeasured, const Target& in_Target) {
                                                                              : "**missed**";
 }
 
-/// The first two lines of a table with a column for each runner.
-std::string toHead(const Race::Times& in_Times) {
-    std::string strNames = "| ns a frame |";
+/// The first two lines of a table with a column for each entry.
+std::string toHead(const Race::Times& in_Times, const std::string& in_strUnit) {
+    std::string strNames = "| " + in_strUnit + " |";
     std::string strRule = "|---|";
     for (const Race::Times::Entry& entry : in_Times) {
         strNames += " " + entry.m_strRunner + " |";
@@ -46,8 +46,9 @@ void Report::addTarget(const std::string& in_strWhat, const std::string& in_strU
     m_vTargets.push_back({in_strWhat, in_strUnit, in_dMeasured, in_Target, in_strRule});
 }
 
-void Report::addTimes(const std::string& in_strWhat, const Race::Times& in_Times) {
-    m_vTimes.push_back({in_strWhat, in_Times});
+void Report::addTimes(const std::string& in_strWhat, const Race::Times& in_Times,
+                      const std::string& in_strUnit) {
+    m_vTimes.push_back({in_strWhat, in_Times, in_strUnit});
 }
 
 void Report::write(std::ostream& inout_Stream) const {
@@ -71,7 +72,7 @@ void Report::writeTargets(std::ostream& inout_Stream) const {
 void Report::writeTimes(std::ostream& inout_Stream) const {
     std::string strHead;
     for (const TimesRow& row : m_vTimes) {
-        const std::string strRowHead = toHead(row.m_Times);
+        const std::string strRowHead = toHead(row.m_Times, row.m_strUnit);
         if (strRowHead != strHead) {
             strHead = strRowHead;
             inout_Stream << '\n' << strHead;

@@ -23,9 +23,9 @@ public:
     void addTarget(const std::string& in_strWhat, const std::string& in_strUnit,
                    double in_dMeasured, const Target& in_Target, const std::string& in_strRule);
 
-    /// The times of a race, one row. Rows with the same runners that follow each other share a
-    /// table.
-    void addTimes(const std::string& in_strWhat, const Race::Times& in_Times);
+    /// Times, one row. Rows with the same columns that follow each other share a table.
+    void addTimes(const std::string& in_strWhat, const Race::Times& in_Times,
+                  const std::string& in_strUnit = "ns a frame");
 
     /// The targets, then the times.
     void write(std::ostream& inout_Stream) const;
@@ -41,6 +41,7 @@ private:
     struct TimesRow {
         std::string m_strWhat;
         Race::Times m_Times;
+        std::string m_strUnit;
     };
 
     void writeTargets(std::ostream& inout_Stream) const;

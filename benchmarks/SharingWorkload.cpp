@@ -104,7 +104,7 @@ private:
 
 } // namespace
 
-void measureSharing(Report& inout_Report) {
+void measureSharing(Report& inout_Report, Effort /*in_eEffort*/) {
     for (const std::size_t uiSize : FRAME_SIZES) {
         const std::string strWhat = "W3, N = " + std::to_string(uiSize);
         Sharing sharing(uiSize);

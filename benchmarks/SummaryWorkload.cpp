@@ -63,7 +63,7 @@ private:
 
 } // namespace
 
-void measureSummary(Report& inout_Report) {
+void measureSummary(Report& inout_Report, Effort /*in_eEffort*/) {
     for (const std::size_t uiSize : FRAME_SIZES) {
         const std::string strWhat = "W2, N = " + std::to_string(uiSize);
         Summaries summaries(uiSize);

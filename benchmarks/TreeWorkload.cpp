@@ -100,7 +100,7 @@ std::string toReach(const RandomTree& in_Tree) {
 
 } // namespace
 
-void measureTrees(Report& inout_Report) {
+void measureTrees(Report& inout_Report, Effort /*in_eEffort*/) {
     const RandomTree tree(1, 1.0 / RandomTree::INPUTS);
     const Race::Times times = measure(tree);
     inout_Report.addTimes("W4, W4b", times);
