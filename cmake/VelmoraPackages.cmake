@@ -36,6 +36,7 @@ CMake and pkg-config.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME vxpr)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION sound)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "graphviz")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION "The command-line tool vxpr evaluates a script over a recording and writes a table of
 the features, checks scripts, and lists the functions that they can call.")
 

@@ -7,6 +7,7 @@
 #include <velmora/math/xpr/Registry.h>
 
 #include <algorithm>
+#include <array>
 
 namespace Vxpr {
 
@@ -68,6 +69,13 @@ std::optional<Builtin> Builtins::find(const std::string& in_strName) {
         return std::nullopt;
     }
     return describe(in_strName);
+}
+
+bool Builtins::hasMemory(const std::string& in_strName) {
+    // The engine doesn't tell.
+    constexpr std::array WITH_MEMORY{"delta",    "slidingWindow", "tappedDelay",
+                                     "debounce", "debounceOnOff", "vad"};
+    return std::find(WITH_MEMORY.begin(), WITH_MEMORY.end(), in_strName) != WITH_MEMORY.end();
 }
 
 } // namespace Vxpr

@@ -24,6 +24,9 @@ public:
     static std::vector<std::string> getNames();
     static std::vector<Builtin> getAll();
     static std::optional<Builtin> find(const std::string& in_strName);
+
+    /// Whether the built-in function of that name keeps something from frame to frame.
+    static bool hasMemory(const std::string& in_strName);
 };
 
 } // namespace Vxpr

@@ -9,6 +9,19 @@
 
 namespace Vxpr {
 
+const Definition& findDefinition(const LinkedScript& in_Script, const std::string& in_strAsked) {
+    const std::string strName = unqualify(in_strAsked, in_Script.getName());
+    const Definition* pDefinition = in_Script.getInventory().find(strName);
+    if (pDefinition == nullptr) {
+        const std::vector<std::string> vNames = in_Script.getInventory().getNames();
+        throw Failure::ofCommandLine(
+            "the script `" + in_Script.getName() + "` doesn't define `" + strName + "`" +
+            (vNames.empty() ? ", nor anything else" : "; it defines " + join(vNames, ", ")) +
+            suggestInWords(strName, vNames));
+    }
+    return *pDefinition;
+}
+
 FeatureSelection::FeatureSelection(const LinkedScript& in_Script,
                                    const std::vector<std::string>& in_vAsked)
     : m_strScript(in_Script.getName()) {
@@ -31,22 +44,15 @@ FeatureSelection::FeatureSelection(const LinkedScript& in_Script,
 }
 
 void FeatureSelection::choose(const LinkedScript& in_Script, const std::string& in_strAsked) {
-    const std::string strName = unqualify(in_strAsked, m_strScript);
-    const Definition* pDefinition = in_Script.getInventory().find(strName);
-    if (pDefinition == nullptr) {
-        const std::vector<std::string> vNames = in_Script.getInventory().getNames();
-        throw Failure::ofCommandLine(
-            "the script `" + m_strScript + "` doesn't define `" + strName + "`" +
-            (vNames.empty() ? ", nor anything else" : "; it defines " + join(vNames, ", ")) +
-            suggestInWords(strName, vNames));
-    }
-    if (!pDefinition->hasValue()) {
-        const bool bArguments = !pDefinition->m_vArguments.empty();
+    const Definition& definition = findDefinition(in_Script, in_strAsked);
+    const std::string& strName = definition.m_strName;
+    if (!definition.hasValue()) {
+        const bool bArguments = !definition.m_vArguments.empty();
         throw Failure::ofCommandLine(
             "`" + strName + "` is a function of " +
-            join(bArguments ? pDefinition->m_vArguments : pDefinition->m_vParameters, ", ") +
+            join(bArguments ? definition.m_vArguments : definition.m_vParameters, ", ") +
             " and has no value of its own; define one in the script, such as my_" + strName +
-            " = " + strName + (pDefinition->m_vParameters.empty() ? "" : "<...>") +
+            " = " + strName + (definition.m_vParameters.empty() ? "" : "<...>") +
             (bArguments ? "(...)" : "()"));
     }
     if (std::find(m_vNames.begin(), m_vNames.end(), strName) == m_vNames.end()) {

@@ -7,6 +7,10 @@
 
 namespace Vxpr {
 
+/// The definition of that name, bare or qualified by the script's. Throws a Failure that says what
+/// there is if it doesn't exist.
+const Definition& findDefinition(const LinkedScript& in_Script, const std::string& in_strAsked);
+
 /// The definitions that a run evaluates.
 class FeatureSelection {
 public:

@@ -83,9 +83,9 @@ bool LinkedScript::load() {
     scope.m_strSearched = join(vSearched, ", ");
     const ScriptText readable = dropRepeated(parse(script, scope));
     scope.m_vDefined = m_pInventory->getDefinitions();
-    const bool bLinked = link(readable, scope);
+    const bool bDone = !m_Options.m_bLink || link(readable, scope);
     printInOrder();
-    return bLinked && !m_Printer.hasErrors();
+    return bDone && !m_Printer.hasErrors();
 }
 
 /// By lines, the script in hand ahead of those that it uses.

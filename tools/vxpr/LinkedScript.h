@@ -25,6 +25,7 @@ public:
         std::string m_strPath;                   ///< "-" is the standard input
         std::vector<std::string> m_vDirectories; ///< searched for other scripts behind its own
         bool m_bOptimize = true;
+        bool m_bLink = true; ///< otherwise load() stops behind parsing, and find() finds nothing
     };
 
     /// The library and the printer serve this script alone, and outlive it.

@@ -40,6 +40,13 @@ Failure failToOpen(const std::string& in_strPath, int in_iError) {
 
 } // namespace
 
+bool isSameFile(const std::string& in_strLeft, const std::string& in_strRight) {
+    struct stat left {};
+    struct stat right {};
+    return stat(in_strLeft.c_str(), &left) == 0 && stat(in_strRight.c_str(), &right) == 0 &&
+           S_ISREG(left.st_mode) && left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
 Output::Output(const std::string& in_strPath)
     : m_strPath(in_strPath), m_strBuffer(BUFFER_SIZE, '\0') {
     if (in_strPath == "-") {

@@ -7,6 +7,9 @@
 
 namespace Vxpr {
 
+/// Whether both paths lead to one regular file: what is read must not be overwritten.
+bool isSameFile(const std::string& in_strLeft, const std::string& in_strRight);
+
 /// Where results go: the standard output, a file, or a device that stands under the file's name.
 ///
 /// A file appears under its name only with commit(): until then it is written beside it under a

@@ -10,7 +10,6 @@
 #include "TableFrames.h"
 #include "TextList.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Vxpr {
@@ -22,13 +21,6 @@ std::unique_ptr<FrameSource> openFrames(const Run::Options& in_Options) {
         return std::make_unique<RecordingFrames>(*in_Options.m_Recording);
     }
     return std::make_unique<TableFrames>(in_Options.m_dTableHop);
-}
-
-bool isSameFile(const std::string& in_strLeft, const std::string& in_strRight) {
-    struct stat left {};
-    struct stat right {};
-    return stat(in_strLeft.c_str(), &left) == 0 && stat(in_strRight.c_str(), &right) == 0 &&
-           S_ISREG(left.st_mode) && left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
 } // namespace

@@ -1,14 +1,13 @@
 #include "ScriptInventory.h"
 
+#include "ParsedScript.h"
 #include "StatementScanner.h"
 
 #include <velmora/math/xpr/DomainVariableImpl.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
-#include <velmora/math/xpr/ScriptParser.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include <algorithm>
-#include <sstream>
 
 namespace Vxpr {
 
@@ -18,7 +17,6 @@ using Velmora::Handle;
 using Velmora::Math::Xpr::DomainVariableImpl;
 using Velmora::Math::Xpr::ExpressionBaseImpl;
 using Velmora::Math::Xpr::FunctionBaseImpl;
-using Velmora::Math::Xpr::ScriptParser;
 
 Definition describe(const ScriptText& in_Script, const Handle<ExpressionBaseImpl>& in_pExpression) {
     Definition definition;
@@ -49,17 +47,8 @@ Definition describe(const ScriptText& in_Script, const Handle<ExpressionBaseImpl
 } // namespace
 
 ScriptInventory::ScriptInventory(const ScriptText& in_Script) {
-    std::istringstream stream(in_Script.getText());
-    ScriptParser parser;
-    // With an ending, since the parser takes the last one away.
-    if (!parser.initialize(stream, (in_Script.getName() + ".xpr").c_str(), ".")) {
-        return;
-    }
-    for (;;) {
-        const Handle<ExpressionBaseImpl> pExpression = parser.getExpression();
-        if (pExpression.isNull()) {
-            break;
-        }
+    const ParsedScript parsed(in_Script);
+    for (const ParsedScript::NodeHandle& pExpression : parsed.getDefinitions()) {
         Definition definition = describe(in_Script, pExpression);
         if (definition.m_Kind == Definition::Kind::Input) {
             // The engine keeps no position for declarations of inputs.
@@ -73,7 +62,7 @@ ScriptInventory::ScriptInventory(const ScriptText& in_Script) {
         }
         m_vDefinitions.push_back(std::move(definition));
     }
-    m_bWhole = !parser.failed();
+    m_bWhole = parsed.isWhole();
 }
 
 const Definition* ScriptInventory::find(const std::string& in_strName) const {

@@ -1,5 +1,6 @@
 #include "CheckCommand.h"
 #include "Failure.h"
+#include "GraphCommand.h"
 #include "ListCommand.h"
 #include "RunCommand.h"
 
@@ -24,9 +25,12 @@ int report(ExitStatus in_Status, const char* in_szText) {
 }
 
 ExitStatus execute(const Vxpr::RunCommand& in_Run, const Vxpr::CheckCommand& in_Check,
-                   const Vxpr::ListCommand& in_List) {
+                   const Vxpr::GraphCommand& in_Graph, const Vxpr::ListCommand& in_List) {
     if (in_Run.isAsked()) {
         return in_Run.execute();
+    }
+    if (in_Graph.isAsked()) {
+        return in_Graph.execute();
     }
     return in_Check.isAsked() ? in_Check.execute() : in_List.execute();
 }
@@ -42,6 +46,7 @@ int main(int in_iArguments, char** in_pArguments) {
     app.require_subcommand(1);
     const Vxpr::RunCommand run(app);
     const Vxpr::CheckCommand check(app);
+    const Vxpr::GraphCommand graph(app);
     const Vxpr::ListCommand list(app);
     try {
         app.parse(in_iArguments, in_pArguments);
@@ -50,7 +55,7 @@ int main(int in_iArguments, char** in_pArguments) {
                                     : toNumber(ExitStatus::CommandLineAtFault);
     }
     try {
-        return toNumber(execute(run, check, list));
+        return toNumber(execute(run, check, graph, list));
     } catch (const Vxpr::Failure& failure) {
         return report(failure.getStatus(), failure.what());
     } catch (const Vxpr::ReportedFailure&) {
