@@ -35,6 +35,8 @@ std::vector<Example> listExamples() {
         {"loudness", "frame", 160, {"level", "loudness", "peak"}},
         {"endpointer", "frame", 160, {"level", "smooth", "speech"}},
         {"peak", "spectrum", 81, {"frequency"}},
+        {"dtmf", "frame", 160, {"key"}},
+        {"vad", "frame", 160, {"speech"}},
     };
 }
 

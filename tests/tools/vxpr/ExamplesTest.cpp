@@ -1,9 +1,11 @@
 #include "ProcessRunner.h"
+#include "ScratchDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 namespace Vxpr {
@@ -40,10 +42,15 @@ std::vector<std::vector<double>> runExample(const std::string& in_strScript,
 
 } // namespace
 
-TEST(ExamplesTest, TheScriptsHaveNoFaults) {
-    const ProcessResult result =
-        runVxpr({"check", EXAMPLES + "scripts/loudness.xpr", EXAMPLES + "scripts/endpointer.xpr",
-                 EXAMPLES + "scripts/peak.xpr"});
+TEST(ExamplesTest, TheScriptsHaveNoFaultsAndFortyLinesAtMost) {
+    std::vector<std::string> vArguments{"check"};
+    for (const auto& entry : std::filesystem::directory_iterator(EXAMPLES + "scripts")) {
+        vArguments.push_back(entry.path());
+        const std::string strText = readFile(entry.path());
+        EXPECT_LE(std::count(strText.begin(), strText.end(), '\n'), 40) << entry.path();
+    }
+    EXPECT_GT(vArguments.size(), 4U);
+    const ProcessResult result = runVxpr(vArguments);
     EXPECT_EQ(result.m_strErrors, "");
     EXPECT_EQ(result.m_iStatus, 0);
 }
