@@ -11,5 +11,6 @@ int main(int in_iArguments, char** in_pArguments) {
                       {{"W1", measureElements},
                        {"W2", measureSummary},
                        {"W3", measureSharing},
-                       {"W4", measureTrees}});
+                       {"W4", measureTrees},
+                       {"W5", measureDetector}});
 }

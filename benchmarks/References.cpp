@@ -1,34 +1,17 @@
 #include "References.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
+
+#include "WideDouble.h"
 
 namespace Velmora::Benchmarks {
 
 namespace {
 
-/// As wide as the widest registers; the compiler splits it where they are narrower.
-typedef double Wide __attribute__((vector_size(64), aligned(8), may_alias));
-constexpr std::size_t WIDTH = sizeof(Wide) / sizeof(double);
-
 /// So many independent chains of additions hide the time that each takes.
 constexpr std::size_t CHAINS = 4;
 constexpr std::size_t BLOCK = CHAINS * WIDTH;
-
-Wide load(const double* in_pX) {
-    Wide value;
-    std::memcpy(&value, in_pX, sizeof value);
-    return value;
-}
-
-double addUp(const Wide& in_Value) {
-    double dSum = 0.0;
-    for (std::size_t i = 0; i != WIDTH; ++i) {
-        dSum += in_Value[i];
-    }
-    return dSum;
-}
 
 double largestOf(const Wide& in_Value) {
     double dLargest = in_Value[0];
