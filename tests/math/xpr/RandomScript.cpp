@@ -1,9 +1,14 @@
 #include "RandomScript.h"
 
 #include <iterator>
+#include <random>
+#include <utility>
 
 RandomScript::RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures)
-    : m_Random(in_uiSeed), m_eFailures(in_eFailures) {
+    : RandomScript(std::mt19937_64(in_uiSeed), in_eFailures) {}
+
+RandomScript::RandomScript(Choices in_Choices, Failures in_eFailures)
+    : m_Choices(std::move(in_Choices)), m_eFailures(in_eFailures) {
     m_vLines = {"inputvar left", "inputvar right", "inputvar scalar"};
     m_vNames = {{"left", FrameSize}, {"right", FrameSize}, {"scalar", 1}};
     const std::size_t uiStatements = 2 + pick(7);
@@ -39,7 +44,7 @@ std::vector<std::string> RandomScript::listFeatures(const std::vector<std::strin
 }
 
 std::size_t RandomScript::pick(std::size_t in_uiCount) {
-    return static_cast<std::size_t>(m_Random() % in_uiCount);
+    return static_cast<std::size_t>(m_Choices() % in_uiCount);
 }
 
 std::string RandomScript::number() {

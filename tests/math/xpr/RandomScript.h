@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <random>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,7 +22,11 @@ public:
     /// then.
     enum class Failures { None, Some };
 
+    /// Numbers of which each makes one choice.
+    using Choices = std::function<std::uint64_t()>;
+
     explicit RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures = Failures::None);
+    explicit RandomScript(Choices in_Choices, Failures in_eFailures = Failures::None);
 
     /// One statement a line.
     const std::vector<std::string>& getLines() const { return m_vLines; }
@@ -68,7 +72,7 @@ private:
     void addFeature();
     void addFunction();
 
-    std::mt19937_64 m_Random;
+    Choices m_Choices;
     std::vector<std::string> m_vLines;
     std::vector<std::string> m_vFeatures;
     std::vector<Name> m_vNames;
