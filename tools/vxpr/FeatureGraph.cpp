@@ -98,7 +98,6 @@ const FeatureGraph::Reader* FeatureGraph::findReader(const Node* in_pNode) const
     return ite == m_mapReaders.end() ? nullptr : &m_vReaders[ite->second];
 }
 
-/// Whether the reader reads that source on this frame: a condition leaves one of its values unread.
 bool FeatureGraph::isRead(const Reader& in_Reader, std::size_t in_uiSource) {
     if (!in_Reader.m_bChooses || in_uiSource == 0) {
         return true;

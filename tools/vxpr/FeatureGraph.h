@@ -24,11 +24,34 @@ public:
     using Node = Velmora::Math::Xpr::ExpressionBaseImpl;
     using NodeHandle = Velmora::Handle<Node>;
 
+    /// A value as a node reads it: the node that computes it, and what merely hands it on.
+    struct Source {
+        Node* m_pNode = nullptr; ///< null if a function has no body
+        std::vector<Node*> m_vChain;
+    };
+
+    /// A node that computes, and what it reads.
+    struct Reader {
+        Node* m_pNode = nullptr;
+        bool m_bChooses = false; ///< reads its first source, and one of the others
+        std::vector<Source> m_vSources;
+    };
+
     /// Adds a feature and all that it reads; returns its number, which counts from 0.
     std::size_t addFeature(const NodeHandle& in_pRoot);
 
     /// The input variables that the features read, each once.
     const std::vector<Node*>& getInputs() const { return m_vInputs; }
+
+    /// The features' own values, in the order in which they were added.
+    const std::vector<Source>& getFeatures() const { return m_vRootSources; }
+
+    /// What the node reads; null for a node that reads nothing.
+    const Reader* findReader(const Node* in_pNode) const;
+
+    /// Whether the reader reads that source on this frame: a condition leaves one of its values
+    /// unread, and both as long as it isn't known.
+    static bool isRead(const Reader& in_Reader, std::size_t in_uiSource);
 
     /// Of the functions that the features read, one that refuses its parameters while everything
     /// that it reads accepts them; null if none refuses.
@@ -52,23 +75,8 @@ public:
     void repair();
 
 private:
-    /// A value as a node reads it: the node that computes it, and what merely hands it on.
-    struct Source {
-        Node* m_pNode = nullptr; ///< null if a function has no body
-        std::vector<Node*> m_vChain;
-    };
-
-    /// A node that computes, and what it reads.
-    struct Reader {
-        Node* m_pNode = nullptr;
-        bool m_bChooses = false; ///< reads its first source, and one of the others
-        std::vector<Source> m_vSources;
-    };
-
     Source follow(const NodeHandle& in_pStart);
     void addReaders(Node* in_pStart);
-    const Reader* findReader(const Node* in_pNode) const;
-    static bool isRead(const Reader& in_Reader, std::size_t in_uiSource);
     static bool isFailed(const Reader& in_Reader, std::size_t in_uiSource);
     static const Source* findFailed(const Reader& in_Reader);
     Failure descend(const Source& in_Failed) const;

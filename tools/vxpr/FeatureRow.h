@@ -28,6 +28,9 @@ public:
     /// The input variables that the features read.
     const std::vector<FeatureGraph::Node*>& getInputs() const { return m_Graph.getInputs(); }
 
+    /// What the features are computed from.
+    const FeatureGraph& getGraph() const { return m_Graph; }
+
     /// Evaluates a frame. The cells are good until the next call. A feature that fails has no value
     /// on that frame; the first time is reported to the printer.
     const std::vector<Cell>& evaluate(std::uint64_t in_uiFrame, double in_dTime);

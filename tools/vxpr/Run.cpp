@@ -12,6 +12,8 @@
 
 #include <unistd.h>
 
+#include <cstdio>
+
 namespace Vxpr {
 
 namespace {
@@ -88,6 +90,9 @@ ExitStatus Run::execute() {
     if (m_Printer.hasErrors()) {
         throw ReportedFailure();
     }
+    if (m_Options.m_bStatistics) {
+        m_pStatistics = std::make_unique<RunStatistics>(row.getGraph(), script.getName());
+    }
     Output output(m_Options.m_strOutput);
     Table table(makeWriter(output), m_vColumns);
     const std::uint64_t uiFrames = evaluateFrames(*pFrames, feed, row, table, output);
@@ -101,6 +106,9 @@ ExitStatus Run::execute() {
         report(Diagnostic::Severity::Error,
                pRecording->describeTruncation() + "; the table covers what is there");
     }
+    if (m_pStatistics) {
+        std::fputs(m_pStatistics->format().c_str(), stderr);
+    }
     return m_Printer.hasErrors() ? ExitStatus::DataAtFault : ExitStatus::Done;
 }
 
@@ -112,6 +120,9 @@ std::uint64_t Run::evaluateFrames(FrameSource& inout_Frames, InputFeed& inout_Fe
     std::uint64_t uiFrame = 0;
     while (inout_Frames.next() && inout_Feed.feed(uiFrame)) {
         const double dTime = inout_Frames.getTime();
+        if (m_pStatistics) {
+            m_pStatistics->evaluateFrame();
+        }
         inout_Table.addRow(dTime, inout_Row.evaluate(uiFrame, dTime));
         reportOverlong(inout_Table);
         if (inout_Frames.isLive() && !inout_Output.isFile()) {

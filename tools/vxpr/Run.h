@@ -8,6 +8,7 @@
 #include "LinkedScript.h"
 #include "Output.h"
 #include "RecordingFrames.h"
+#include "RunStatistics.h"
 #include "ScriptLibrary.h"
 #include "Table.h"
 
@@ -32,6 +33,7 @@ public:
         std::string m_strOutput = "-";
         Format m_Format = Format::Csv;
         bool m_bQuiet = false;
+        bool m_bStatistics = false; ///< show at the end what was evaluated, and how long it took
     };
 
     explicit Run(const Options& in_Options);
@@ -53,6 +55,7 @@ private:
     DiagnosticPrinter m_Printer;
     std::vector<std::string> m_vColumns;
     std::size_t m_uiReportedOverlong = 0;
+    std::unique_ptr<RunStatistics> m_pStatistics;
 };
 
 } // namespace Vxpr

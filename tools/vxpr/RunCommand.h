@@ -37,6 +37,7 @@ private:
     std::string m_strOutput = "-";
     std::string m_strFormat;
     bool m_bQuiet = false;
+    bool m_bStatistics = false;
     std::string m_strLog;
 };
 
