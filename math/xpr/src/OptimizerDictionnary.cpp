@@ -51,6 +51,9 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
         }
     }
     m_bOneVisitEach = !GraphWalk::isShort(vRootNodes);
+    if (m_bOneVisitEach) {
+        m_ExpressionMap.getKeys().shortenTexts();
+    }
     std::unordered_set<const ExpressionBaseImpl*> keyed;
     for (const auto& pRoot : vRoots) {
         if (!insertExpression(pRoot)) {

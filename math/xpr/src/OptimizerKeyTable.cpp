@@ -1,6 +1,7 @@
 #include "OptimizerKeyTable.h"
 
 #include <functional>
+#include <limits>
 
 namespace Velmora::Math::Xpr {
 
@@ -150,16 +151,26 @@ OptimizerKeyTable::Number OptimizerKeyTable::insert(std::string in_strHead,
     return uiNumber;
 }
 
+std::size_t OptimizerKeyTable::getTextLimit() const {
+    if (!m_bShorten) {
+        return std::numeric_limits<std::size_t>::max();
+    }
+    return m_uiWritten < MaxTexts ? MaxText : ShortText;
+}
+
 std::string OptimizerKeyTable::text(Number in_uiKey) const {
+    const std::size_t uiLimit = getTextLimit();
     std::string strText;
     Reader reader(*this, m_vKeys[in_uiKey]);
     for (std::string_view sv = reader.peek(); !sv.empty(); sv = reader.peek()) {
-        if (strText.size() + sv.size() > MaxText) {
-            return strText += "...";
+        if (sv.size() > uiLimit - strText.size()) {
+            strText += "...";
+            break;
         }
         strText += sv;
         reader.skip(sv.size());
     }
+    m_uiWritten += strText.size();
     return strText;
 }
 

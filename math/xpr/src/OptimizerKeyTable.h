@@ -17,9 +17,13 @@ class OptimizerKeyTable {
 public:
     using Number = std::uint32_t;
 
-    /// What `text` writes at most; a longer key ends in "...". Hashes and numbers are always those
-    /// of the whole.
+    /// What `text` writes of a key at most once texts are shortened; a longer key ends in "...".
+    /// Hashes and numbers are always those of the whole.
     static constexpr std::size_t MaxText = 65536;
+
+    /// What it writes altogether before it goes over to `ShortText` for each key.
+    static constexpr std::size_t MaxTexts = std::size_t(1) << 24;
+    static constexpr std::size_t ShortText = 256;
 
     /// The number of the key whose text is the head and then the texts of the other keys.
     Number insert(std::string in_strHead, std::vector<Number> in_vRest);
@@ -27,7 +31,11 @@ public:
     /// The hash of the text: h = h * 5 + c for each character, as a signed char, over 64 bits.
     std::uint64_t hash(Number in_uiKey) const { return m_vKeys[in_uiKey].m_Digest.m_uiHash; }
 
+    /// The whole text, unless texts are shortened.
     std::string text(Number in_uiKey) const;
+
+    /// For a graph of so many paths that whole texts would be too long.
+    void shortenTexts() { m_bShorten = true; }
 
 private:
     /// What can be composed of a text from the same of its pieces.
@@ -51,12 +59,15 @@ private:
 
     class Reader;
 
+    std::size_t getTextLimit() const;
     bool hasText(const Key& in_Key, Number in_uiOther) const;
     const Number* findPieces(std::size_t in_uiHash, const Key& in_Key) const;
 
     std::vector<Key> m_vKeys;
     std::unordered_multimap<std::size_t, Number> m_mapByPieces;
     std::unordered_multimap<std::uint64_t, Number> m_mapByDigest;
+    bool m_bShorten = false;
+    mutable std::size_t m_uiWritten = 0;
 };
 
 } // namespace Velmora::Math::Xpr

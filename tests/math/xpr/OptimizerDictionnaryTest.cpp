@@ -94,6 +94,21 @@ TEST_F(OptimizerDictionnaryTest, FunctionThatIsAChildOfTwoStandsTwiceInItsList) 
     EXPECT_EQ(debugLines(log).back(), addedText(2, 4));
 }
 
+TEST_F(OptimizerDictionnaryTest, DataOfTheFirstVisitIsTheOneWhoseKeyIsFixed) {
+    Dictionnary dictionnary("d");
+    const auto pShared = call("shared");
+    add(dictionnary, call("top", {Node(pShared), Node(pShared)}));
+    OptimizerDictionnary index;
+    LogCapture log(KeyLogger);
+    ASSERT_TRUE(index.initialize(dictionnary));
+    const InstanceList& instances = listOf(index, "shared");
+    log.clear();
+    EXPECT_EQ(keyOf(*instances.front()), "#shared");
+    EXPECT_EQ(debugLines(log), Texts());
+    EXPECT_EQ(keyOf(*instances.back()), "#shared");
+    EXPECT_EQ(debugLines(log), Texts{"#shared"});
+}
+
 TEST_F(OptimizerDictionnaryTest, EntriesBelowEntriesAreVisitedOnceMore) {
     Dictionnary dictionnary("d");
     const auto pInner = call("f");
@@ -195,10 +210,11 @@ TEST_F(OptimizerDictionnaryTest, DumpShowsDataThatWasInvalidated) {
 }
 
 TEST_F(OptimizerDictionnaryTest, ErasedInstanceStaysValidAndTheOneBehindItIsReturned) {
+    // Without a parent that would keep it valid.
     Dictionnary dictionnary("d");
     const auto pFirst = call("f");
     const auto pSecond = call("f");
-    add(dictionnary, variable("x", Node(pFirst)));
+    add(dictionnary, pFirst);
     add(dictionnary, variable("y", Node(pSecond)));
     OptimizerDictionnary index;
     ASSERT_TRUE(index.initialize(dictionnary));
@@ -379,14 +395,39 @@ TEST_F(OptimizerDictionnaryTest, BeyondTheLimitOfVisitsThereIsAnEntryForEachExpr
     EXPECT_EQ(debugLines(log).back(), addedText(1, VisitLimit::Expressions + 1));
 }
 
+TEST_F(OptimizerDictionnaryTest, UpToTheLimitOfVisitsKeysAreWrittenWholeAndBeyondItShortened) {
+    for (const bool bBeyond : {false, true}) {
+        VisitLimit limit;
+        if (bBeyond) {
+            limit.addVisit("one more");
+        }
+        for (std::size_t uiLevel = 1; uiLevel <= 13; ++uiLevel) {
+            limit.sum(uiLevel)->setName("addition");
+        }
+        OptimizerDictionnary index;
+        ASSERT_TRUE(index.initialize(limit.m_Dictionnary));
+        const ExpressionBaseImpl& leaf = *limit.m_vDoubled.front()->getValue();
+        std::string strWhole = "#" + std::to_string(leaf.getId());
+        for (int i = 0; i != 13; ++i) {
+            strWhole = "#addition" + strWhole + strWhole;
+        }
+        ASSERT_GT(strWhole.size(), OptimizerKeyTable::MaxText);
+        const OptimizerExpressionData& data = *listOf(index, "addition").front();
+        EXPECT_EQ(data.getExpression(), Node(limit.sum(13)));
+        EXPECT_EQ(data.hash(), plainHash(strWhole));
+        EXPECT_EQ(data.key() == strWhole, !bBeyond);
+        EXPECT_LE(data.key().size(), bBeyond ? OptimizerKeyTable::MaxText + 3 : strWhole.size());
+        EXPECT_EQ(index.dump().find("...") != std::string::npos, bBeyond);
+    }
+}
+
 TEST_F(OptimizerDictionnaryTest, DumpOfGreatKeysEnds) {
     Dictionnary dictionnary("d");
     add(dictionnary, doubled(variable("x0"), 300));
     OptimizerDictionnary index;
     ASSERT_TRUE(index.initialize(dictionnary));
     const std::string strDump = index.dump();
-    EXPECT_LT(strDump.size(), std::size_t(20) << 20);
-    EXPECT_NE(strDump.find("\">...</data>\n"), std::string::npos);
+    EXPECT_LT(strDump.size(), OptimizerKeyTable::MaxTexts + OptimizerKeyTable::MaxText + 300 * 400);
 }
 
 TEST_F(OptimizerDictionnaryTest, EveryOperationIsTraced) {

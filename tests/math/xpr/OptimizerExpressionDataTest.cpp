@@ -431,6 +431,18 @@ TEST_F(OptimizerExpressionDataTest, UnknownKindOfExpressionIsEqualToItselfOnly) 
     EXPECT_EQ(takeAssertions().size(), 2u);
 }
 
+TEST_F(OptimizerExpressionDataTest, SpecializerOfAnotherKindFailsAnAssertion) {
+    const Node pLeaf(constant({1.0}));
+    DataImpl& leaf = data(pLeaf);
+    const auto uiKey = leaf.getKeyNumber();
+    OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl> functionKind(leaf);
+    EXPECT_EQ(functionKind.makeKeyNumber(), uiKey);
+    EXPECT_EQ(takeAssertions(), Texts{"!pFunc.isNull()"});
+    OptimizerExpressionDataSpecializerImpl<VariableImpl> variableKind(leaf);
+    EXPECT_EQ(variableKind.makeKeyNumber(), uiKey);
+    EXPECT_EQ(takeAssertions(), Texts{"!pVar.isNull()"});
+}
+
 TEST_F(OptimizerExpressionDataTest, IteratorsWalkToTheDataOfChildrenAndParents) {
     const Node pLeaf(variable("leaf"));
     const auto pTop = call("top", {pLeaf, pLeaf});

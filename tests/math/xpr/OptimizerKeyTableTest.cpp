@@ -139,29 +139,48 @@ TEST(OptimizerKeyTableTest, HashesOfGreatTextsAreThoseOfTheWhole) {
         strText = "#add" + strText + strText;
         EXPECT_EQ(table.hash(vKeys[ui]), plainHash(strText)) << ui;
     }
-    // The text alone is too long to be written.
-    ASSERT_GT(strText.size(), OptimizerKeyTable::MaxText);
+    EXPECT_EQ(table.text(vKeys.back()), strText);
     EXPECT_NE(table.insert(strText + "#", {}), vKeys.back());
     EXPECT_EQ(table.insert(strText, {}), vKeys.back());
 }
 
-TEST(OptimizerKeyTableTest, TextsAreWrittenUpToTheLimit) {
+TEST(OptimizerKeyTableTest, ShortenedTextsAreWrittenUpToTheLimit) {
+    constexpr std::size_t Half = OptimizerKeyTable::MaxText / 2;
     OptimizerKeyTable table;
-    const std::string strFull(OptimizerKeyTable::MaxText, 'x');
-    EXPECT_EQ(table.text(table.insert(strFull, {})), strFull);
-    const Number uiHalf = table.insert(std::string(OptimizerKeyTable::MaxText / 2, 'y'), {});
-    EXPECT_EQ(table.text(table.insert("", {uiHalf, uiHalf})),
-              std::string(OptimizerKeyTable::MaxText, 'y'));
+    const Number uiHalf = table.insert(std::string(Half, 'y'), {});
+    const Number uiFull = table.insert("", {uiHalf, uiHalf});
     const Number uiLong = table.insert("#f", {uiHalf, uiHalf, uiHalf});
-    EXPECT_EQ(table.text(uiLong), "#f" + std::string(OptimizerKeyTable::MaxText / 2, 'y') + "...");
+    EXPECT_EQ(table.text(uiLong), "#f" + std::string(3 * Half, 'y'));
+    const std::uint64_t uiHash = table.hash(uiLong);
+    table.shortenTexts();
+    EXPECT_EQ(table.text(uiFull), std::string(2 * Half, 'y'));
+    EXPECT_EQ(table.text(uiLong), "#f" + std::string(Half, 'y') + "...");
+    EXPECT_EQ(table.hash(uiLong), uiHash);
 }
 
-TEST(OptimizerKeyTableTest, TextOfADoublingEndsSoon) {
+TEST(OptimizerKeyTableTest, ShortenedTextOfADoublingEndsSoon) {
     OptimizerKeyTable table;
+    table.shortenTexts();
     const std::string strText = table.text(doubled(table, "#add", 1000).back());
     EXPECT_LE(strText.size(), OptimizerKeyTable::MaxText + 3);
     EXPECT_EQ(strText.substr(0, 8), "#add#add");
     EXPECT_EQ(strText.substr(strText.size() - 3), "...");
+}
+
+TEST(OptimizerKeyTableTest, ManyShortenedTextsGetShorter) {
+    OptimizerKeyTable table;
+    table.shortenTexts();
+    const Number uiKey = doubled(table, "#add", 1000).back();
+    std::size_t uiWritten = 0;
+    while (uiWritten < OptimizerKeyTable::MaxTexts) {
+        const std::size_t uiSize = table.text(uiKey).size();
+        ASSERT_GT(uiSize, OptimizerKeyTable::ShortText + 3);
+        uiWritten += uiSize;
+    }
+    const std::string strText = table.text(uiKey);
+    EXPECT_LE(strText.size(), OptimizerKeyTable::ShortText + 3);
+    EXPECT_EQ(strText.substr(0, 8), "#add#add");
+    EXPECT_EQ(table.text(table.insert("#a", {})), "#a");
 }
 
 } // namespace
