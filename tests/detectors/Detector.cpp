@@ -26,14 +26,13 @@ Detector::Detector(const std::string& in_strName, const std::vector<std::string>
     }
 }
 
-std::vector<std::vector<double>> Detector::run(const Recordings::Signal& in_Signal) {
+std::vector<Detector::Row> Detector::run(const Recordings::Signal& in_Signal) {
     for (const Handle<Expression>& pFeature : m_vFeatures) {
         EXPECT_TRUE(pFeature->reset());
     }
     const std::vector<short> vSamples = in_Signal.quantized();
-    std::vector<std::vector<double>> vRows;
+    std::vector<Row> vRows;
     DoubleVector vFrame;
-    LimitedObjPtr<DoubleVector> pValue;
     for (std::size_t uiStart = 0; uiStart + m_Framing.m_uiSize <= vSamples.size();
          uiStart += m_Framing.m_uiHop) {
         vFrame.clear();
@@ -41,21 +40,29 @@ std::vector<std::vector<double>> Detector::run(const Recordings::Signal& in_Sign
             vFrame.push_back(vSamples[ui] / 32768.0);
         }
         m_pFrame->setValue(vFrame);
-        vRows.emplace_back();
-        for (const Handle<Expression>& pFeature : m_vFeatures) {
-            const bool bFound =
-                pFeature->evaluate(pValue) && !pValue.isNull() && pValue->size() != 0;
-            EXPECT_TRUE(bFound) << "frame at sample " << uiStart;
-            vRows.back().push_back(bFound ? *pValue->begin() : 0.0);
-        }
+        vRows.push_back(evaluate());
     }
     return vRows;
 }
 
+Detector::Row Detector::evaluate() {
+    Row row;
+    LimitedObjPtr<DoubleVector> pValue;
+    for (const Handle<Expression>& pFeature : m_vFeatures) {
+        if (pFeature->evaluate(pValue) && !pValue.isNull() && pValue->size() != 0) {
+            row.emplace_back(pValue->begin(), pValue->end());
+        } else {
+            ADD_FAILURE() << "no value of feature " << row.size();
+            row.emplace_back(1, 0.0);
+        }
+    }
+    return row;
+}
+
 std::vector<double> Detector::runOne(const Recordings::Signal& in_Signal) {
     std::vector<double> vValues;
-    for (const std::vector<double>& vRow : run(in_Signal)) {
-        vValues.push_back(vRow.front());
+    for (const Row& row : run(in_Signal)) {
+        vValues.push_back(row.front().front());
     }
     return vValues;
 }

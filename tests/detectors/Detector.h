@@ -23,15 +23,19 @@ public:
     Detector(const std::string& in_strName, const std::vector<std::string>& in_vFeatures,
              const Framing& in_Framing = Framing());
 
-    /// Each feature's first element on each frame, frame by frame, as if the recording were the
-    /// first. The samples are rounded to 16 bits, as a file would hold them. A frame on which a
-    /// feature has no value fails the test.
-    std::vector<std::vector<double>> run(const Recordings::Signal& in_Signal);
+    /// A value of each feature, in their order.
+    using Row = std::vector<std::vector<double>>;
 
-    /// The same of the first feature alone.
+    /// Every feature on each frame, as if the recording were the first. The samples are rounded to
+    /// 16 bits, as a file would hold them. A frame on which a feature has no value fails the test.
+    std::vector<Row> run(const Recordings::Signal& in_Signal);
+
+    /// The first element of the first feature on each frame.
     std::vector<double> runOne(const Recordings::Signal& in_Signal);
 
 private:
+    Row evaluate();
+
     Math::Xpr::Evaluator m_Evaluator;
     Handle<Math::Xpr::Variable> m_pFrame;
     std::vector<Handle<Math::Xpr::Expression>> m_vFeatures;

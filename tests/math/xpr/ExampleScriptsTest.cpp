@@ -20,7 +20,8 @@ using namespace Velmora;
 using namespace Velmora::Math;
 using namespace Velmora::Math::Xpr;
 
-constexpr std::size_t WarmFrames = 100;
+/// More than the longest memory of a script: a window grows until it is full.
+constexpr std::size_t WarmFrames = 600;
 constexpr std::size_t CountedFrames = 10000;
 
 struct Example {
@@ -37,6 +38,8 @@ std::vector<Example> listExamples() {
         {"peak", "spectrum", 81, {"frequency"}},
         {"dtmf", "frame", 160, {"key"}},
         {"vad", "frame", 160, {"speech"}},
+        {"progress", "frame", 160, {"dial", "busy", "ringback"}},
+        {"envelope", "frame", 160, {"strength", "depth"}},
     };
 }
 
