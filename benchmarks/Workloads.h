@@ -22,6 +22,9 @@ void measureTrees(Report& inout_Report, Effort in_eEffort);
 /// A detector of voice and tones.
 void measureDetector(Report& inout_Report, Effort in_eEffort);
 
+/// A tone's share of a frame, beside a Goertzel loop.
+void measureCorrelator(Report& inout_Report, Effort in_eEffort);
+
 /// 10,000 definitions, each from the two ahead of it: from the text to the frames.
 void measureChain(Report& inout_Report, Effort in_eEffort);
 
