@@ -54,15 +54,15 @@ void measureLoad(Report& inout_Report, Effort in_eEffort) {
     Samples lua;
     const int iRepetitions = in_eEffort == Effort::Full ? LOAD_REPETITIONS : 1;
     for (int iRepetition = 0; iRepetition != iRepetitions; ++iRepetition) {
-        LoadedScript(strScript, DEFINITIONS, samples);
+        { const LoadedScript script(strScript, DEFINITIONS, samples); }
         std::size_t uiStatements = 0;
         grammar.time([&] { uiStatements = countStatements(strScript); });
         if (uiStatements != DEFINITIONS + 1) {
             throw WrongResult("the bare grammar stops at statement " +
                               std::to_string(uiStatements));
         }
-        lua.time([&] { LuaProgram program(strLua); });
-        LoadedScript(strFewer, FEWER_DEFINITIONS, fewerSamples);
+        lua.time([&] { const LuaProgram program(strLua); });
+        { const LoadedScript script(strFewer, FEWER_DEFINITIONS, fewerSamples); }
     }
     const double dParse = samples.m_Parse.getMedian();
     const double dSeal = samples.m_Link.getMedian() + samples.m_Optimize.getMedian();

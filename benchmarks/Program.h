@@ -15,7 +15,7 @@ struct Workload {
 /// The main function of a program that measures the workloads that its arguments name, or all, and
 /// prints tables in Markdown. Fails if a result is wrong, however fast.
 ///
-/// With `--quick` among the arguments everything is computed and checked, but hardly measured.
+/// With `--quick` among the arguments everything is computed and checked, and there are no tables.
 int runProgram(int in_iArguments, char** in_pArguments, const std::vector<Workload>& in_vWorkloads);
 
 } // namespace Velmora::Benchmarks

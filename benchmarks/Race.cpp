@@ -45,6 +45,7 @@ void prepareRaces(Effort in_eEffort) {
                           {"--benchmark_repetitions=1", "--benchmark_min_time=0.000001"});
     }
     std::vector<char*> vPointers;
+    vPointers.reserve(vArguments.size() + 1);
     for (std::string& strArgument : vArguments) {
         vPointers.push_back(strArgument.data());
     }
