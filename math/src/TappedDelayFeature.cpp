@@ -3,9 +3,21 @@
 #include <cstddef>
 #include <utility>
 
+#include <velmora/FileLogger.h>
+#include <velmora/LogSite.h>
+
 #include "FeatureParameters.h"
 
 namespace Velmora::Math {
+
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.TappedDelayFeature");
+
+namespace {
+
+/// The longest tape with padding, which gives all its places from the first frame on.
+constexpr std::size_t MaxPaddedTapeSize = std::size_t(1) << 24;
+
+} // namespace
 
 TappedDelayFeature::TappedDelayFeature() {
     SlidingWindowFeature::reset();
@@ -44,6 +56,12 @@ bool TappedDelayFeature::configure(const ROConfiguration& in_config) {
         !readFlag(in_config, featureParameterKey(TappedDelay, "IncludeUsedTapeSizeInOutput"),
                   includeUsedTapeSize) ||
         !readNumbers(in_config, featureParameterKey(TappedDelay, "PaddingValues"), paddingValues)) {
+        return false;
+    }
+    if (!paddingValues.empty() && tapeSize > MaxPaddedTapeSize) {
+        VELMORA_LOG_ERROR(fileLogger(), "a padded tape of "
+                                            << tapeSize << " places is longer than the limit of "
+                                            << MaxPaddedTapeSize);
         return false;
     }
     m_bIncludeUsedTapeSizeInOutput = includeUsedTapeSize;

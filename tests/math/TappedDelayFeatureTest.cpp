@@ -1,6 +1,7 @@
 #include <velmora/math/TappedDelayFeature.h>
 
 #include "math/FeatureTesting.h"
+#include "support/LogCapture.h"
 
 namespace Velmora::Math {
 namespace {
@@ -102,6 +103,25 @@ TEST(TappedDelayFeatureTest, ValuesThatCannotBeUsedKeepTheWholeConfiguration) {
         EXPECT_FALSE(feature.configure(configuration)) << each.key << each.value;
         EXPECT_EQ(resultOf(feature, {}), (Values{1, 8, 9, 1})) << each.key << each.value;
     }
+}
+
+TEST(TappedDelayFeatureTest, APaddedTapeBeyondTheLimitIsRefused) {
+    constexpr int MaxSize = 1 << 24;
+    const LogCapture log;
+    TappedDelayFeature feature;
+    EXPECT_FALSE(configure(feature, {{sizeKey, MaxSize + 1}, {paddingKey, 0}}));
+    EXPECT_EQ(log.messages(log4cplus::ERROR_LOG_LEVEL),
+              std::vector<std::string>{"a padded tape of 16777217 places is longer than the limit "
+                                       "of 16777216"});
+    EXPECT_TRUE(configure(feature, {{sizeKey, MaxSize}, {paddingKey, 0}}));
+}
+
+TEST(TappedDelayFeatureTest, ALongTapeWithoutPaddingTakesRoomOnlyAsValuesComeIn) {
+    TappedDelayFeature feature;
+    EXPECT_TRUE(configure(feature, {{sizeKey, std::numeric_limits<int>::max()}}));
+    EXPECT_EQ(resultOf(feature, {1, 2}), (Values{1, 2}));
+    EXPECT_FALSE(configure(feature, {{paddingKey, 0}}));
+    EXPECT_EQ(resultOf(feature, {3}), (Values{1, 2, 3}));
 }
 
 TEST(TappedDelayFeatureTest, EachParameterCountsOnItsOwn) {
