@@ -11,6 +11,7 @@
 #include "ExpressionComplexity.h"
 #include "GraphWalk.h"
 #include "OptimizerDictionnary.h"
+#include "UncheckedLinks.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -88,6 +89,8 @@ private:
         if (m_Complexity.of(inout_Other) != m_Complexity.of(*in_pBest)) {
             m_Complexity.forget();
         }
+        // The key of what stands above a node is longer than the node's.
+        const UncheckedLinks unchecked;
         if (m_bOneEntryEach) {
             // One call of `replace` passes over every second parent, and there is one entry only
             // where otherwise each path has its own.
@@ -238,6 +241,8 @@ void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOper
                 move(*pNewOp, UUID(), *pSub->FunctionBaseImpl::getArgument(iteSub));
             }
         }
+        // What was just made stands above what the operator reads only.
+        const UncheckedLinks unchecked;
         inout_pOperator->replace(pNewOp);
         inout_pOperator = pNewOp;
     }

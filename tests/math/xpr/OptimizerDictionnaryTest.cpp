@@ -371,7 +371,8 @@ TEST_F(OptimizerDictionnaryTest, UpToTheLimitOfVisitsThereIsAnEntryForEach) {
     ASSERT_TRUE(index.initialize(limit.m_Dictionnary));
     EXPECT_FALSE(index.hasOneVisitEach());
     std::map<unsigned long, std::size_t> mapCounts;
-    for (const unsigned long ulId : listIds(index)["add"]) {
+    const Ids vIds = listIds(index)["add"];
+    for (const unsigned long ulId : vIds) {
         ++mapCounts[ulId];
     }
     for (std::size_t uiLevel = 1; uiLevel <= 13; ++uiLevel) {

@@ -363,6 +363,39 @@ TEST_F(OptimizerTest, BeyondTheLimitOfVisitsATwinMovesCompletelyToo) {
     EXPECT_EQ(parentsOf(*pTwin), Nodes());
 }
 
+/// Counts how often it is asked whether a new child below it is itself.
+class AskedFunction : public RecordingFunction {
+public:
+    AskedFunction() : RecordingFunction("asked") {}
+
+    mutable unsigned m_uiAsked = 0;
+
+protected:
+    bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override {
+        ++m_uiAsked;
+        return false;
+    }
+};
+
+TEST_F(OptimizerTest, MergingAndFlatteningAskNoAncestors) {
+    const Node pA(constant({1.0}));
+    const Node pBest(call("f", {pA}));
+    const Handle<AskedFunction> pAbove(new AskedFunction);
+    bindAll(*pAbove, {Node(call("f", {pA})), Node(concatenation({Node(concatenation({pA})), pA})),
+                      Node(call("f", {pA}))});
+    Dictionnary dictionnary("in");
+    add(dictionnary, variable("first", pBest));
+    add(dictionnary, pAbove);
+    pAbove->m_uiAsked = 0;
+    optimize(dictionnary);
+    EXPECT_EQ(pAbove->m_uiAsked, 0u);
+    EXPECT_EQ(valueOf(*pAbove, 0), pBest.get());
+    EXPECT_EQ(valueOf(*pAbove, 2), pBest.get());
+    // Whoever else makes a link does.
+    bind(*pAbove, 0, Node(variable("x")));
+    EXPECT_NE(pAbove->m_uiAsked, 0u);
+}
+
 TEST_F(OptimizerTest, ConcatenationsInsideAConcatenationAreFlattenedInOrder) {
     const Node pA(constant({1.0, 2.0}));
     const Node pB(constant({3.0}));
