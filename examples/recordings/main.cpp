@@ -78,6 +78,7 @@ int main(int in_iCount, char** in_pArguments) {
     app.require_subcommand(1);
     Common common;
     std::string strText;
+    double dLevel = -40.0;
     ModulatedTone modulated{{1000.0, 0.0, 0.0}, 2.0, 0.5, 0.0};
 
     addKind(app, "keys", "Keys of a telephone, 70 ms each with pauses of 70 ms", common)
@@ -97,6 +98,15 @@ int main(int in_iCount, char** in_pArguments) {
     addKind(app, "noisy", "A recording with noise, counted from its own mean power", common)
         ->add_option("RECORDING", strText, "One channel, 8000 Hz")
         ->required();
+    CLI::App* const noise = app.add_subcommand("noise", "Noise alone");
+    noise->add_option("-o,--output", common.m_strOutput, "The WAV file to write")->required();
+    noise->add_option("--level", dLevel, "Its power, in decibels; 0 is full scale")
+        ->capture_default_str();
+    noise->add_option("--seconds", common.m_dSeconds, "Length")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->capture_default_str();
+    noise->add_option("--seed", common.m_uiSeed, "Another number gives another noise")
+        ->capture_default_str();
     CLI11_PARSE(app, in_iCount, in_pArguments);
 
     try {
@@ -109,6 +119,11 @@ int main(int in_iCount, char** in_pArguments) {
             Signal signal;
             signal.addModulated(modulated, common.m_dSeconds);
             finish(signal, signal.power(), common);
+        } else if (app.got_subcommand("noise")) {
+            Signal signal;
+            signal.addSilence(common.m_dSeconds);
+            signal.mixNoise(ratioOf(dLevel), common.m_uiSeed);
+            writeSound(common.m_strOutput, signal);
         } else {
             Signal signal = readSound(strText);
             finish(signal, signal.power(), common);

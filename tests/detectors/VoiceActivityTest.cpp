@@ -1,4 +1,4 @@
-// Does examples/scripts/vad.xpr find the speech that a person found?
+// Does examples/scripts/vad.xpr find the speech that was labelled by eye?
 
 #include <gtest/gtest.h>
 
