@@ -48,7 +48,7 @@ public:
         race.add("SinusCorrelator", [this](std::size_t in_uiFrame) {
             benchmark::DoNotOptimize(correlate(in_uiFrame));
         });
-        race.add("Goertzel", [this](std::size_t in_uiFrame) {
+        race.addReference("Goertzel", [this](std::size_t in_uiFrame) {
             benchmark::DoNotOptimize(
                 computeGoertzel(m_dCoefficient, m_Frames.getCopy(in_uiFrame), m_Frames.size()));
         });

@@ -83,7 +83,7 @@ public:
             m_pFrame->setValue(m_vFrames[in_uiFrame % FRAMES]);
             benchmark::DoNotOptimize(evaluate(*m_pR));
         });
-        race.add("fused", [this](std::size_t in_uiFrame) {
+        race.addReference("fused", [this](std::size_t in_uiFrame) {
             m_Reference.compute(m_Copies[in_uiFrame % FRAMES], m_Results);
             benchmark::DoNotOptimize(m_Results);
         });

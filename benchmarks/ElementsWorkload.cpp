@@ -57,9 +57,9 @@ public:
             m_pX->setValue(m_Frames.get(in_uiFrame));
             benchmark::DoNotOptimize(evaluate(*m_pY));
         });
-        race.add("unfused", [this](std::size_t in_uiFrame) { unfused(in_uiFrame); });
-        race.add("fused", [this](std::size_t in_uiFrame) { fused(in_uiFrame); });
-        race.add("Eigen", [this](std::size_t in_uiFrame) { byEigen(in_uiFrame); });
+        race.addReference("unfused", [this](std::size_t in_uiFrame) { unfused(in_uiFrame); });
+        race.addReference("fused", [this](std::size_t in_uiFrame) { fused(in_uiFrame); });
+        race.addReference("Eigen", [this](std::size_t in_uiFrame) { byEigen(in_uiFrame); });
         return race.run();
     }
 

@@ -68,8 +68,8 @@ Race::Times Race::run() {
     benchmark::RunSpecifiedBenchmarks(&collector, ".*");
     benchmark::ClearRegisteredBenchmarks();
     Times times;
-    for (const std::string& strRunner : m_vRunners) {
-        times.add(strRunner, collector.getMedian(strRunner));
+    for (const Runner& runner : m_vRunners) {
+        times.add(runner.m_strName, collector.getMedian(runner.m_strName), runner.m_eRole);
     }
     m_vRunners.clear();
     return times;

@@ -21,16 +21,20 @@ void prepareRaces(Effort in_eEffort);
 /// the thread.
 class Race {
 public:
+    /// What the others are compared with, or one of the others?
+    enum class Role { Measured, Reference };
+
     /// Nanoseconds a frame, in the order in which the runners were added.
     class Times {
     public:
         struct Entry {
             std::string m_strRunner;
             double m_dTime;
+            Role m_eRole;
         };
 
-        void add(const std::string& in_strRunner, double in_dTime) {
-            m_vEntries.push_back({in_strRunner, in_dTime});
+        void add(const std::string& in_strRunner, double in_dTime, Role in_eRole = Role::Measured) {
+            m_vEntries.push_back({in_strRunner, in_dTime, in_eRole});
         }
 
         /// The time of a runner that is there.
@@ -47,7 +51,27 @@ public:
     /// from 0, again in each repetition. What the function refers to outlives `run`.
     template <class FrameT>
     void add(const std::string& in_strRunner, FrameT in_Frame) {
-        m_vRunners.push_back(in_strRunner);
+        add(in_strRunner, Role::Measured, in_Frame);
+    }
+
+    /// The same for something that the first runner is compared with.
+    template <class FrameT>
+    void addReference(const std::string& in_strRunner, FrameT in_Frame) {
+        add(in_strRunner, Role::Reference, in_Frame);
+    }
+
+    /// Measures all runners, and forgets them.
+    Times run();
+
+private:
+    struct Runner {
+        std::string m_strName;
+        Role m_eRole;
+    };
+
+    template <class FrameT>
+    void add(const std::string& in_strRunner, Role in_eRole, FrameT in_Frame) {
+        m_vRunners.push_back({in_strRunner, in_eRole});
         benchmark::RegisterBenchmark(in_strRunner.c_str(), [in_Frame](benchmark::State& state) {
             std::size_t uiFrame = 0;
             for (auto iteration : state) {
@@ -57,11 +81,7 @@ public:
         });
     }
 
-    /// Measures all runners, and forgets them.
-    Times run();
-
-private:
-    std::vector<std::string> m_vRunners;
+    std::vector<Runner> m_vRunners;
 };
 
 } // namespace Velmora::Benchmarks

@@ -79,7 +79,11 @@ void Report::writeTimes(std::ostream& inout_Stream) const {
         }
         inout_Stream << "| " << row.m_strWhat << " |";
         for (const Race::Times::Entry& entry : row.m_Times) {
-            inout_Stream << ' ' << format(entry.m_dTime) << " |";
+            inout_Stream << ' ' << format(entry.m_dTime);
+            if (entry.m_eRole == Race::Role::Reference) {
+                inout_Stream << " (" << format(row.m_Times.begin()->m_dTime / entry.m_dTime) << ')';
+            }
+            inout_Stream << " |";
         }
         inout_Stream << '\n';
     }

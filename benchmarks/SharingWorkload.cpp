@@ -79,8 +79,8 @@ public:
                  [this](std::size_t in_uiFrame) { m_Shared.compute(m_Frames.get(in_uiFrame)); });
         race.add("library, unshared",
                  [this](std::size_t in_uiFrame) { m_Unshared.compute(m_Frames.get(in_uiFrame)); });
-        race.add("unfused", [this](std::size_t in_uiFrame) { unfused(in_uiFrame); });
-        race.add("fused", [this](std::size_t in_uiFrame) { fused(in_uiFrame); });
+        race.addReference("unfused", [this](std::size_t in_uiFrame) { unfused(in_uiFrame); });
+        race.addReference("fused", [this](std::size_t in_uiFrame) { fused(in_uiFrame); });
         return race.run();
     }
 

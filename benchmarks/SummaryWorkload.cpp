@@ -48,7 +48,7 @@ public:
 private:
     template <class Reference>
     void add(Race& inout_Race, const char* in_szRunner, Reference in_Reference) {
-        inout_Race.add(in_szRunner, [this, in_Reference](std::size_t in_uiFrame) {
+        inout_Race.addReference(in_szRunner, [this, in_Reference](std::size_t in_uiFrame) {
             in_Reference(m_Frames.getCopy(in_uiFrame), m_Frames.size(), m_Summary);
             benchmark::DoNotOptimize(m_Summary);
         });

@@ -59,10 +59,10 @@ public:
         });
         race.add("setValue",
                  [this](std::size_t in_uiFrame) { m_Idle.setInput(m_Frames, in_uiFrame, 0); });
-        race.add("muParser", [this](std::size_t in_uiFrame) {
+        race.addReference("muParser", [this](std::size_t in_uiFrame) {
             benchmark::DoNotOptimize(m_MuParser.compute(m_Frames.get(in_uiFrame)));
         });
-        race.add("Lua", [this](std::size_t in_uiFrame) {
+        race.addReference("Lua", [this](std::size_t in_uiFrame) {
             benchmark::DoNotOptimize(m_Lua.compute(m_Frames.get(in_uiFrame)));
         });
         return race.run();
