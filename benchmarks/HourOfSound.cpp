@@ -1,6 +1,6 @@
 // How much faster than real time is `vxpr run`, from a sound file to a table on the disk?
 //
-// Each of the example scripts goes over an hour of sound at 8 kHz, on one core, and the best of
+// Three of the example scripts go over an hour of sound at 8 kHz, on one core, and the best of
 // several runs counts. The hour is the example recording over and over, so every repetition of it
 // must give the same rows; a run that doesn't is a failure, and so is one that is too slow.
 

@@ -200,6 +200,38 @@ TEST(SinusCorrelatorTest, AgreesWithThePlainLeastSquaresFit) {
     }
 }
 
+// Sizes and frequencies over all their magnitudes: short frames of low frequencies are where sine
+// and cosine are nearly one line.
+TEST(SinusCorrelatorTest, AgreesWithThePlainLeastSquaresFitAnywhere) {
+    std::mt19937 random(11);
+    const auto between = [&random](double in_dFirst, double in_dLast) {
+        return in_dFirst + (in_dLast - in_dFirst) * static_cast<double>(random()) / 4294967296.0;
+    };
+    for (int i = 0; i < 200; ++i) {
+        const auto size = static_cast<std::size_t>(std::exp2(between(0.0, 12.0)));
+        const double below = std::exp(between(std::log(1e-3), std::log(4000.0)));
+        const double frequency = i % 2 == 0 ? below : 4000.0 - 0.999 * below;
+        const double amplitude = std::pow(10.0, between(-12.0, 12.0));
+        Values frame = noiseOf(size, between(0.0, 1.0) * amplitude);
+        const Values tone = sinusoidOf(size, frequency, between(0.0, 6.3), amplitude);
+        for (std::size_t k = 0; k < size; ++k) {
+            frame[k] += tone[k];
+        }
+        EXPECT_NEAR(correlationOf(frequency, frame), referenceOf(frequency, frame), 1e-9)
+            << frequency << ", " << size << ", " << amplitude;
+    }
+}
+
+TEST(SinusCorrelatorTest, LongFramesLoseNoAccuracy) {
+    constexpr std::size_t size = 100000;
+    for (const double frequency : {0.7, 777.7, 3999.3}) {
+        const Values tone = sinusoidOf(size, frequency, 0.9);
+        EXPECT_NEAR(correlationOf(frequency, tone), 1.0, 1e-9) << frequency;
+        const double other = frequency - 0.01;
+        EXPECT_NEAR(correlationOf(other, tone), referenceOf(other, tone), 1e-9) << frequency;
+    }
+}
+
 TEST(SinusCorrelatorTest, TinyFrequencySpansConstantAndSlope) {
     Values line;
     Values parabola;
