@@ -53,4 +53,18 @@ unsigned long ExpressionComplexity::of(const ExpressionBaseImpl& in_Expression) 
     }
 }
 
+void ExpressionComplexity::forgetAbove(const ExpressionBaseImpl& in_Expression) {
+    std::vector<const ExpressionBaseImpl*> vPending{&in_Expression};
+    while (!vPending.empty()) {
+        const ExpressionBaseImpl& node = *vPending.back();
+        vPending.pop_back();
+        for (const auto* pParent = node.getParentBegin(); pParent != node.getParentEnd();
+             ++pParent) {
+            if (m_mapCounts.erase((*pParent)->getId()) != 0) {
+                vPending.push_back(pParent->get());
+            }
+        }
+    }
+}
+
 } // namespace Velmora::Math::Xpr

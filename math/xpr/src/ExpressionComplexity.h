@@ -13,10 +13,11 @@ public:
     /// The largest unsigned long stands for everything from there on.
     unsigned long of(const ExpressionBaseImpl& in_Expression);
 
-    /// The graph has changed.
-    void forget() { m_mapCounts.clear(); }
+    /// What stands above the expression has changed, or is about to.
+    void forgetAbove(const ExpressionBaseImpl& in_Expression);
 
 private:
+    /// Who is here has everything below it here.
     std::unordered_map<unsigned long, unsigned long> m_mapCounts;
 };
 

@@ -87,7 +87,7 @@ private:
 
     void replace(ExpressionBaseImpl& inout_Other, const Handle<ExpressionBaseImpl>& in_pBest) {
         if (m_Complexity.of(inout_Other) != m_Complexity.of(*in_pBest)) {
-            m_Complexity.forget();
+            m_Complexity.forgetAbove(inout_Other);
         }
         // The key of what stands above a node is longer than the node's.
         const UncheckedLinks unchecked;

@@ -332,15 +332,24 @@ TEST_F(OptimizerExpressionDataTest, ComplexityOfTooManyPathsStaysAtTheLargestNum
               std::numeric_limits<unsigned long>::max());
 }
 
-TEST_F(OptimizerExpressionDataTest, CountsOfComplexityHoldUntilTheGraphHasChanged) {
-    const auto pVariable = variable("v", Node(constant({1.0})));
+TEST_F(OptimizerExpressionDataTest, CountsOfComplexityHoldUntilTheyAreForgottenFromBelow) {
+    const auto newVariable = [] { return variable("v", Node(constant({1.0}))); };
+    const auto lengthen = [](const Handle<VariableImpl>& in_pVariable) {
+        Variable& interface = *in_pVariable;
+        interface.setValue(Handle<Expression>(variable("w", in_pVariable->getValue())));
+    };
+    const auto pChanged = newVariable();
+    const auto pKept = newVariable();
+    const auto pAbove = variable("x", Node(call("f", {Node(pChanged), Node(pKept)})));
     ExpressionComplexity complexity;
-    EXPECT_EQ(complexity.of(*pVariable), 2u);
-    Variable& interface = *pVariable;
-    interface.setValue(Handle<Expression>(variable("w", Node(constant({1.0})))));
-    EXPECT_EQ(complexity.of(*pVariable), 2u);
-    complexity.forget();
-    EXPECT_EQ(complexity.of(*pVariable), 3u);
+    EXPECT_EQ(complexity.of(*pAbove), 8u);
+    lengthen(pChanged);
+    lengthen(pKept);
+    EXPECT_EQ(complexity.of(*pAbove), 8u);
+    complexity.forgetAbove(*pChanged->getValue());
+    EXPECT_EQ(complexity.of(*pAbove), 9u);
+    EXPECT_EQ(complexity.of(*pChanged), 3u);
+    EXPECT_EQ(complexity.of(*pKept), 2u);
 }
 
 TEST_F(OptimizerExpressionDataTest, NewDataIsValidUntilItIsInvalidated) {
