@@ -17,7 +17,7 @@
 // strict check looks at the whole length.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
-    return "strict_memcmp=0:detect_leaks=1";
+    return "strict_memcmp=0:malloc_context_size=12";
 }
 
 extern "C" const char* __ubsan_default_options();

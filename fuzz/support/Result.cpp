@@ -29,7 +29,13 @@ Result Result::of(Math::Xpr::Expression& inout_Expression) {
 }
 
 bool Result::operator==(const Result& in_Other) const {
-    return m_bSuccess == in_Other.m_bSuccess &&
+    if (m_bSuccess != in_Other.m_bSuccess || m_vElements.size() != in_Other.m_vElements.size()) {
+        return false;
+    }
+    // At once as a rule, as results can be long.
+    return m_vElements.empty() ||
+           std::memcmp(m_vElements.data(), in_Other.m_vElements.data(),
+                       m_vElements.size() * sizeof(double)) == 0 ||
            std::equal(m_vElements.begin(), m_vElements.end(), in_Other.m_vElements.begin(),
                       in_Other.m_vElements.end(), haveSameBits);
 }

@@ -15,7 +15,7 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.TappedDelayFeature");
 namespace {
 
 /// The longest tape with padding, which gives all its places from the first frame on.
-constexpr std::size_t MaxPaddedTapeSize = std::size_t(1) << 24;
+constexpr std::size_t MaxPaddedTapeSize = std::size_t(1) << 22;
 
 } // namespace
 

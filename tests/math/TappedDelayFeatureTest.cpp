@@ -106,13 +106,13 @@ TEST(TappedDelayFeatureTest, ValuesThatCannotBeUsedKeepTheWholeConfiguration) {
 }
 
 TEST(TappedDelayFeatureTest, APaddedTapeBeyondTheLimitIsRefused) {
-    constexpr int MaxSize = 1 << 24;
+    constexpr int MaxSize = 1 << 22;
     const LogCapture log;
     TappedDelayFeature feature;
     EXPECT_FALSE(configure(feature, {{sizeKey, MaxSize + 1}, {paddingKey, 0}}));
     EXPECT_EQ(log.messages(log4cplus::ERROR_LOG_LEVEL),
-              std::vector<std::string>{"a padded tape of 16777217 places is longer than the limit "
-                                       "of 16777216"});
+              std::vector<std::string>{"a padded tape of 4194305 places is longer than the limit "
+                                       "of 4194304"});
     EXPECT_TRUE(configure(feature, {{sizeKey, MaxSize}, {paddingKey, 0}}));
 }
 
