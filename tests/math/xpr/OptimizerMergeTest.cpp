@@ -1,0 +1,284 @@
+// What the optimizer merges, what it leaves apart, and which of the twins survives.
+
+#include "math/xpr/OptimizerBench.h"
+
+namespace Velmora::Math::Xpr {
+
+using namespace Velmora::Testing;
+
+namespace {
+
+constexpr const char* NotAChild = "iteFound != m_Childs.end()";
+
+class OptimizerMergeTest : public OptimizerBench {};
+
+TEST_F(OptimizerMergeTest, TwoEqualCallsBecomeOneNodeWithTheParentsOfBoth) {
+    const Node pX(variable("x"));
+    const Node pFirst(call("sum", {pX}));
+    const Node pSecond(call("sum", {pX}));
+    const Node pA(variable("a", pFirst));
+    const Node pB(variable("b", pSecond));
+    const LogCapture log(OptimizerLogger);
+    optimize({pA, pB});
+    EXPECT_EQ(parentsOf(*pFirst), nodesOf({pA, pB}));
+    EXPECT_EQ(parentsOf(*pSecond), Nodes());
+    EXPECT_EQ(Handle<VariableImpl>(pB)->getValue(), pFirst);
+    EXPECT_EQ(listFound(log)["sum"], std::vector<int>{2});
+}
+
+TEST_F(OptimizerMergeTest, EqualCallsOfAScriptBecomeOneNode) {
+    const Optimized script("inputvar x\na = sum(x)\nb = 2 * sum(x)\nc = sum(a)\n");
+    EXPECT_EQ(valueOf(dynamic_cast<const FunctionBaseImpl&>(*script.computing("s.b")), 1),
+              script.computing("s.a"));
+    EXPECT_NE(script.computing("s.c"), script.computing("s.a"));
+    EXPECT_TRUE(script.hasLogged("found 1 similar instance(s) of the function mult"));
+}
+
+TEST_F(OptimizerMergeTest, FunctionWithoutATwinIsReportedAsOne) {
+    const LogCapture log(OptimizerLogger);
+    optimize({Node(variable("a", Node(call("f")))), Node(variable("b", Node(call("g"))))});
+    EXPECT_EQ(listFound(log), (std::map<std::string, std::vector<int>>{{"f", {1}}, {"g", {1}}}));
+}
+
+TEST_F(OptimizerMergeTest, EachKeyIsReportedOnItsOwn) {
+    const Node pX(variable("x"));
+    const Node pY(variable("y"));
+    const LogCapture log(OptimizerLogger);
+    optimize({Node(variable("a", Node(call("f", {pX})))),
+              Node(variable("b", Node(call("f", {pY})))),
+              Node(variable("c", Node(call("f", {pX})))), Node(variable("d", Node(call("f"))))});
+    EXPECT_EQ(listFound(log)["f"], (std::vector<int>{2, 1, 1}));
+}
+
+TEST_F(OptimizerMergeTest, SumsOfSwappedSidesStayTwoNodes) {
+    const Optimized script("inputvar x\ninputvar y\na = x + y\nb = y + x\nc = x + y\n");
+    EXPECT_NE(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.c"));
+}
+
+TEST_F(OptimizerMergeTest, CallsOverSeparateConstantsOfOneValueStayTwoNodes) {
+    const Node pA(variable("a", Node(call("sum", {Node(constant({1.0}))}))));
+    const Node pB(variable("b", Node(call("sum", {Node(constant({1.0}))}))));
+    const LogCapture log(OptimizerLogger);
+    optimize({pA, pB});
+    EXPECT_NE(Handle<VariableImpl>(pA)->getValue(), Handle<VariableImpl>(pB)->getValue());
+    EXPECT_EQ(listFound(log)["sum"], (std::vector<int>{1, 1}));
+}
+
+TEST_F(OptimizerMergeTest, CallsOnOneNamedConstantBecomeOneNode) {
+    const Optimized script("one = 1\na = sum(one)\nb = sum(one)\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_TRUE(script.hasLogged("found 2 similar instance(s) of the function sum"));
+}
+
+TEST_F(OptimizerMergeTest, EqualLiteralsOfAScriptAreOneConstantAndTheirCallsOneNode) {
+    const Optimized script("a = sum(1)\nb = sum(1)\nc = sum(2)\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_NE(script.computing("s.a"), script.computing("s.c"));
+}
+
+TEST_F(OptimizerMergeTest, EqualWindowsBecomeOneThatMovesOnOncePerFrame) {
+    const Optimized script("inputvar x\n"
+                           "a = slidingWindow<3>(x)\n"
+                           "b = slidingWindow<3>(x)\n"
+                           "other = slidingWindow<2>(x)\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_NE(script.computing("s.a"), script.computing("s.other"));
+    const std::vector<DoubleVector> vFrames{DoubleVector{1.0}, DoubleVector{2.0}, DoubleVector{3.0},
+                                            DoubleVector{4.0}};
+    for (const DoubleVector& vFrame : vFrames) {
+        script.set("s.x", vFrame);
+        EXPECT_EQ(script.value("s.a"), script.value("s.b"));
+    }
+    EXPECT_EQ(script.value("s.a"), (Values{2.0, 3.0, 4.0}));
+    EXPECT_EQ(script.value("s.other"), Values{4.0}) << "evaluated once only";
+}
+
+TEST_F(OptimizerMergeTest, WindowsOfOneSizeMergeWhereverTheSizeComesFrom) {
+    const Optimized script("inputvar x\n"
+                           "window<n>(y) = slidingWindow<n>(y)\n"
+                           "a = slidingWindow<3>(x)\n"
+                           "b = window<3>(x)\n"
+                           "c = window<2>(x)\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_NE(script.computing("s.a"), script.computing("s.c"));
+}
+
+TEST_F(OptimizerMergeTest, CallsOfAScriptFunctionMergeWithTheirBodies) {
+    const Optimized script("inputvar x\ntwice(y) = y + y\na = twice(x)\nb = twice(x)\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_TRUE(script.hasLogged("found 2 similar instance(s) of the function s.twice"));
+}
+
+TEST_F(OptimizerMergeTest, ConcatenationsOfOneFlatListBecomeOneNodeHoweverTheyNest) {
+    const Optimized script("inputvar x\ninputvar y\n"
+                           "a = {{x}, y}\nb = {{x, y}}\nc = {x, {y}}\nd = {x, y}\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_NE(script.computing("s.a"), script.computing("s.c"));
+    EXPECT_NE(script.computing("s.a"), script.computing("s.d"));
+    const DoubleVector vX{1.0, 2.0};
+    const DoubleVector vY{3.0};
+    script.set("s.x", vX);
+    script.set("s.y", vY);
+    for (const char* szName : {"s.a", "s.b", "s.c", "s.d"}) {
+        EXPECT_EQ(script.value(szName), (Values{1.0, 2.0, 3.0})) << szName;
+    }
+}
+
+TEST_F(OptimizerMergeTest, InputsWithOneVectorStayTwo) {
+    const DoubleVector vFrame{1.0};
+    const Handle<VariableImpl> pX = variable("x", Node(new DomainValueNoCopyImpl(vFrame)));
+    const Handle<VariableImpl> pY = variable("y", Node(new DomainValueNoCopyImpl(vFrame)));
+    const auto pA = variable("a", Node(call("f", {Node(pX)})));
+    const auto pB = variable("b", Node(call("f", {Node(pY)})));
+    optimize({Node(pA), Node(pB)});
+    EXPECT_NE(pA->getValue(), pB->getValue());
+}
+
+TEST_F(OptimizerMergeTest, CallsAboveMergedCallsMergeWhateverTheirNames) {
+    const Optimized script("inputvar x\ninputvar y\n"
+                           "a = abs(log(x + y))\nb = abs(log(x + y))\n"
+                           "c = log(abs(x + y))\nd = log(abs(x + y))\n");
+    EXPECT_EQ(script.computing("s.a"), script.computing("s.b"));
+    EXPECT_EQ(script.computing("s.c"), script.computing("s.d"));
+    for (const char* szFound : {"2 similar instance(s) of the function abs",
+                                "4 similar instance(s) of the function add"}) {
+        EXPECT_TRUE(script.hasLogged(std::string("found ") + szFound)) << szFound;
+    }
+}
+
+TEST_F(OptimizerMergeTest, SurvivorIsTheInstanceWithMoreNodes) {
+    for (const bool bLongFirst : {false, true}) {
+        const Node pX(variable("x"));
+        const Node pShort(call("f", {pX}));
+        const Node pLong(call("f", {Node(variable("v", Node(variable("w", pX))))}));
+        const Node pA(variable("a", bLongFirst ? pLong : pShort));
+        const Node pB(variable("b", bLongFirst ? pShort : pLong));
+        optimize({pA, pB});
+        EXPECT_EQ(parentsOf(*pShort), Nodes());
+        EXPECT_EQ(parentsOf(*pLong), bLongFirst ? nodesOf({pA, pB}) : nodesOf({pB, pA}));
+    }
+}
+
+TEST_F(OptimizerMergeTest, SurvivorAmongTheInstancesOfMostNodesIsTheFirst) {
+    const Node pX(variable("x"));
+    const auto through = [&] { return Node(call("f", {Node(variable("v", pX))})); };
+    const Node pShort(call("f", {pX}));
+    const Node pFirst = through();
+    const Node pSecond = through();
+    const Node pA(variable("a", pShort));
+    const Node pB(variable("b", pFirst));
+    const Node pC(variable("c", pSecond));
+    optimize({pA, pB, pC});
+    EXPECT_EQ(parentsOf(*pFirst), nodesOf({pB, pA, pC}));
+    EXPECT_EQ(parentsOf(*pShort), Nodes());
+    EXPECT_EQ(parentsOf(*pSecond), Nodes());
+}
+
+TEST_F(OptimizerMergeTest, ComplexityIsCountedAnewBehindAMerge) {
+    // The tops have equal counts, so the first survives; then the longer one of the inner calls
+    // does, which makes the calls over them equally long.
+    const Node pX(variable("x"));
+    const Node pShort(call("f", {pX}));
+    const Node pLong(call("f", {Node(variable("v", pX))}));
+    const Node pFirst(call("f", {pShort}));
+    const Node pSecond(call("f", {pLong}));
+    const Node pPadded(variable("far", Node(variable("near", pX))));
+    const Handle<RecordingFunction> pTop = call("f", {pShort, pFirst, pPadded});
+    const auto pA = variable("a", Node(pTop));
+    const auto pB = variable("b", Node(call("f", {pLong, pSecond, pX})));
+    optimize({Node(pA), Node(pB)});
+    EXPECT_EQ(pA->getValue(), Node(pTop));
+    EXPECT_EQ(pB->getValue(), Node(pTop));
+    EXPECT_EQ(valuesBoundBy(*pTop), nodesOf({pLong, pFirst, pPadded}));
+    EXPECT_EQ(parentsOf(*pSecond), Nodes());
+}
+
+TEST_F(OptimizerMergeTest, NodeWithSeveralParentsIsNotReplacedByItself) {
+    const Node pShared(call("f"));
+    const Node pA(variable("a", pShared));
+    const Node pB(variable("b", pShared));
+    const LogCapture log(OptimizerLogger);
+    optimize({pA, pB, Node(variable("c", pA))});
+    EXPECT_EQ(listFound(log)["f"], std::vector<int>{3});
+    EXPECT_EQ(parentsOf(*pShared), nodesOf({pA, pB}));
+}
+
+TEST_F(OptimizerMergeTest, TwinWithThreeParentsMovesCompletelyWithAFailedAssertion) {
+    const Node pBest(call("f"));
+    const Node pTwin(call("f"));
+    const Node pFirst(variable("first", pBest));
+    const Node pA(variable("a", pTwin));
+    const Node pB(variable("b", pTwin));
+    const Node pC(variable("c", pTwin));
+    const LogCapture log(OptimizerLogger);
+    optimize({pFirst, pA, pB, pC});
+    EXPECT_EQ(takeAssertions(), Texts{NotAChild});
+    EXPECT_EQ(listFound(log)["f"], std::vector<int>{4});
+    // The first call passes the second parent over, the next one takes it.
+    EXPECT_EQ(parentsOf(*pBest), nodesOf({pFirst, pA, pC, pB}));
+    EXPECT_EQ(parentsOf(*pTwin), Nodes());
+}
+
+TEST_F(OptimizerMergeTest, TwinUsedTwiceByOneParentMovesCompletely) {
+    const Node pBest(call("f"));
+    const Handle<RecordingFunction> pTwin = call("f");
+    const Handle<RecordingFunction> pParent(new RecordingFunction("g"));
+    pParent->addChild(Node(pTwin), true);
+    pParent->addChild(Node(pTwin), true);
+    optimize({Node(variable("first", pBest)), Node(pParent)});
+    EXPECT_EQ(childrenOf(*pParent), nodesOf({pBest, pBest}));
+    EXPECT_EQ(parentsOf(*pTwin), Nodes());
+}
+
+TEST_F(OptimizerMergeTest, BeyondTheLimitOfVisitsATwinMovesCompletelyToo) {
+    VisitLimit limit;
+    const Node pBest(call("f"));
+    const Node pTwin(call("f"));
+    add(limit.m_Dictionnary, variable("first", pBest));
+    for (const char* szName : {"a", "b", "c", "d", "e"}) {
+        add(limit.m_Dictionnary, variable(szName, pTwin));
+    }
+    const LogCapture log(OptimizerLogger);
+    optimize(limit.m_Dictionnary);
+    EXPECT_EQ(listFound(log)["f"], std::vector<int>{2});
+    EXPECT_EQ(parentsOf(*pBest).size(), 6u);
+    EXPECT_EQ(parentsOf(*pTwin), Nodes());
+}
+
+/// Counts how often it is asked whether a new child below it is itself.
+class AskedFunction : public RecordingFunction {
+public:
+    AskedFunction() : RecordingFunction("asked") {}
+
+    mutable unsigned m_uiAsked = 0;
+
+protected:
+    bool isDependantOf_i(const Handle<ExpressionBaseImpl>&) const override {
+        ++m_uiAsked;
+        return false;
+    }
+};
+
+TEST_F(OptimizerMergeTest, MergingAndFlatteningAskNoAncestors) {
+    const Node pA(constant({1.0}));
+    const Node pBest(call("f", {pA}));
+    const Handle<AskedFunction> pAbove(new AskedFunction);
+    bindAll(*pAbove, {Node(call("f", {pA})), Node(concatenation({Node(concatenation({pA})), pA})),
+                      Node(call("f", {pA}))});
+    Dictionnary dictionnary("in");
+    add(dictionnary, variable("first", pBest));
+    add(dictionnary, pAbove);
+    pAbove->m_uiAsked = 0;
+    optimize(dictionnary);
+    EXPECT_EQ(pAbove->m_uiAsked, 0u);
+    EXPECT_EQ(valueOf(*pAbove, 0), pBest.get());
+    EXPECT_EQ(valueOf(*pAbove, 2), pBest.get());
+    // Whoever else makes a link does.
+    bind(*pAbove, 0, Node(variable("x")));
+    EXPECT_NE(pAbove->m_uiAsked, 0u);
+}
+
+} // namespace
+
+} // namespace Velmora::Math::Xpr
