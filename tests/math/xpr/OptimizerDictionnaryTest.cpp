@@ -284,19 +284,18 @@ TEST_F(OptimizerDictionnaryTest, KeysAreFixedBeforeTheGraphChanges) {
 
 TEST_F(OptimizerDictionnaryTest, KeysAreLoggedOnceEachAndBehindThoseThatTheyAreMadeOf) {
     Dictionnary dictionnary("d");
-    const auto pLeft = variable("left");
-    const Node pShared(call("f", {Node(pLeft)}));
-    const Node pRight(variable("right"));
-    add(dictionnary, variable("x", Node(call("g", {pShared, pRight, pShared}))));
-    add(dictionnary, pLeft);
+    const auto pInput = variable("in");
+    const Node pShared(call("f", {Node(pInput)}));
+    const Node pOther(variable("other"));
+    add(dictionnary, variable("x", Node(call("g", {pShared, pShared, pOther}))));
+    add(dictionnary, pInput);
     const LogCapture log(KeyLogger);
     OptimizerDictionnary index;
     ASSERT_TRUE(index.initialize(dictionnary));
     // Children in their order: the input, its argument, the function and the argument over it; the
     // other two arguments; then the function and the variable above all.
-    EXPECT_EQ(debugLines(log),
-              (Texts{"#left", "#left", "#f#left", "#f#left", "#right", "#right", "#f#left",
-                     "#g#f#left#right#f#left", "#g#f#left#right#f#left"}));
+    EXPECT_EQ(debugLines(log), (Texts{"#in", "#in", "#f#in", "#f#in", "#f#in", "#other", "#other",
+                                      "#g#f#in#f#in#other", "#g#f#in#f#in#other"}));
 }
 
 TEST_F(OptimizerDictionnaryTest, NoKeyBecomesTextBeforeSomebodyReadsIt) {

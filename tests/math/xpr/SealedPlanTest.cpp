@@ -7,10 +7,13 @@
 #include <random>
 #include <unordered_set>
 
+#include <velmora/math/xpr/OperatorIf.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "math/xpr/OptimizerGraphs.h"
 #include "math/xpr/RandomScript.h"
 #include "math/xpr/ScriptRun.h"
+#include "support/GraphTest.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -159,6 +162,184 @@ TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalk) {
 
 TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhereOperatorsFail) {
     compareOverSeeds(RandomScript::Failures::Some);
+}
+
+using Testing::bind;
+using Testing::bindAll;
+using Testing::constant;
+using Testing::evaluated;
+using Testing::RecordingBinary;
+using Testing::valueOf;
+using Testing::Values;
+using Testing::variable;
+
+/// A sealed graph of operators that count their calculations:
+///
+///     shared = {x, one}, left = {shared, y}, right = {shared, shared}, top = {left, right}
+struct CountedGraph {
+    using Counts = std::vector<unsigned>;
+
+    CountedGraph() {
+        set(m_pX, m_vX);
+        set(m_pY, m_vY);
+        m_pShared = operatorOver(Node(m_pX), Node(constant({0.0})));
+        m_pLeft = operatorOver(Node(m_pShared), Node(m_pY));
+        m_pRight = operatorOver(Node(m_pShared), Node(m_pShared));
+        m_pTop = operatorOver(Node(m_pLeft), Node(m_pRight));
+        m_pTop->seal();
+    }
+
+    static Handle<RecordingBinary> operatorOver(const Node& in_pLeft, const Node& in_pRight) {
+        const Handle<RecordingBinary> pOperator(new RecordingBinary);
+        bind(*pOperator, 0, in_pLeft);
+        bind(*pOperator, 1, in_pRight);
+        return pOperator;
+    }
+
+    static void set(const Handle<VariableImpl>& in_pVariable, const DoubleVector& in_vValue) {
+        Variable& interface = *in_pVariable;
+        interface.setValue(in_vValue);
+    }
+
+    /// The calculations since the last call: of the shared one, left, right and top.
+    Counts takeCounts() {
+        Counts vCounts;
+        for (const auto& pOperator : {m_pShared, m_pLeft, m_pRight, m_pTop}) {
+            vCounts.push_back(pOperator->m_uiCalculations);
+            pOperator->m_uiCalculations = 0;
+        }
+        return vCounts;
+    }
+
+    DoubleVector m_vX{1.0};
+    DoubleVector m_vNextX{2.0};
+    DoubleVector m_vY{5.0};
+    Handle<VariableImpl> m_pX = variable("x");
+    Handle<VariableImpl> m_pY = variable("y");
+    Handle<RecordingBinary> m_pShared;
+    Handle<RecordingBinary> m_pLeft;
+    Handle<RecordingBinary> m_pRight;
+    Handle<RecordingBinary> m_pTop;
+};
+
+using Counts = CountedGraph::Counts;
+using SealedPlanGraphTest = Testing::GraphTest;
+
+TEST_F(SealedPlanGraphTest, EveryNodeIsComputedOnceAFrameAndOnlyIfWhatItReadsHasChanged) {
+    CountedGraph graph;
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 5, 1, 0, 1, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 1, 1}));
+    evaluated(*graph.m_pTop);
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 0, 0, 0}));
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 1, 1}));
+    CountedGraph::set(graph.m_pY, graph.m_vNextX);
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 2, 2, 0, 2, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 1, 0, 1}));
+}
+
+TEST_F(SealedPlanGraphTest, WhatWasAskedForAheadIsNotComputedAgain) {
+    CountedGraph graph;
+    EXPECT_EQ(evaluated(*graph.m_pRight), (Values{1, 0, 1, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 0, 1, 0}));
+    evaluated(*graph.m_pTop);
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 1, 0, 1}));
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    EXPECT_FALSE(graph.m_pRight->isValid());
+    EXPECT_FALSE(graph.m_pTop->isValid());
+    EXPECT_TRUE(graph.m_pY->getValue()->isValid());
+}
+
+TEST_F(SealedPlanGraphTest, FailingNodeIsTriedForEachReader) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    graph.takeCounts();
+    graph.m_pShared->m_bCalculates = false;
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    // Left reads it once and right twice, and what they read is what it has written.
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{3, 1, 1, 1}));
+    EXPECT_FALSE(graph.m_pShared->isValid());
+    EXPECT_TRUE(graph.m_pTop->isValid());
+}
+
+TEST_F(SealedPlanGraphTest, ChangeStopsAtANodeThatHasFailedAndReachesItsReadersByOtherWays) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    graph.m_pShared->m_bCalculates = false;
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    evaluated(*graph.m_pTop);
+    graph.m_pShared->m_bCalculates = true;
+    graph.takeCounts();
+    CountedGraph::set(graph.m_pX, graph.m_vX);
+    EXPECT_TRUE(graph.m_pTop->isValid());
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 0, 0, 0}));
+    CountedGraph::set(graph.m_pY, graph.m_vX);
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 1, 2, 0, 2, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 0, 1}));
+}
+
+TEST_F(SealedPlanGraphTest, FramesBehindAFailureAreComputedOnceEachAgain) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    graph.m_pLeft->m_bCalculates = false;
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    evaluated(*graph.m_pTop);
+    graph.m_pLeft->m_bCalculates = true;
+    graph.takeCounts();
+    for (int iFrame = 0; iFrame != 20; ++iFrame) {
+        CountedGraph::set(graph.m_pX, iFrame % 2 == 0 ? graph.m_vX : graph.m_vNextX);
+        EXPECT_EQ(evaluated(*graph.m_pTop).front(), iFrame % 2 == 0 ? 1.0 : 2.0);
+        EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 1, 1})) << iFrame;
+    }
+}
+
+TEST_F(SealedPlanGraphTest, ReaderThatDiesLeavesTheOthersInWorkingOrder) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    graph.m_pTop = CountedGraph::operatorOver(Node(graph.m_pLeft), Node(graph.m_pLeft));
+    graph.m_pRight = CountedGraph::operatorOver(Node(graph.m_pX), Node(graph.m_pX));
+    graph.takeCounts();
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    EXPECT_EQ(evaluated(*graph.m_pLeft), (Values{2, 0, 5}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 0, 0}));
+    graph.m_pTop->seal();
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 5}));
+    CountedGraph::set(graph.m_pX, graph.m_vX);
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 5, 1, 0, 5}));
+}
+
+TEST_F(SealedPlanGraphTest, BranchThatIsNotChosenIsNotComputed) {
+    CountedGraph graph;
+    const DoubleVector vOff{0.0}, vOn{1.0};
+    const Handle<VariableImpl> pChoice = variable("choice");
+    CountedGraph::set(pChoice, vOn);
+    const Handle<OperatorIf> pIf(new OperatorIf);
+    bindAll(*pIf, {Node(pChoice), Node(graph.m_pLeft), Node(graph.m_pRight)});
+    pIf->seal();
+    EXPECT_EQ(evaluated(*pIf), (Values{1, 0, 5}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 0, 0}));
+    CountedGraph::set(pChoice, vOff);
+    EXPECT_EQ(evaluated(*pIf), (Values{1, 0, 1, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 0, 1, 0}));
+    CountedGraph::set(graph.m_pY, graph.m_vX);
+    EXPECT_EQ(evaluated(*pIf), (Values{1, 0, 1, 0}));
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 0, 0, 0}));
+}
+
+TEST_F(SealedPlanGraphTest, CopyHasAWayOfItsOwn) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    const Handle<RecordingBinary> pCopy(graph.m_pTop->copy());
+    pCopy->seal();
+    graph.takeCounts();
+    EXPECT_EQ(evaluated(*pCopy), (Values{1, 0, 5, 1, 0, 1, 0}));
+    EXPECT_EQ(pCopy->m_uiCalculations, 1u);
+    EXPECT_EQ(graph.takeCounts(), (Counts{0, 0, 0, 0}));
+    pCopy->invalidate();
+    EXPECT_TRUE(graph.m_pTop->isValid());
 }
 
 } // namespace
