@@ -25,31 +25,6 @@ namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
 
-namespace {
-
-bool pointsAt(const LimitedObjPtr<ExpressionBaseImpl>& in_pPointer,
-              const ExpressionBaseImpl& in_Expression) {
-    return !in_pPointer.isNull() && &*in_pPointer == &in_Expression;
-}
-
-template <class Iterator>
-Iterator findParent(Iterator in_iteBegin, Iterator in_iteEnd, const ExpressionBaseImpl& in_Parent) {
-    return std::find_if(in_iteBegin, in_iteEnd,
-                        [&](const auto& in_pEntry) { return pointsAt(in_pEntry, in_Parent); });
-}
-
-template <class Iterator>
-void retireEntries(Iterator in_iteBegin, Iterator in_iteEnd, const ExpressionBaseImpl& in_Parent,
-                   std::ptrdiff_t in_iLinks) {
-    for (Iterator ite = in_iteBegin; ite != in_iteEnd; ++ite) {
-        if (pointsAt(*ite, in_Parent) && in_iLinks-- <= 0) {
-            *ite = &deadParent();
-        }
-    }
-}
-
-} // namespace
-
 ExpressionBaseImpl::ExpressionBaseImpl() : m_id(expressionIdGenerator().generateId()) {}
 
 ExpressionBaseImpl::~ExpressionBaseImpl() {
@@ -60,7 +35,6 @@ ExpressionBaseImpl::~ExpressionBaseImpl() {
     if (m_pPlan != nullptr && m_uiPlanIndex != SealedPlan::PassedOver) {
         m_pPlan->noteDeath(m_uiPlanIndex);
     }
-    m_pSealedParents.reset();
     releaseDeferred(m_Childs);
 }
 
@@ -271,7 +245,7 @@ void ExpressionBaseImpl::addParent(const LimitedObjPtr<ExpressionBaseImpl>& in_p
         VELMORA_ASSERT_FAIL("!in_pParent.isNull()");
         return;
     }
-    m_Parents.push_back(in_pParent);
+    m_Parents.add(in_pParent);
 }
 
 bool ExpressionBaseImpl::removeParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {
@@ -281,31 +255,20 @@ bool ExpressionBaseImpl::removeParent(const LimitedObjPtr<ExpressionBaseImpl>& i
     }
     // A parent that came after sealing isn't in the plan, such as the copy of an input, which
     // shares its value for a moment.
-    auto* const pEnd = m_pSealedParents.get() + m_uiSealedParents;
-    if (findParent(m_pSealedParents.get(), pEnd, *in_pParent) != pEnd) {
+    if (m_pPlan != nullptr && in_pParent->m_pPlan == m_pPlan) {
         noteChange();
     }
     return eraseParent(in_pParent);
 }
 
 bool ExpressionBaseImpl::eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {
-    const auto iteParent = findParent(m_Parents.begin(), m_Parents.end(), *in_pParent);
-    if (iteParent == m_Parents.end()) {
-        VELMORA_LOG_ERROR(fileLogger(), "Failed to remove parent (expr: "
-                                            << m_id << ", pexpr: " << in_pParent->getId() << ")");
-        VELMORA_ASSERT_FAIL("false");
-        return false;
+    if (m_Parents.removeFirst(*in_pParent)) {
+        return true;
     }
-    m_Parents.erase(iteParent);
-    if (m_uiSealedParents != 0) {
-        auto* const pEnd = m_pSealedParents.get() + m_uiSealedParents;
-        auto* const pSealed = findParent(m_pSealedParents.get(), pEnd, *in_pParent);
-        if (pSealed != pEnd) {
-            std::move(pSealed + 1, pEnd, pSealed);
-            --m_uiSealedParents;
-        }
-    }
-    return true;
+    VELMORA_LOG_ERROR(fileLogger(), "Failed to remove parent (expr: "
+                                        << m_id << ", pexpr: " << in_pParent->getId() << ")");
+    VELMORA_ASSERT_FAIL("false");
+    return false;
 }
 
 unsigned long ExpressionBaseImpl::addChild(const Handle<ExpressionBaseImpl>& in_pChild,
@@ -391,7 +354,7 @@ bool ExpressionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpres
     const Handle<ExpressionBaseImpl> pThis = holdByParent();
     // What the storage of the list holds while it shrinks beneath the walk: the live entries, and
     // behind them what stood there before.
-    std::vector<LimitedObjPtr<ExpressionBaseImpl>> vStorage(m_Parents);
+    std::vector<LimitedObjPtr<ExpressionBaseImpl>> vStorage(m_Parents.begin(), m_Parents.end());
     for (std::size_t uiPosition = 0; uiPosition != vStorage.size(); ++uiPosition) {
         const LimitedObjPtr<ExpressionBaseImpl> pParent(vStorage[uiPosition]);
         pParent->replaceChild(*this, in_pNewExpression, true);
@@ -426,12 +389,9 @@ void ExpressionBaseImpl::invalidate_i() {
     while (pPending != nullptr) {
         ExpressionBaseImpl& node = *pPending;
         pPending = node.m_pNextInvalid;
-        const LimitedObjPtr<ExpressionBaseImpl>* pParent =
-            node.m_bSealed ? node.m_pSealedParents.get() : node.m_Parents.data();
-        const std::size_t uiParents =
-            node.m_bSealed ? node.m_uiSealedParents : node.m_Parents.size();
-        for (std::size_t uiParent = 0; uiParent != uiParents; ++uiParent) {
-            ExpressionBaseImpl& parent = *pParent[uiParent];
+        const auto* const pEnd = node.m_bSealed ? node.m_Parents.sealedEnd() : node.m_Parents.end();
+        for (const auto* ppParent = node.m_Parents.begin(); ppParent != pEnd; ++ppParent) {
+            ExpressionBaseImpl& parent = **ppParent;
             if (parent.isValid()) {
                 *parent.m_pValid = 0;
                 parent.m_pNextInvalid = pPending;
@@ -446,7 +406,7 @@ void ExpressionBaseImpl::seal() {
 }
 
 void ExpressionBaseImpl::sealAlongPaths() {
-    sealParents();
+    m_Parents.seal();
     m_bSealed = true;
     seal_i();
     for (const auto& pChild : m_Childs) {
@@ -474,21 +434,11 @@ void ExpressionBaseImpl::unregisterFrom(ExpressionBaseImpl& inout_Other) {
     inout_Other.eraseParent(this);
 }
 
-void ExpressionBaseImpl::sealParents() {
-    m_pSealedParents.reset();
-    m_uiSealedParents = m_Parents.size();
-    m_pSealedParents.reset(new LimitedObjPtr<ExpressionBaseImpl>[m_uiSealedParents]);
-    std::copy(m_Parents.begin(), m_Parents.end(), m_pSealedParents.get());
-}
-
 void ExpressionBaseImpl::retireFrom(ExpressionBaseImpl& inout_Child) {
     const auto iLinks = std::count_if(m_Childs.begin(), m_Childs.end(), [&](const auto& in_pChild) {
         return &*in_pChild == &inout_Child;
     });
-    retireEntries(inout_Child.m_Parents.begin(), inout_Child.m_Parents.end(), *this, iLinks);
-    retireEntries(inout_Child.m_pSealedParents.get(),
-                  inout_Child.m_pSealedParents.get() + inout_Child.m_uiSealedParents, *this,
-                  iLinks);
+    inout_Child.m_Parents.replaceBehind(static_cast<std::size_t>(iLinks), *this, deadParent());
 }
 
 Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy() const {

@@ -1,6 +1,7 @@
 #include "GraphWalk.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "SealedPlan.h"
 
@@ -9,6 +10,9 @@ namespace Velmora::Math::Xpr {
 namespace {
 
 thread_local bool t_bWalking = false;
+
+/// Numbers are never given twice: a graph may have been walked by another thread before.
+std::atomic<std::uint64_t> g_uiLastWalk{0};
 
 } // namespace
 
@@ -20,6 +24,18 @@ GraphWalk::Outermost::~Outermost() {
     if (m_bOutermost) {
         t_bWalking = false;
     }
+}
+
+GraphWalk::GraphWalk() : m_uiNumber(++g_uiLastWalk) {}
+
+bool GraphWalk::enter(ExpressionBaseImpl& inout_Node) const {
+    const bool bNew = inout_Node.m_uiLastWalk != m_uiNumber;
+    inout_Node.m_uiLastWalk = m_uiNumber;
+    return bNew;
+}
+
+bool GraphWalk::hasEntered(const ExpressionBaseImpl& in_Node) const {
+    return in_Node.m_uiLastWalk == m_uiNumber;
 }
 
 bool GraphWalk::isShort(const Nodes& in_vRoots) {
@@ -65,7 +81,7 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     }
     // Now that all are registered, the lists of parents are complete.
     for (ExpressionBaseImpl* pNode : vNodes) {
-        pNode->sealParents();
+        pNode->m_Parents.seal();
     }
     SealedPlan::make(in_vRoots);
 }
@@ -77,18 +93,18 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
     };
     Nodes vNodes;
     std::vector<Place> vPath;
-    const auto enter = [&](ExpressionBaseImpl& in_Node) {
-        if (m_Seen.insert(&in_Node).second) {
+    const auto descend = [&](ExpressionBaseImpl& in_Node) {
+        if (enter(in_Node)) {
             vPath.push_back({&in_Node, 0});
         }
     };
-    enter(in_Root);
+    descend(in_Root);
     while (!vPath.empty()) {
         // The last child first: reversed below, siblings come in their own order.
         Place& place = vPath.back();
         const std::size_t uiChildCount = place.m_pNode->m_Childs.size();
         if (place.m_uiNextChild < uiChildCount) {
-            enter(*place.m_pNode->m_Childs[uiChildCount - ++place.m_uiNextChild]);
+            descend(*place.m_pNode->m_Childs[uiChildCount - ++place.m_uiNextChild]);
         } else {
             vNodes.push_back(place.m_pNode);
             vPath.pop_back();

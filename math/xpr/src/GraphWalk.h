@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_set>
+#include <cstdint>
 #include <vector>
 
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
@@ -11,7 +11,8 @@ namespace Velmora::Math::Xpr {
 /// Walks below one or more roots that visit each node once, parents ahead of children, without
 /// recursion.
 ///
-/// The operations that walk along every path use it for graphs with too many paths.
+/// The operations that walk along every path use it for graphs with too many paths. A walk leaves
+/// its number at each node: while one goes on, no other may run over the same nodes.
 class GraphWalk {
 public:
     using Nodes = std::vector<ExpressionBaseImpl*>;
@@ -39,6 +40,14 @@ public:
     /// otherwise each node once, after every node is registered with what it reads.
     static void seal(const Nodes& in_vRoots);
 
+    GraphWalk();
+
+    /// Marks the node as visited. False if this walk has been there.
+    bool enter(ExpressionBaseImpl& inout_Node) const;
+
+    /// Has this walk, and none after it, been there?
+    bool hasEntered(const ExpressionBaseImpl& in_Node) const;
+
     /// The nodes below a root, the root included, that no earlier call of this object has given: a
     /// node stands behind all of its parents among them.
     Nodes collect(ExpressionBaseImpl& in_Root);
@@ -51,7 +60,7 @@ private:
     /// Counts the visits from what is pending; false as soon as there are too many.
     static bool isShortFrom(std::vector<const ExpressionBaseImpl*> in_vPending);
 
-    std::unordered_set<const ExpressionBaseImpl*> m_Seen;
+    std::uint64_t m_uiNumber;
 };
 
 } // namespace Velmora::Math::Xpr

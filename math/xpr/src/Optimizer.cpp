@@ -1,7 +1,12 @@
 #include <velmora/math/xpr/Optimizer.h>
 
+#include <algorithm>
+#include <array>
+#include <cstring>
 #include <unordered_map>
 #include <vector>
+
+#include <log4cplus/logger.h>
 
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
@@ -34,6 +39,42 @@ bool open(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressio
     }
     VELMORA_LOG_DEBUG(fileLogger(), "optimizer dictionnary before optimize:" << out_Index.dump());
     return true;
+}
+
+GraphWalk::Nodes rootsOf(const Dictionnary& in_Dictionnary) {
+    GraphWalk::Nodes vRoots;
+    for (const auto& entry : in_Dictionnary) {
+        const Handle<ExpressionBaseImpl> pRoot(entry.second);
+        if (!pRoot.isNull()) {
+            vRoots.push_back(&*pRoot);
+        }
+    }
+    return vRoots;
+}
+
+/// Would anybody see that the index is made?
+bool isIndexLogged() {
+    const auto isLogged = [](const char* in_szLogger) {
+        return log4cplus::Logger::getInstance(in_szLogger).isEnabledFor(log4cplus::DEBUG_LOG_LEVEL);
+    };
+    constexpr std::array Loggers{"quillmark.math.xpr.Optimizer",
+                                 "quillmark.math.xpr.Optimizer.Dictionnary",
+                                 "quillmark.math.xpr.OptimizerExpressionData",
+                                 "quillmark.math.xpr.OptimizerExpressionDataSpecializer"};
+    return std::any_of(Loggers.begin(), Loggers.end(), isLogged);
+}
+
+/// Does anything bear the name of a concatenation?
+bool hasConcatenation(const Dictionnary& in_Dictionnary) {
+    const auto isConcatenation = [](const ExpressionBaseImpl* in_pNode) {
+        return std::strcmp(in_pNode->getName(), OperatorConcatenate::getNameStatic()) == 0;
+    };
+    GraphWalk walk;
+    const GraphWalk::Nodes vRoots = rootsOf(in_Dictionnary);
+    return std::any_of(vRoots.begin(), vRoots.end(), [&](ExpressionBaseImpl* in_pRoot) {
+        const GraphWalk::Nodes vNodes = walk.collect(*in_pRoot);
+        return std::any_of(vNodes.begin(), vNodes.end(), isConcatenation);
+    });
 }
 
 /// The instances of a list by key, the groups in the order of their first instance.
@@ -171,6 +212,11 @@ bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
 bool Optimizer::optimizeLevel2(const Dictionnary& in_Dictionnary,
                                Dictionnary& out_OptimizedExpressions) {
     VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel2");
+    // Without a concatenation the index is for the log only.
+    if (!isIndexLogged() && !hasConcatenation(in_Dictionnary)) {
+        out_OptimizedExpressions = in_Dictionnary;
+        return true;
+    }
     OptimizerDictionnary dictOptimizer;
     if (!open(in_Dictionnary, out_OptimizedExpressions, dictOptimizer)) {
         return false;
@@ -250,14 +296,7 @@ void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOper
 
 void Optimizer::sealExpressions(Dictionnary& inout_Dictionnary) {
     VELMORA_TRACE_SCOPE(fileLogger(), "sealExpression");
-    GraphWalk::Nodes vRoots;
-    for (const auto& entry : inout_Dictionnary) {
-        const Handle<ExpressionBaseImpl> pRoot(entry.second);
-        if (!pRoot.isNull()) {
-            vRoots.push_back(&*pRoot);
-        }
-    }
-    GraphWalk::seal(vRoots);
+    GraphWalk::seal(rootsOf(inout_Dictionnary));
 }
 
 } // namespace Velmora::Math::Xpr

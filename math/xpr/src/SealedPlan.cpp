@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <typeinfo>
-#include <unordered_map>
 
 #include <velmora/math/xpr/Argument.h>
 #include <velmora/math/xpr/ConstantImpl.h>
@@ -45,12 +44,11 @@ public:
         m_Plan.m_vValid.resize((m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord);
         m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
         m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
-        m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vValid.size() + 1024;
+        m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vSteps.size() + 1024;
     }
 
     Index find(const ExpressionBaseImpl& in_Node) const {
-        const auto ite = m_mapIndexes.find(&in_Node);
-        return ite == m_mapIndexes.end() ? PassedOver : ite->second;
+        return m_Walk.hasEntered(in_Node) ? in_Node.m_uiWalkPlace : PassedOver;
     }
 
     /// For each input of the graph, what reads it. None at all if a node chooses what it reads:
@@ -98,7 +96,7 @@ private:
     };
 
     void enter(ExpressionBaseImpl& in_Node) {
-        if (m_mapIndexes.emplace(&in_Node, PassedOver).second) {
+        if (m_Walk.enter(in_Node)) {
             Place place{&in_Node, {}, 0, false};
             place.m_bKnown = in_Node.getSealedInputs(place.m_vInputs);
             if (!place.m_bKnown) {
@@ -129,7 +127,7 @@ private:
         step.m_bPlanned = in_Place.m_bKnown;
         m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
         for (const ExpressionBaseImpl* pInput : in_Place.m_vInputs) {
-            const Index uiInput = m_mapIndexes.at(pInput);
+            const Index uiInput = pInput->m_uiWalkPlace;
             m_Plan.m_vInputs.push_back(uiInput);
             step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
         }
@@ -139,11 +137,11 @@ private:
                 step.m_eKind = Kind::Leaf;
             }
         } else if (in_Place.m_bKnown) {
-            step.m_uiFirst = m_mapIndexes.at(in_Place.m_vInputs.front());
-            step.m_uiSecond = m_mapIndexes.at(in_Place.m_vInputs.back());
+            step.m_uiFirst = in_Place.m_vInputs.front()->m_uiWalkPlace;
+            step.m_uiSecond = in_Place.m_vInputs.back()->m_uiWalkPlace;
             step.m_eKind = kindOf(node);
         }
-        m_mapIndexes[&node] = static_cast<Index>(m_Plan.m_vSteps.size());
+        node.m_uiWalkPlace = static_cast<Index>(m_Plan.m_vSteps.size());
         m_Plan.m_vSteps.push_back(step);
     }
 
@@ -203,33 +201,35 @@ private:
     }
 
     SealedPlan& m_Plan;
-    std::unordered_map<const ExpressionBaseImpl*, Index> m_mapIndexes;
+    const GraphWalk m_Walk;
     std::vector<Place> m_vPath;
     std::vector<Index> m_vReaders;
     std::vector<Index> m_vReadersBegin;
 };
 
 void SealedPlan::make(const Nodes& in_vRoots) {
-    const auto pPlan = std::make_shared<SealedPlan>();
-    Builder builder(*pPlan);
-    builder.build(in_vRoots);
-    builder.buildReaders();
-
     GraphWalk walk;
     Nodes vNodes;
     for (ExpressionBaseImpl* pRoot : in_vRoots) {
         const Nodes vBelow = walk.collect(*pRoot);
         vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
     }
+
+    const auto pPlan = std::make_shared<SealedPlan>();
+    Builder builder(*pPlan);
+    builder.build(in_vRoots);
+    builder.buildReaders();
+
     for (ExpressionBaseImpl* pNode : vNodes) {
         pNode->joinPlan(pPlan, builder.find(*pNode));
     }
     // A change must reach every parent: those outside of these graphs can't be told by a plan.
     for (const ExpressionBaseImpl* pNode : vNodes) {
-        for (std::size_t ui = 0; ui != pNode->m_uiSealedParents; ++ui) {
-            if (pNode->m_pSealedParents[ui]->m_pPlan != pPlan) {
-                pPlan->m_bUsable = false;
-            }
+        const bool bAllPlanned =
+            std::all_of(pNode->m_Parents.begin(), pNode->m_Parents.sealedEnd(),
+                        [&](const auto& in_pParent) { return in_pParent->m_pPlan == pPlan; });
+        if (!bAllPlanned) {
+            pPlan->m_bUsable = false;
         }
         if (pNode->isValid() && pNode->m_uiPlanIndex == PassedOver) {
             pPlan->m_bUsable = false;
@@ -388,24 +388,40 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     }
     const auto iteFirst = m_vValid.begin() + static_cast<std::ptrdiff_t>(pNeeds->m_uiFirst);
     std::copy_n(iteFirst, pNeeds->m_vFlags.size(), m_vBefore.begin());
-    for (std::size_t uiWord = 0; uiWord != pNeeds->m_vFlags.size(); ++uiWord) {
-        const std::size_t uiPlace = pNeeds->m_uiFirst + uiWord;
-        for (Flags flags = pNeeds->m_vFlags[uiWord] & ~m_vValid[uiPlace]; flags != 0;
+    const Index uiFailed =
+        pNeeds->m_bInOrder ? computeInListOrder(*pNeeds) : computeInOwnOrder(*pNeeds);
+    out_bSuccess = uiFailed == PassedOver;
+    if (!out_bSuccess) {
+        takeBack(*pNeeds, uiFailed);
+        // The long way goes on from here: the reader that needs this node is the first that the
+        // recursion comes to.
+        m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
+    }
+    return out_bSuccess || uiFailed == in_uiNode;
+}
+
+/// Computes what isn't valid; returns the node that failed, or `PassedOver`.
+SealedPlan::Index SealedPlan::computeInListOrder(const NodeSet& in_Needs) {
+    for (std::size_t uiWord = 0; uiWord != in_Needs.m_vFlags.size(); ++uiWord) {
+        const std::size_t uiPlace = in_Needs.m_uiFirst + uiWord;
+        for (Flags flags = in_Needs.m_vFlags[uiWord] & ~m_vValid[uiPlace]; flags != 0;
              flags &= flags - 1) {
             const auto uiNode = static_cast<Index>(
                 uiPlace * FlagsPerWord + static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
             if (!step(uiNode)) {
-                out_bSuccess = false;
-                takeBack(*pNeeds, uiNode);
-                // The long way goes on from here: the reader that needs this node is the first that
-                // the recursion comes to.
-                m_uiFailed = uiNode == in_uiNode ? PassedOver : uiNode;
-                return uiNode == in_uiNode;
+                return uiNode;
             }
         }
     }
-    out_bSuccess = true;
-    return true;
+    return PassedOver;
+}
+
+/// The same for a node to which the list, made from other roots, isn't in the recursion's order.
+SealedPlan::Index SealedPlan::computeInOwnOrder(const NodeSet& in_Needs) {
+    const auto ite =
+        std::find_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
+                     [this](Index in_uiNode) { return !isValid(in_uiNode) && !step(in_uiNode); });
+    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
 }
 
 /// Inputs and variables were computed ahead of their turn, where nobody sees it. The recursion
@@ -464,23 +480,21 @@ bool SealedPlan::isSilent(Index in_uiNode) const {
 
 const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {
     std::unique_ptr<NodeSet>& pNeeds = m_vNeeds[in_uiNode];
-    if (pNeeds == nullptr) {
-        pNeeds = std::make_unique<NodeSet>();
-        const std::vector<Index> vNeeds = listNeeds(in_uiNode);
-        const std::size_t uiWords = vNeeds.size() / FlagsPerWord + 2;
+    // Listing costs as much time as memory: it ends when the room does.
+    if (pNeeds == nullptr && m_uiNeedsRoom != 0) {
+        std::vector<Index> vNeeds = listNeeds(in_uiNode);
+        pNeeds = std::make_unique<NodeSet>(Builder::makeSet(vNeeds));
         // The recursion from here may come to the nodes in another order than the list has. It
         // shows in those that log or fail.
         std::vector<Index> vShown;
         std::copy_if(vNeeds.begin(), vNeeds.end(), std::back_inserter(vShown),
                      [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
-        if (std::is_sorted(vShown.begin(), vShown.end()) && uiWords <= m_uiNeedsRoom) {
-            *pNeeds = Builder::makeSet(vNeeds);
-            pNeeds->m_vOrder = vNeeds;
-            m_vBefore.resize(m_vValid.size());
-            m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vFlags.size());
-        }
+        pNeeds->m_bInOrder = std::is_sorted(vShown.begin(), vShown.end());
+        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, vNeeds.size());
+        pNeeds->m_vOrder = std::move(vNeeds);
+        m_vBefore.resize(m_vValid.size());
     }
-    return pNeeds->m_vFlags.empty() ? nullptr : pNeeds.get();
+    return pNeeds.get();
 }
 
 } // namespace Velmora::Math::Xpr

@@ -116,6 +116,8 @@ private:
         std::vector<Flags> m_vFlags;
         /// For what a node needs: the order in which the recursion comes to it.
         std::vector<Index> m_vOrder;
+        /// Is that the order of the list, as far as anybody can see?
+        bool m_bInOrder = false;
     };
 
     class Builder;
@@ -125,6 +127,8 @@ private:
     bool computeVectors(Step& inout_Step);
     static void look(Step& inout_Step);
     void leave();
+    Index computeInListOrder(const NodeSet& in_Needs);
+    Index computeInOwnOrder(const NodeSet& in_Needs);
     void takeBack(const NodeSet& in_Needs, Index in_uiFailed);
     bool step(Index in_uiNode);
     bool areInputsValid(Index in_uiNode) const;
@@ -146,7 +150,7 @@ private:
     std::vector<std::unique_ptr<NodeSet>> m_vReaders;
     /// For a node that was asked for, what it needs.
     std::vector<std::unique_ptr<NodeSet>> m_vNeeds;
-    /// Words that the sets of needs may still take.
+    /// Nodes that the sets of needs may still list.
     std::size_t m_uiNeedsRoom = 0;
     std::size_t m_uiLongWays = 0;
     /// The flags as they were when the running evaluation began.

@@ -8,6 +8,7 @@
 
 #include <velmora/Handle.h>
 #include <velmora/math/xpr/Expression.h>
+#include <velmora/math/xpr/ParentList.h>
 
 namespace Velmora::Math::Xpr {
 
@@ -81,10 +82,8 @@ public:
     const char* getDotName() const;
 
     /// The parents, one entry for each link, and the children, both in their order.
-    const LimitedObjPtr<ExpressionBaseImpl>* getParentBegin() const { return m_Parents.data(); }
-    const LimitedObjPtr<ExpressionBaseImpl>* getParentEnd() const {
-        return m_Parents.data() + m_Parents.size();
-    }
+    const LimitedObjPtr<ExpressionBaseImpl>* getParentBegin() const { return m_Parents.begin(); }
+    const LimitedObjPtr<ExpressionBaseImpl>* getParentEnd() const { return m_Parents.end(); }
 
     /// The children in their order.
     const Handle<ExpressionBaseImpl>* getChildBegin() const { return m_Childs.data(); }
@@ -225,7 +224,6 @@ private:
     friend class SealedPlan;
 
     bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;
-    void sealParents();
     bool evaluateSealed(LimitedObjPtr<DoubleVector>& out);
     void joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
     bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
@@ -233,13 +231,11 @@ private:
 
     unsigned long m_id;
     std::string m_strType;
-    std::vector<LimitedObjPtr<ExpressionBaseImpl>> m_Parents;
+    ParentList m_Parents;
     std::vector<Handle<ExpressionBaseImpl>> m_Childs;
     std::string m_strSourceInfo;
     mutable std::string m_strDotName;
     bool m_bSealed = false;
-    std::unique_ptr<LimitedObjPtr<ExpressionBaseImpl>[]> m_pSealedParents;
-    std::size_t m_uiSealedParents = 0;
     std::uint8_t m_bValid = 0;
     LimitedObjPtr<DoubleVector> m_pValue;
     /// The next node of a running invalidation: a list through the nodes needs neither the stack
@@ -249,6 +245,10 @@ private:
     std::uint8_t* m_pValid = &m_bValid;
     std::shared_ptr<SealedPlan> m_pPlan;
     std::uint32_t m_uiPlanIndex = 0;
+    /// What the last walk that came here left behind: its number and, if it makes a list, the place
+    /// of this node. No walk needs a table of the nodes that it has seen.
+    std::uint32_t m_uiWalkPlace = 0;
+    std::uint64_t m_uiLastWalk = 0;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -103,6 +103,7 @@
 #include <velmora/math/xpr/Optimizer.h>
 #include <velmora/math/xpr/Parameter.h>
 #include <velmora/math/xpr/ParameterImpl.h>
+#include <velmora/math/xpr/ParentList.h>
 #include <velmora/math/xpr/Registry.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/ScriptLoader.h>
