@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t FlagsPerWord = 8;
 
 /// Words that the sets of readers of all inputs may take together: 8 MiB.
-constexpr std::size_t MaxReaderWords = std::size_t(1) << 20;
+constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
 
 } // namespace
 
@@ -67,7 +67,7 @@ public:
                 continue;
             }
             auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));
-            uiWords += pSet->m_vFlags.size();
+            uiWords += pSet->m_vWords.size();
             if (uiWords > MaxReaderWords) {
                 return;
             }
@@ -75,14 +75,15 @@ public:
         }
     }
 
-    static NodeSet makeSet(const std::vector<Index>& in_vNodes) {
-        const auto range = std::minmax_element(in_vNodes.begin(), in_vNodes.end());
+    static NodeSet makeSet(std::vector<Index> in_vNodes) {
+        std::sort(in_vNodes.begin(), in_vNodes.end());
         NodeSet set;
-        set.m_uiFirst = *range.first / FlagsPerWord;
-        set.m_vFlags.resize(*range.second / FlagsPerWord - set.m_uiFirst + 1);
         for (const Index uiNode : in_vNodes) {
-            set.m_vFlags[uiNode / FlagsPerWord - set.m_uiFirst] |= Flags(1)
-                                                                   << (uiNode % FlagsPerWord * 8);
+            const std::size_t uiPlace = uiNode / FlagsPerWord;
+            if (set.m_vWords.empty() || set.m_vWords.back().m_uiPlace != uiPlace) {
+                set.m_vWords.push_back({0, uiPlace});
+            }
+            set.m_vWords.back().m_Flags |= Flags(1) << (uiNode % FlagsPerWord * 8);
         }
         return set;
     }
@@ -133,8 +134,10 @@ private:
         }
         if (in_Place.m_bKnown && in_Place.m_vInputs.empty()) {
             const std::type_info& type = typeid(node);
-            if (type == typeid(ConstantImpl) || type == typeid(DomainValueNoCopyImpl)) {
-                step.m_eKind = Kind::Leaf;
+            if (type == typeid(ConstantImpl)) {
+                step.m_eKind = Kind::Constant;
+            } else if (type == typeid(DomainValueNoCopyImpl)) {
+                step.m_eKind = Kind::Input;
             }
         } else if (in_Place.m_bKnown) {
             step.m_uiFirst = in_Place.m_vInputs.front()->m_uiWalkPlace;
@@ -270,6 +273,15 @@ void SealedPlan::look(Step& inout_Step) {
         inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
         inout_Step.m_pScalar = nullptr;
         inout_Step.m_bAhead = false;
+        noteConstant(inout_Step);
+    }
+}
+
+/// A constant never changes, so that its element can be read without asking for the size.
+void SealedPlan::noteConstant(Step& inout_Step) {
+    if (inout_Step.m_eKind == Kind::Constant && inout_Step.m_pVector != nullptr &&
+        inout_Step.m_pVector->size() == 1) {
+        inout_Step.m_pScalar = const_cast<double*>(inout_Step.m_pVector->begin());
     }
 }
 
@@ -345,12 +357,14 @@ bool SealedPlan::computeOperator(Step& inout_Step) {
 
 bool SealedPlan::compute(Step& inout_Step) {
     switch (inout_Step.m_eKind) {
-    case Kind::Leaf:
+    case Kind::Constant:
+    case Kind::Input:
     case Kind::Other:
         if (!inout_Step.m_pNode->evaluate_i(inout_Step.m_pNode->m_pValue)) {
             return false;
         }
         inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+        noteConstant(inout_Step);
         return true;
     case Kind::Forward: {
         const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
@@ -386,13 +400,13 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (pNeeds == nullptr) {
         return false;
     }
-    const auto iteFirst = m_vValid.begin() + static_cast<std::ptrdiff_t>(pNeeds->m_uiFirst);
-    std::copy_n(iteFirst, pNeeds->m_vFlags.size(), m_vBefore.begin());
     const Index uiFailed =
         pNeeds->m_bInOrder ? computeInListOrder(*pNeeds) : computeInOwnOrder(*pNeeds);
     out_bSuccess = uiFailed == PassedOver;
     if (!out_bSuccess) {
-        takeBack(*pNeeds, uiFailed);
+        if (pNeeds->m_bInOrder) {
+            takeBack(*pNeeds, uiFailed);
+        }
         // The long way goes on from here: the reader that needs this node is the first that the
         // recursion comes to.
         m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
@@ -402,16 +416,18 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
 
 /// Computes what isn't valid; returns the node that failed, or `PassedOver`.
 SealedPlan::Index SealedPlan::computeInListOrder(const NodeSet& in_Needs) {
-    for (std::size_t uiWord = 0; uiWord != in_Needs.m_vFlags.size(); ++uiWord) {
-        const std::size_t uiPlace = in_Needs.m_uiFirst + uiWord;
-        for (Flags flags = in_Needs.m_vFlags[uiWord] & ~m_vValid[uiPlace]; flags != 0;
-             flags &= flags - 1) {
-            const auto uiNode = static_cast<Index>(
-                uiPlace * FlagsPerWord + static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
+    Flags* pBefore = m_vBefore.data();
+    for (const Word& word : in_Needs.m_vWords) {
+        *pBefore = m_vValid[word.m_uiPlace];
+        for (Flags flags = word.m_Flags & ~*pBefore; flags != 0; flags &= flags - 1) {
+            const auto uiNode =
+                static_cast<Index>(word.m_uiPlace * FlagsPerWord +
+                                   static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
             if (!step(uiNode)) {
                 return uiNode;
             }
         }
+        ++pBefore;
     }
     return PassedOver;
 }
@@ -427,11 +443,22 @@ SealedPlan::Index SealedPlan::computeInOwnOrder(const NodeSet& in_Needs) {
 /// Inputs and variables were computed ahead of their turn, where nobody sees it. The recursion
 /// stops where a node fails, and wouldn't have come to some of them.
 void SealedPlan::takeBack(const NodeSet& in_Needs, Index in_uiFailed) {
-    const auto* const pBefore = reinterpret_cast<const std::uint8_t*>(m_vBefore.data());
-    const std::size_t uiOffset = in_Needs.m_uiFirst * FlagsPerWord;
+    // Behind the word of the node that failed nothing was computed.
+    const std::size_t uiLastPlace = in_uiFailed / FlagsPerWord;
     auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiFailed);
     for (; ite != in_Needs.m_vOrder.end(); ++ite) {
-        if (pBefore[*ite - uiOffset] == 0) {
+        const std::size_t uiPlace = *ite / FlagsPerWord;
+        if (uiPlace > uiLastPlace) {
+            continue;
+        }
+        const auto iteWord =
+            std::lower_bound(in_Needs.m_vWords.begin(), in_Needs.m_vWords.end(), uiPlace,
+                             [](const Word& in_Word, std::size_t in_uiPlace) {
+                                 return in_Word.m_uiPlace < in_uiPlace;
+                             });
+        const Flags before =
+            m_vBefore[static_cast<std::size_t>(iteWord - in_Needs.m_vWords.begin())];
+        if ((before >> (*ite % FlagsPerWord * 8) & 1) == 0) {
             *flagOf(*ite) = 0;
         }
     }
@@ -442,10 +469,8 @@ bool SealedPlan::invalidate(Index in_uiNode) {
     if (!m_bUsable || !m_bIntact || pReaders == nullptr) {
         return false;
     }
-    Flags* const pValid = m_vValid.data() + pReaders->m_uiFirst;
-    const Flags* const pFlags = pReaders->m_vFlags.data();
-    for (std::size_t uiWord = 0; uiWord != pReaders->m_vFlags.size(); ++uiWord) {
-        pValid[uiWord] &= ~pFlags[uiWord];
+    for (const Word& word : pReaders->m_vWords) {
+        m_vValid[word.m_uiPlace] &= ~word.m_Flags;
     }
     return true;
 }
@@ -475,7 +500,7 @@ std::vector<SealedPlan::Index> SealedPlan::listNeeds(Index in_uiNode) const {
 
 bool SealedPlan::isSilent(Index in_uiNode) const {
     const Kind eKind = m_vSteps[in_uiNode].m_eKind;
-    return eKind == Kind::Leaf || eKind == Kind::Forward;
+    return eKind == Kind::Constant || eKind == Kind::Input || eKind == Kind::Forward;
 }
 
 const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {

@@ -84,7 +84,16 @@ public:
     }
 
 private:
-    enum class Kind : std::uint8_t { Plus, Minus, Multiply, Divide, Forward, Leaf, Other };
+    enum class Kind : std::uint8_t {
+        Plus,
+        Minus,
+        Multiply,
+        Divide,
+        Forward,
+        Constant,
+        Input,
+        Other
+    };
 
     /// One place of the list: what is computed there, and what came out last.
     ///
@@ -93,7 +102,7 @@ private:
     struct Step {
         /// The node's cached pointer once more.
         const DoubleVector* m_pVector = nullptr;
-        /// The only element of an operator's result; null if it has another size.
+        /// The only element of an operator's result or of a constant; null if it has another size.
         double* m_pScalar = nullptr;
         /// What the node reads, for an operator and for a node that passes a value on.
         Index m_uiFirst = PassedOver;
@@ -110,10 +119,15 @@ private:
     /// Eight flags, a byte each, the first in the lowest.
     using Flags = std::uint64_t;
 
-    /// A set of nodes as a stretch of flags.
+    /// The flags of some nodes that stand side by side.
+    struct Word {
+        Flags m_Flags;
+        std::size_t m_uiPlace;
+    };
+
+    /// A set of nodes, in the order of the list.
     struct NodeSet {
-        std::size_t m_uiFirst = 0;
-        std::vector<Flags> m_vFlags;
+        std::vector<Word> m_vWords;
         /// For what a node needs: the order in which the recursion comes to it.
         std::vector<Index> m_vOrder;
         /// Is that the order of the list, as far as anybody can see?
@@ -126,6 +140,7 @@ private:
     bool computeOperator(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
     static void look(Step& inout_Step);
+    static void noteConstant(Step& inout_Step);
     void leave();
     Index computeInListOrder(const NodeSet& in_Needs);
     Index computeInOwnOrder(const NodeSet& in_Needs);
@@ -153,7 +168,7 @@ private:
     /// Nodes that the sets of needs may still list.
     std::size_t m_uiNeedsRoom = 0;
     std::size_t m_uiLongWays = 0;
-    /// The flags as they were when the running evaluation began.
+    /// The flags of the words that the running evaluation came to, as they were before.
     std::vector<Flags> m_vBefore;
     Index m_uiFailed = PassedOver;
     bool m_bUsable = true;
