@@ -180,6 +180,15 @@ TEST_P(OptimizerDepthTest, ThousandDefinitionsThatUseTheTwoBeforeInEveryMode) {
     runInEveryMode(newDifferences(1000), difference);
 }
 
+TEST_P(OptimizerDepthTest, ThousandsOfDefinitionsThatEachAddACallThatIsMerged) {
+    const Definitions sums(3000, [](std::size_t in_uiIndex) -> std::string {
+        return in_uiIndex == 0 ? "sum(a)" : Definitions::name(in_uiIndex - 1) + " + sum(a)";
+    });
+    runOptimised(sums, [](std::size_t in_uiIndex, double in_dA, double) {
+        return in_dA * static_cast<double>(in_uiIndex + 1);
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(Ways, OptimizerDepthTest,
                          ::testing::Values(Way{UsualStack, false}, Way{UsualStack, true},
                                            Way{SmallStack, false}, Way{SmallStack, true}),
