@@ -20,6 +20,9 @@ namespace {
 /// Writers that can't go back to correct the header of a pipe put the largest numbers there.
 constexpr std::uint64_t LARGEST_HONEST_SIZE = 0x7fff0000;
 
+/// How many values of several channels are held at a time: a header may claim a thousand channels.
+constexpr std::size_t INTERLEAVED_BLOCK = 65536;
+
 /// What libsndfile reports where a header leaves the length open is near the largest number.
 constexpr std::uint64_t LONGEST_SOUND = std::uint64_t(1) << 60;
 
@@ -168,6 +171,21 @@ std::optional<std::uint64_t> Recording::getLength() const {
 }
 
 std::size_t Recording::read(double* out_pSamples, std::size_t in_uiCount) {
+    const std::size_t uiBlock =
+        m_uiChannels > 1 ? std::max<std::size_t>(INTERLEAVED_BLOCK / m_uiChannels, 1) : in_uiCount;
+    std::size_t uiTotal = 0;
+    while (uiTotal < in_uiCount) {
+        const std::size_t uiWanted = std::min(in_uiCount - uiTotal, uiBlock);
+        const std::size_t uiRead = readBlock(out_pSamples + uiTotal, uiWanted);
+        uiTotal += uiRead;
+        if (uiRead < uiWanted) {
+            break;
+        }
+    }
+    return uiTotal;
+}
+
+std::size_t Recording::readBlock(double* out_pSamples, std::size_t in_uiCount) {
     double* pTarget = out_pSamples;
     if (m_uiChannels > 1) {
         m_vInterleaved.resize(in_uiCount * m_uiChannels);

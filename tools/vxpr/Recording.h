@@ -48,6 +48,7 @@ private:
     void openFile(const Options& in_Options);
     void readHeader(const Options& in_Options);
     void chooseChannel(int in_iChannel);
+    std::size_t readBlock(double* out_pSamples, std::size_t in_uiCount);
     void mixDown(double* out_pSamples, std::size_t in_uiCount) const;
 
     std::string m_strName;

@@ -83,6 +83,34 @@ TEST(RecordingTest, ChannelsAreMixedDownToTheirMean) {
     EXPECT_EQ(readAll(recording), (std::vector<double>{0.125, 0.75}));
 }
 
+TEST(RecordingTest, ChannelsAreMixedDownThroughoutALongSound) {
+    constexpr std::size_t Length = 100000;
+    std::vector<double> vInterleaved(2 * Length);
+    for (std::size_t ui = 0; ui != vInterleaved.size(); ++ui) {
+        vInterleaved[ui] = static_cast<double>(ui % 64) / 64.0;
+    }
+    const ScratchDirectory scratch;
+    const std::string strPath = scratch.getPath("stereo.wav");
+    writeWave(strPath, vInterleaved, {SF_FORMAT_WAV | SF_FORMAT_DOUBLE, 8000, 2});
+    Recording recording({strPath, std::nullopt, 0});
+    const std::vector<double> vSamples = readAll(recording);
+    ASSERT_EQ(vSamples.size(), Length);
+    for (std::size_t ui = 0; ui != Length; ++ui) {
+        ASSERT_EQ(vSamples[ui], (vInterleaved[2 * ui] + vInterleaved[2 * ui + 1]) / 2.0) << ui;
+    }
+}
+
+// A damaged header that claims a high rate and many channels makes a frame long.
+TEST(RecordingTest, AskingForMoreThanThereIsTakesNoMemoryForIt) {
+    const ScratchDirectory scratch;
+    const std::string strPath = scratch.getPath("stereo.wav");
+    writeWave(strPath, {0.5, -0.25, 1.0, 0.5}, {SF_FORMAT_WAV | SF_FORMAT_DOUBLE, 8000, 2});
+    Recording recording({strPath, std::nullopt, 0});
+    std::vector<double> vSamples(2);
+    EXPECT_EQ(recording.read(vSamples.data(), std::size_t(1) << 60), 2u);
+    EXPECT_EQ(vSamples, (std::vector<double>{0.125, 0.75}));
+}
+
 TEST(RecordingTest, AChannelIsChosenByItsNumberFromOne) {
     const ScratchDirectory scratch;
     const std::string strPath = scratch.getPath("stereo.wav");
