@@ -115,6 +115,16 @@ TEST_F(EvaluatorOptimiseTest, OptimisingLinkTellsItsStages) {
               (Texts{"linking the expressions...", "optimizing the expressions..."}));
 }
 
+TEST_F(EvaluatorOptimiseTest, OptimisedExpressionsKeepTheNameOfTheLinkedOnes) {
+    const LogCapture log("quillmark.math.xpr.Dictionnary");
+    ScriptEvaluation run(TwoSums, Mode::Optimised);
+    EXPECT_TRUE(run.evaluator().getExpression("s.none").isNull());
+    EXPECT_EQ(takeErrors(), Texts{logged(EvaluatorLogger, "can't find expression: \"s.none\"")});
+    EXPECT_EQ(log.lines().back().logger,
+              "quillmark.math.xpr.Dictionnary.evaluator.linked_expressions");
+    EXPECT_EQ(log.lines().back().message, "can't find expression: s.none");
+}
+
 TEST_F(EvaluatorOptimiseTest, FailedOptimisationLeavesTheLinkedExpressionsForGood) {
     Evaluator evaluator;
     ASSERT_TRUE(evaluator.configure(scriptsIn("none"), {}));
