@@ -142,6 +142,7 @@ private:
 struct Script {
     std::string m_strText;
     bool m_bMade = false; ///< with no wanted difference between any two modes
+    ScriptNames m_Names;
 };
 
 Script takeScript(Input& inout_Input) {
@@ -153,8 +154,15 @@ Script takeScript(Input& inout_Input) {
         inout_Input.takeByte();
         const RandomScript made([&inout_Input] { return inout_Input.takeByte(); });
         script.m_strText = RandomScript::join(made.getLines());
+        script.m_Names = ScriptNames(script.m_strText, "s");
+        // A function that waits for its callers has nothing to compute from.
+        script.m_Names.m_vExpressions.clear();
+        for (const std::string& strFeature : made.getFeatures()) {
+            script.m_Names.m_vExpressions.push_back("s." + strFeature);
+        }
     } else {
         script.m_strText = inout_Input.takeText();
+        script.m_Names = ScriptNames(script.m_strText, "s");
     }
     return script;
 }
@@ -213,12 +221,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* in_pData, std::size_t in_uiSize) 
     ErrorCounter& errors = ErrorCounter::get();
     Input input(in_pData, in_uiSize);
     const Script script = takeScript(input);
-    const ScriptNames names(script.m_strText, "s");
-    const std::vector<Frame> vFrames = takeFrames(input, script, names.m_vInputs.size());
+    const std::vector<Frame> vFrames = takeFrames(input, script, script.m_Names.m_vInputs.size());
     const std::size_t uiErrors = errors.getCount();
 
-    Mode plain(script.m_strText, names, false);
-    Mode optimised(script.m_strText, names, true);
+    Mode plain(script.m_strText, script.m_Names, false);
+    Mode optimised(script.m_strText, script.m_Names, true);
     check(plain.isReady() == optimised.isReady(), "what can be linked can be optimised");
     check(plain.isReady() || !script.m_bMade, "a script that was made can be linked");
     if (!plain.isReady()) {

@@ -18,6 +18,7 @@ struct ScriptNames {
     std::vector<std::string> m_vExpressions; ///< of all definitions, inputs included
     std::vector<std::string> m_vInputs;      ///< of those that "inputvar" declares
 
+    ScriptNames() = default;
     ScriptNames(const std::string& in_strText, const char* in_szScriptName);
 
     void add(const ScriptNames& in_Other);
