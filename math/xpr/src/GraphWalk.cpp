@@ -66,15 +66,10 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
         for (ExpressionBaseImpl* pRoot : in_vRoots) {
             pRoot->sealAlongPaths();
         }
-        SealedPlan::make(in_vRoots);
+        SealedPlan::make(in_vRoots, GraphWalk().collectAll(in_vRoots));
         return;
     }
-    GraphWalk walk;
-    Nodes vNodes;
-    for (ExpressionBaseImpl* pRoot : in_vRoots) {
-        const Nodes vBelow = walk.collect(*pRoot);
-        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
-    }
+    const Nodes vNodes = GraphWalk().collectAll(in_vRoots);
     for (ExpressionBaseImpl* pNode : vNodes) {
         pNode->m_bSealed = true;
         pNode->seal_i();
@@ -83,7 +78,16 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     for (ExpressionBaseImpl* pNode : vNodes) {
         pNode->m_Parents.seal();
     }
-    SealedPlan::make(in_vRoots);
+    SealedPlan::make(in_vRoots, vNodes);
+}
+
+GraphWalk::Nodes GraphWalk::collectAll(const Nodes& in_vRoots) {
+    Nodes vNodes;
+    for (ExpressionBaseImpl* pRoot : in_vRoots) {
+        const Nodes vBelow = collect(*pRoot);
+        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
+    }
+    return vNodes;
 }
 
 GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {

@@ -52,6 +52,9 @@ public:
     /// node stands behind all of its parents among them.
     Nodes collect(ExpressionBaseImpl& in_Root);
 
+    /// The same for one root after the other.
+    Nodes collectAll(const Nodes& in_vRoots);
+
     /// Configures what `collect` gives for a root; stops with false at the first node that refuses.
     bool configureRest(ExpressionBaseImpl& in_Root,
                        const TSHandle<VirtualFileSystem>& in_pFileSystem);

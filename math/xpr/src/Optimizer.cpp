@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <unordered_map>
 #include <vector>
 
@@ -62,19 +61,6 @@ bool isIndexLogged() {
                                  "quillmark.math.xpr.OptimizerExpressionData",
                                  "quillmark.math.xpr.OptimizerExpressionDataSpecializer"};
     return std::any_of(Loggers.begin(), Loggers.end(), isLogged);
-}
-
-/// Does anything bear the name of a concatenation?
-bool hasConcatenation(const Dictionnary& in_Dictionnary) {
-    const auto isConcatenation = [](const ExpressionBaseImpl* in_pNode) {
-        return std::strcmp(in_pNode->getName(), OperatorConcatenate::getNameStatic()) == 0;
-    };
-    GraphWalk walk;
-    const GraphWalk::Nodes vRoots = rootsOf(in_Dictionnary);
-    return std::any_of(vRoots.begin(), vRoots.end(), [&](ExpressionBaseImpl* in_pRoot) {
-        const GraphWalk::Nodes vNodes = walk.collect(*in_pRoot);
-        return std::any_of(vNodes.begin(), vNodes.end(), isConcatenation);
-    });
 }
 
 /// The instances of a list by key, the groups in the order of their first instance.
@@ -190,6 +176,7 @@ bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
     if (!open(in_Dictionnary, out_OptimizedExpressions, dictOptimizer)) {
         return false;
     }
+    m_bHasConcatenations = dictOptimizer.hasFunction(OperatorConcatenate::getNameStatic());
     Merger merger(dictOptimizer.hasOneVisitEach());
     for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
          ++ite) {
@@ -213,7 +200,7 @@ bool Optimizer::optimizeLevel2(const Dictionnary& in_Dictionnary,
                                Dictionnary& out_OptimizedExpressions) {
     VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel2");
     // Without a concatenation the index is for the log only.
-    if (!isIndexLogged() && !hasConcatenation(in_Dictionnary)) {
+    if (!m_bHasConcatenations && !isIndexLogged()) {
         out_OptimizedExpressions = in_Dictionnary;
         return true;
     }

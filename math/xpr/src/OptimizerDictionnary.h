@@ -48,6 +48,9 @@ public:
     FunctionMap::const_iterator getFunctionBegin() const { return m_mapFunctions.begin(); }
     FunctionMap::const_iterator getFunctionEnd() const { return m_mapFunctions.end(); }
 
+    /// Is there an instance of the function?
+    bool hasFunction(const char* in_szName) const { return m_mapFunctions.count(in_szName) != 0; }
+
     /// Has every expression one visit only, because there are too many paths?
     bool hasOneVisitEach() const { return m_bOneVisitEach; }
 

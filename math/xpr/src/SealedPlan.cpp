@@ -210,24 +210,17 @@ private:
     std::vector<Index> m_vReadersBegin;
 };
 
-void SealedPlan::make(const Nodes& in_vRoots) {
-    GraphWalk walk;
-    Nodes vNodes;
-    for (ExpressionBaseImpl* pRoot : in_vRoots) {
-        const Nodes vBelow = walk.collect(*pRoot);
-        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
-    }
-
+void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
     const auto pPlan = std::make_shared<SealedPlan>();
     Builder builder(*pPlan);
     builder.build(in_vRoots);
     builder.buildReaders();
 
-    for (ExpressionBaseImpl* pNode : vNodes) {
+    for (ExpressionBaseImpl* pNode : in_vNodes) {
         pNode->joinPlan(pPlan, builder.find(*pNode));
     }
     // A change must reach every parent: those outside of these graphs can't be told by a plan.
-    for (const ExpressionBaseImpl* pNode : vNodes) {
+    for (const ExpressionBaseImpl* pNode : in_vNodes) {
         const bool bAllPlanned =
             std::all_of(pNode->m_Parents.begin(), pNode->m_Parents.sealedEnd(),
                         [&](const auto& in_pParent) { return in_pParent->m_pPlan == pPlan; });

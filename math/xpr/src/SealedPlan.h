@@ -36,8 +36,8 @@ public:
     static constexpr Index PassedOver = UINT32_MAX;
 
     /// Makes a plan for the graphs below the roots, which have just been sealed, and gives it to
-    /// their nodes. Nodes that had a plan leave it.
-    static void make(const Nodes& in_vRoots);
+    /// their nodes, which are all listed. Nodes that had a plan leave it.
+    static void make(const Nodes& in_vRoots, const Nodes& in_vNodes);
 
     /// The flag of a node, which lives here as long as the node has the plan.
     std::uint8_t* flagOf(Index in_uiNode) {

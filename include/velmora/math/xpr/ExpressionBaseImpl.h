@@ -229,10 +229,16 @@ private:
     bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
     void sealAlongPaths();
 
+    // What walks over a whole graph touch stands together: such a walk waits for memory.
     unsigned long m_id;
-    std::string m_strType;
-    ParentList m_Parents;
     std::vector<Handle<ExpressionBaseImpl>> m_Childs;
+    /// What the last walk that came here left behind: its number and, if it makes a list, the place
+    /// of this node. No walk needs a table of the nodes that it has seen.
+    std::uint64_t m_uiLastWalk = 0;
+    std::uint32_t m_uiWalkPlace = 0;
+    std::uint32_t m_uiPlanIndex = 0;
+    ParentList m_Parents;
+    std::string m_strType;
     std::string m_strSourceInfo;
     mutable std::string m_strDotName;
     bool m_bSealed = false;
@@ -244,11 +250,6 @@ private:
     /// Where the validity flag is: in the node, or side by side with those of its plan.
     std::uint8_t* m_pValid = &m_bValid;
     std::shared_ptr<SealedPlan> m_pPlan;
-    std::uint32_t m_uiPlanIndex = 0;
-    /// What the last walk that came here left behind: its number and, if it makes a list, the place
-    /// of this node. No walk needs a table of the nodes that it has seen.
-    std::uint32_t m_uiWalkPlace = 0;
-    std::uint64_t m_uiLastWalk = 0;
 };
 
 } // namespace Velmora::Math::Xpr

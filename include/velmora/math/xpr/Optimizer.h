@@ -27,7 +27,7 @@ public:
 
     Optimizer();
 
-    /// An optimizer has no state: a copy is a new one.
+    /// An optimizer keeps nothing between runs: a copy is a new one.
     Optimizer(const Optimizer& in_Other);
     Optimizer& operator=(const Optimizer&) = default;
     ~Optimizer() override;
@@ -51,6 +51,9 @@ private:
     Handle<OperatorConcatenate> asOperatorConcatenate(Handle<VariableImpl> in_pVariable) const;
     bool checkIfConcatenateChild(Handle<FunctionBaseImpl> in_pFunction) const;
     void regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator);
+
+    /// What the first level tells the second, within one run.
+    bool m_bHasConcatenations = true;
 };
 
 } // namespace Velmora::Math::Xpr
