@@ -27,7 +27,20 @@ OptimizerDictionnary::ExpressionMap::get(const Expression& in_Expression) {
         // No node bears this number.
         return (*this)[0];
     }
-    return (*this)[pXpr->getId()];
+    return get(*pXpr);
+}
+
+CountedObjPtr<OptimizerExpressionData>&
+OptimizerDictionnary::ExpressionMap::get(const ExpressionBaseImpl& in_Expression) {
+    CountedObjPtr<OptimizerExpressionData>*& pPlace = m_mapPlaces[in_Expression.getId()];
+    if (pPlace == nullptr) {
+        pPlace = &(*this)[in_Expression.getId()];
+    }
+    return *pPlace;
+}
+
+bool OptimizerDictionnary::ExpressionMap::has(const ExpressionBaseImpl& in_Expression) const {
+    return m_mapPlaces.count(in_Expression.getId()) != 0;
 }
 
 OptimizerDictionnary::OptimizerDictionnary() {
@@ -54,13 +67,13 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     if (m_bOneVisitEach) {
         m_ExpressionMap.getKeys().shortenTexts();
     }
-    std::unordered_set<const ExpressionBaseImpl*> keyed;
+    const GraphWalk keyWalk;
     for (const auto& pRoot : vRoots) {
         if (!insertExpression(pRoot)) {
             VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
             return false;
         }
-        fixKeys(*pRoot, keyed);
+        fixKeys(*pRoot, keyWalk);
     }
     VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
                                         << m_mapFunctions.size() << " function(s)\n"
@@ -75,8 +88,7 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
     while (!vPending.empty()) {
         const Handle<ExpressionBaseImpl> pExpression(vPending.back());
         vPending.pop_back();
-        if (m_bOneVisitEach && !pExpression.isNull() &&
-            m_ExpressionMap.count(pExpression->getId()) != 0) {
+        if (m_bOneVisitEach && !pExpression.isNull() && m_ExpressionMap.has(*pExpression)) {
             continue;
         }
         if (!insertNode(pExpression)) {
@@ -101,7 +113,10 @@ bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpr
         VELMORA_ASSERT_FAIL("!pData.isNull()");
         return false;
     }
-    m_ExpressionMap.emplace(in_pExpression->getId(), pData);
+    CountedObjPtr<OptimizerExpressionData>& pFirst = m_ExpressionMap.get(*in_pExpression);
+    if (pFirst.isNull()) {
+        pFirst = pData;
+    }
     const Handle<FunctionBaseImpl> pFunc(in_pExpression);
     if (!pFunc.isNull() && !insertFunctionInstance(pFunc, pData)) {
         VELMORA_ASSERT_FAIL("insertFunctionInstance( pFunc, pData )");
@@ -123,17 +138,16 @@ bool OptimizerDictionnary::insertFunctionInstance(
     return true;
 }
 
-void OptimizerDictionnary::fixKeys(const ExpressionBaseImpl& in_Root,
-                                   std::unordered_set<const ExpressionBaseImpl*>& inout_Keyed) {
+void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const GraphWalk& in_Walk) {
     struct Place {
-        const ExpressionBaseImpl* m_pNode;
+        ExpressionBaseImpl* m_pNode;
         const Handle<ExpressionBaseImpl>* m_pNextChild;
     };
     // A key is made of those below it, which are logged ahead of it, the first child first.
     const bool bWithText = areKeysLogged();
     std::vector<Place> vPath;
-    const auto enter = [&](const ExpressionBaseImpl& in_Node) {
-        if (inout_Keyed.insert(&in_Node).second) {
+    const auto enter = [&](ExpressionBaseImpl& in_Node) {
+        if (in_Walk.enter(in_Node)) {
             vPath.push_back({&in_Node, in_Node.getChildBegin()});
         }
     };

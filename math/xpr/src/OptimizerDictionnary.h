@@ -4,7 +4,6 @@
 #include <map>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 
 #include <velmora/CountedObjPtr.h>
 #include <velmora/MemAccounting.h>
@@ -35,6 +34,14 @@ public:
                           public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
     public:
         CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) override;
+        CountedObjPtr<OptimizerExpressionData>&
+        get(const ExpressionBaseImpl& in_Expression) override;
+
+        bool has(const ExpressionBaseImpl& in_Expression) const;
+
+    private:
+        /// A search through the map waits for memory at every level.
+        std::unordered_map<unsigned long, CountedObjPtr<OptimizerExpressionData>*> m_mapPlaces;
     };
 
     OptimizerDictionnary();
@@ -67,8 +74,7 @@ private:
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
     bool insertFunctionInstance(const Handle<FunctionBaseImpl>& in_pFunction,
                                 const CountedObjPtr<OptimizerExpressionData>& in_pData);
-    void fixKeys(const ExpressionBaseImpl& in_Root,
-                 std::unordered_set<const ExpressionBaseImpl*>& inout_Keyed);
+    void fixKeys(ExpressionBaseImpl& in_Root, const GraphWalk& in_Walk);
 
     FunctionMap m_mapFunctions;
     ExpressionMap m_ExpressionMap;

@@ -18,6 +18,11 @@ public:
 
     virtual CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) = 0;
 
+    /// The same without a cast.
+    virtual CountedObjPtr<OptimizerExpressionData>& get(const ExpressionBaseImpl& in_Expression) {
+        return get(static_cast<const Expression&>(in_Expression));
+    }
+
     OptimizerKeyTable& getKeys() { return m_Keys; }
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <map>
+#include <unordered_map>
 
 #include <velmora/Export.h>
 #include <velmora/Handle.h>
@@ -38,8 +38,8 @@ public:
 
 private:
     /// Two maps, since expressions and parameters are numbered independently.
-    std::map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
-    std::map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
+    std::unordered_map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
+    std::unordered_map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
 };
 
 } // namespace Velmora::Math::Xpr

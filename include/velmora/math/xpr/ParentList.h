@@ -21,6 +21,7 @@ class ExpressionBaseImpl;
 /// The entries that were there at the last `seal` always stand in front of those that came later.
 class VELMORA_EXPORT ParentList {
 public:
+    /// What the list holds.
     using Entry = LimitedObjPtr<ExpressionBaseImpl>;
 
     ParentList();
@@ -28,6 +29,7 @@ public:
     ParentList(const ParentList&) = delete;
     ParentList& operator=(const ParentList&) = delete;
 
+    /// From the entry that came first to the end behind the last; good until the next change.
     const Entry* begin() const {
         close();
         return m_vEntries.data();
@@ -36,9 +38,11 @@ public:
         close();
         return m_vEntries.data() + m_vEntries.size();
     }
+    /// The number of entries.
     std::size_t size() const { return m_vEntries.size() - m_uiHoles; }
     bool empty() const { return size() == 0; }
 
+    /// Appends an entry.
     void add(const Entry& in_pParent);
 
     /// Removes the first entry of that parent. False if there is none.
