@@ -1,3 +1,4 @@
+#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
 #include <velmora/math/xpr/OperatorDivide.h>
 #include <velmora/math/xpr/OperatorIf.h>
@@ -325,6 +326,19 @@ TEST_F(OperatorTest, ConcatenationStopsAtTheFirstFailureAndKeepsWhatStoodBefore)
     vResult[0] = 77.0;
     EXPECT_FALSE(pConcatenation->calculate(vInputs, vResult));
     EXPECT_EQ(valuesOf(vResult), Values{77.0});
+}
+
+TEST_F(OperatorTest, ConcatenationBeyondTheLimitFails) {
+    DoubleVector vHalf;
+    vHalf.resize((std::size_t(1) << 23) + 1);
+    const Handle<ExpressionBaseImpl> pHalf(new DomainValueNoCopyImpl(vHalf));
+    const auto pConcatenation = applied<OperatorConcatenate>({pHalf, pHalf});
+    pConcatenation->setSourceInfo("here");
+    DoubleVector vResult;
+    EXPECT_FALSE(pConcatenation->evaluate(vResult));
+    EXPECT_EQ(takeErrors(),
+              Texts{logged(OperatorLogger, "here:the concatenation has more elements than the "
+                                           "limit of 16777216")});
 }
 
 TEST_F(OperatorTest, ConcatenationOfAValueThatNeverWasFails) {
