@@ -132,9 +132,9 @@ public:
         }
     }
 
-    /// Prepares a finished graph for fast repeated evaluation: each node gets a flat array of its
-    /// parents, and each operator direct links to the nodes that compute its inputs. The structure
-    /// is frozen from then on: only the contents of domain values may change.
+    /// Prepares a finished graph for fast repeated evaluation: each node remembers the parents that
+    /// it has, and each operator gets direct links to the nodes that compute its inputs. The
+    /// structure is frozen from then on: only the contents of domain values may change.
     void seal();
 
     /// A copy of the graph below this node, with new identities, invalid and not sealed.

@@ -84,6 +84,7 @@
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 #include <velmora/math/xpr/FeatureComputer.h>
+#include <velmora/math/xpr/FeatureComputerReader.h>
 #include <velmora/math/xpr/FeatureComputerWithInputs.h>
 #include <velmora/math/xpr/Function.h>
 #include <velmora/math/xpr/FunctionAdaptor.h>
