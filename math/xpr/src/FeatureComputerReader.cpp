@@ -1,7 +1,9 @@
 #include <velmora/math/xpr/FeatureComputerReader.h>
 
+#include <cstdint>
 #include <cstring>
 #include <iomanip>
+#include <limits>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -11,6 +13,8 @@
 #include <boost/archive/polymorphic_text_iarchive.hpp>
 #include <boost/archive/polymorphic_xml_iarchive.hpp>
 #include <boost/serialization/nvp.hpp>
+
+#include <velmora/LogSite.h>
 
 namespace Velmora::Math::Xpr {
 
@@ -24,13 +28,29 @@ constexpr const char* ClosingTag = "</boost_serialization>";
 
 /// The class of the object that an archive on this thread is making. The archive library asks for
 /// it through a plain function.
-thread_local Finder t_find = nullptr;
-thread_local const Serializer* t_pFound = nullptr;
+class Search {
+public:
+    explicit Search(Finder in_find) : m_find(in_find), m_pOuter(t_pSearch) { t_pSearch = this; }
+    ~Search() { t_pSearch = m_pOuter; }
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
 
-const Serializer* findAndNote(const boost::serialization::extended_type_info& in_Type) {
-    t_pFound = t_find(in_Type);
-    return t_pFound;
-}
+    const Serializer* getFound() const { return m_pFound; }
+
+    static const Serializer* find(const boost::serialization::extended_type_info& in_Type) {
+        return t_pSearch->m_pFound = t_pSearch->m_find(in_Type);
+    }
+
+private:
+    static thread_local Search* t_pSearch;
+
+    Finder m_find;
+    const Serializer* m_pFound = nullptr;
+    /// A computer of the host's may read another archive while it is read.
+    Search* m_pOuter;
+};
+
+thread_local Search* Search::t_pSearch = nullptr;
 
 [[noreturn]] void refuse(archive_exception::exception_code in_eCode) {
     throw archive_exception(in_eCode);
@@ -51,7 +71,7 @@ public:
         m_pObject = nullptr;
     }
 
-private:
+protected:
     // The number of a pointer's class is used as an index, whether or not there are as many.
     void vload(boost::archive::class_id_type& out_Class) override {
         static_cast<Implementation&>(*this) >> out_Class;
@@ -62,19 +82,19 @@ private:
         }
     }
 
+private:
     const Serializer* load_pointer(void*& out_pObject, const Serializer* in_pSerializer,
                                    Finder in_find) override {
-        t_find = in_find;
-        t_pFound = in_pSerializer;
+        const Search search(in_find);
         try {
             const Serializer* const pUsed =
-                Implementation::load_pointer(out_pObject, in_pSerializer, findAndNote);
+                Implementation::load_pointer(out_pObject, in_pSerializer, Search::find);
             m_pObject = out_pObject;
-            m_pSerializer = t_pFound;
+            m_pSerializer = search.getFound();
             return pUsed;
         } catch (...) {
             m_pObject = out_pObject;
-            m_pSerializer = t_pFound;
+            m_pSerializer = search.getFound();
             release();
             throw;
         }
@@ -92,23 +112,52 @@ private:
     bool m_bMade = false;
 };
 
+/// A text archive tells the length of each text, and room is made for as much as it claims. So all
+/// texts are read here, those of the header and of classes as well.
 class TextArchive : public CheckedArchive<boost::archive::polymorphic_text_iarchive,
                                           boost::archive::text_iarchive> {
 public:
-    using CheckedArchive::CheckedArchive;
+    explicit TextArchive(std::istream& inout_Stream)
+        : CheckedArchive(inout_Stream, boost::archive::no_header) {
+        if (readText() != boost::archive::BOOST_ARCHIVE_SIGNATURE()) {
+            refuse(archive_exception::invalid_signature);
+        }
+        unsigned int uiVersion = 0;
+        if (!(is >> uiVersion) || uiVersion > std::numeric_limits<std::uint16_t>::max()) {
+            refuse(archive_exception::unsupported_version);
+        }
+        const boost::serialization::library_version_type version(uiVersion);
+        if (boost::archive::BOOST_ARCHIVE_VERSION() < version) {
+            refuse(archive_exception::unsupported_version);
+        }
+        boost::archive::text_iarchive::set_library_version(version);
+    }
 
 private:
-    // Room is made for as many characters as an archive claims.
-    void load(std::string& out_strText) override {
+    using CheckedArchive::vload;
+
+    void vload(boost::archive::class_name_type& out_Name) override {
+        const std::string strName = readText();
+        if (strName.size() >= BOOST_SERIALIZATION_MAX_KEY_SIZE) {
+            refuse(archive_exception::invalid_class_name);
+        }
+        strName.copy(out_Name, strName.size());
+        out_Name.t[strName.size()] = '\0';
+    }
+
+    void load(std::string& out_strText) override { out_strText = readText(); }
+
+    std::string readText() {
         std::size_t uiSize = 0;
         if (!(is >> uiSize) || uiSize > FeatureComputerReader::MaxText) {
             refuse(archive_exception::input_stream_error);
         }
         is.get();
-        out_strText.resize(uiSize);
-        if (!is.read(out_strText.data(), static_cast<std::streamsize>(uiSize))) {
+        std::string strText(uiSize, '\0');
+        if (!is.read(strText.data(), static_cast<std::streamsize>(uiSize))) {
             refuse(archive_exception::input_stream_error);
         }
+        return strText;
     }
 };
 
@@ -181,6 +230,10 @@ std::unique_ptr<Math::FeatureComputer> readXml(std::istream& inout_Stream, const
 
 std::unique_ptr<Math::FeatureComputer> FeatureComputerReader::read(std::istream& inout_Stream,
                                                                    const char* in_szName) {
+    if (in_szName == nullptr || inout_Stream.rdbuf() == nullptr) {
+        VELMORA_ASSERT_FAIL("in_szName != nullptr && inout_Stream.rdbuf() != nullptr");
+        return nullptr;
+    }
     if ((inout_Stream >> std::ws).peek() == '<') {
         return readXml(inout_Stream, in_szName);
     }

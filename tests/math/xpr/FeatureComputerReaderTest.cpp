@@ -183,13 +183,33 @@ INSTANTIATE_TEST_SUITE_P(Format, FeatureComputerTextReaderTest,
 
 TEST_P(FeatureComputerTextReaderTest, ATextBeyondTheLimitIsAnExceptionBeforeItTakesRoom) {
     const std::string strArchive = saveOwn();
-    for (const char* szLength : {"65537", "4294967295", "18446744073709551615", "-1", "x"}) {
-        SCOPED_TRACE(szLength);
-        const auto strRefusal =
-            refusal(replaced(strArchive, "5 voice", std::string(szLength) + " voice"));
-        ASSERT_TRUE(strRefusal);
-        EXPECT_THAT(*strRefusal, HasSubstr("input stream error"));
+    for (const std::string strText :
+         {"22 serialization::archive", "18 XprFeatureComputer", "5 level", "5 voice"}) {
+        for (const char* szLength : {"65537", "4294967295", "18446744073709551615", "-1", "x"}) {
+            SCOPED_TRACE(strText + ": " + szLength);
+            const std::string strClaim = szLength + strText.substr(strText.find(' '));
+            const auto strRefusal = refusal(replaced(strArchive, strText, strClaim));
+            ASSERT_TRUE(strRefusal);
+            EXPECT_THAT(*strRefusal, HasSubstr("input stream error"));
+        }
     }
+}
+
+TEST_P(FeatureComputerTextReaderTest, AHeaderOfSomethingElseIsAnException) {
+    const auto strSignature = refusal(replaced(saveOwn(), "serialization", "xerialization"));
+    ASSERT_TRUE(strSignature);
+    EXPECT_THAT(*strSignature, HasSubstr("invalid signature"));
+    const auto strVersion = refusal(replaced(saveOwn(), "archive ", "archive 9"));
+    ASSERT_TRUE(strVersion);
+    EXPECT_THAT(*strVersion, HasSubstr("unsupported version"));
+}
+
+TEST_P(FeatureComputerReaderTest, NothingIsReadWithoutANameOrABuffer) {
+    std::istringstream stream(saveOwn());
+    EXPECT_EQ(FeatureComputerReader::read(stream, nullptr), nullptr);
+    std::istream empty(nullptr);
+    EXPECT_EQ(FeatureComputerReader::read(empty, "computer"), nullptr);
+    EXPECT_EQ(m_Assertions.count("in_szName != nullptr && inout_Stream.rdbuf() != nullptr"), 2u);
 }
 
 } // namespace

@@ -21,8 +21,9 @@ public:
     static constexpr std::size_t MaxText = 65536;
 
     /// The computer whose pointer to `Velmora::Math::FeatureComputer` was written to a text or XML
-    /// archive, under that name. An archive that starts with "<" is read as XML. Null if a null
-    /// pointer was written.
+    /// archive, under that name. An archive that starts with "<" is read as XML. A computer of the
+    /// host's own class must not hold pointers. Null if a null pointer was written, and, with an
+    /// assertion, without a name or without a buffer in the stream.
     ///
     /// Throws `ExceptionWithMsg` when the script can't be set up, with the cause in the log, and
     /// `boost::archive::archive_exception` for an archive that can't be read.
