@@ -308,20 +308,6 @@ TEST_F(OptimizerDictionnaryTest, NoKeyBecomesTextBeforeSomebodyReadsIt) {
     EXPECT_EQ(debugLines(log), Texts{"#f#a"});
 }
 
-/// A variable of a host that wasn't made on the library's base.
-class ForeignVariable : public Variable {
-public:
-    const char* getName() const override { return "foreign"; }
-    bool setValue(const Handle<Expression>&) override { return false; }
-    bool setValue(const DoubleVector&) override { return false; }
-    bool configure(const TSHandle<VirtualFileSystem>&) override { return false; }
-    bool evaluate(DoubleVector&) override { return false; }
-    bool evaluate(LimitedObjPtr<DoubleVector>&) override { return false; }
-    bool dump(const char*) const override { return false; }
-    bool reset() override { return false; }
-    std::ostream& write(std::ostream& out_Stream) const override { return out_Stream; }
-};
-
 TEST_F(OptimizerDictionnaryTest, ForeignExpressionAmongTheEntriesFailsTheInitialisation) {
     Dictionnary dictionnary("d");
     add(dictionnary, call("ahead"));

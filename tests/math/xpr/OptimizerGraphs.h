@@ -29,6 +29,20 @@ inline const char* const DataLogger = "quillmark.math.xpr.OptimizerExpressionDat
 using Node = Handle<ExpressionBaseImpl>;
 using NodeList = std::initializer_list<Node>;
 
+/// A variable of a host that wasn't made on the library's base.
+class ForeignVariable : public Math::Xpr::Variable {
+public:
+    const char* getName() const override { return "foreign"; }
+    bool setValue(const Handle<Expression>&) override { return false; }
+    bool setValue(const Math::DoubleVector&) override { return false; }
+    bool configure(const TSHandle<VirtualFileSystem>&) override { return false; }
+    bool evaluate(Math::DoubleVector&) override { return false; }
+    bool evaluate(LimitedObjPtr<Math::DoubleVector>&) override { return false; }
+    bool dump(const char*) const override { return false; }
+    bool reset() override { return false; }
+    std::ostream& write(std::ostream& out_Stream) const override { return out_Stream; }
+};
+
 /// The hash of a text as the optimizer defines it: h = h * 5 + c, over 64 bits.
 inline std::uint64_t plainHash(const std::string& in_strText) {
     std::uint64_t uiHash = 0;

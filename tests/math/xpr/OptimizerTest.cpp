@@ -40,18 +40,7 @@ TEST_F(OptimizerTest, ForeignEntryFailsTheRunWithoutAMerge) {
     const auto pY = variable("y", Node(call("f")));
     add(dictionnary, pX);
     add(dictionnary, pY);
-    class Foreign : public Variable {
-        const char* getName() const override { return "foreign"; }
-        bool setValue(const Handle<Expression>&) override { return false; }
-        bool setValue(const DoubleVector&) override { return false; }
-        bool configure(const TSHandle<VirtualFileSystem>&) override { return false; }
-        bool evaluate(DoubleVector&) override { return false; }
-        bool evaluate(LimitedObjPtr<DoubleVector>&) override { return false; }
-        bool dump(const char*) const override { return false; }
-        bool reset() override { return false; }
-        std::ostream& write(std::ostream& out_Stream) const override { return out_Stream; }
-    };
-    add(dictionnary, Handle<Variable>(new Foreign));
+    add(dictionnary, Handle<Variable>(new ForeignVariable));
     Dictionnary out("out");
     EXPECT_FALSE(Optimizer().run(dictionnary, out));
     EXPECT_EQ(takeAssertions(), (Texts{"!pData.isNull()", "insertExpression( (*iteExpr).second )",
