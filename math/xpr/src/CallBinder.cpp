@@ -2,6 +2,8 @@
 
 #include <velmora/LogSite.h>
 
+#include "UncheckedLinks.h"
+
 namespace Velmora::Math::Xpr {
 
 bool CallBinder::copyFunctionParameters(FunctionBaseImpl& out_Function,
@@ -33,6 +35,8 @@ bool CallBinder::copyFunctionArguments(FunctionBaseImpl& out_Function,
                     in_Unknown, out_Function)) {
         return false;
     }
+    // Above the arguments of a fresh copy there is nothing but the copy.
+    const UncheckedLinks unchecked;
     auto iteTarget = out_Function.getArgumentBegin();
     std::size_t uiIndex = 0;
     for (auto iteSource = in_Unknown.getArgumentBegin(); iteSource != in_Unknown.getArgumentEnd();

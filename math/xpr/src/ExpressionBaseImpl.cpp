@@ -277,11 +277,11 @@ unsigned long ExpressionBaseImpl::addChild(const Handle<ExpressionBaseImpl>& in_
         VELMORA_ASSERT_FAIL("!in_pChild.isNull()");
         return NoChild;
     }
-    if (in_bCheck) {
-        if (in_pChild->getId() == getId()) {
-            VELMORA_ASSERT_FAIL("in_pChild->getId() != this->getId() && \"Can't loop on self!\"");
-            return NoChild;
-        }
+    if (in_bCheck && in_pChild->getId() == getId()) {
+        VELMORA_ASSERT_FAIL("in_pChild->getId() != this->getId() && \"Can't loop on self!\"");
+        return NoChild;
+    }
+    if (in_bCheck && !UncheckedLinks::areOn()) {
         if (isParent(*in_pChild)) {
             VELMORA_ASSERT_FAIL("!isParent( *in_pChild ) && \"Can't loop on a parent!\"");
             return NoChild;

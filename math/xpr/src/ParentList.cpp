@@ -13,6 +13,9 @@ namespace {
 /// An index costs as much as this many searches through the list.
 constexpr std::uint64_t SearchesPerIndex = 64;
 
+/// How many entries move up in the time in which a search passes one.
+constexpr std::uint64_t MovesPerStep = 8;
+
 } // namespace
 
 /// Where the first entry of each parent is, and how many it has.
@@ -83,6 +86,7 @@ bool ParentList::removeFirst(const ExpressionBaseImpl& in_Parent) {
     if (ite == m_vEntries.end()) {
         return false;
     }
+    m_uiSearched += (m_vEntries.size() - uiPosition) / MovesPerStep;
     m_vEntries.erase(ite);
     m_uiSealed -= uiPosition < m_uiSealed ? 1 : 0;
     return true;

@@ -25,6 +25,9 @@ public:
 
     /// Copies share this variable from now on.
     void share(const ExpressionBaseImpl& in_Variable);
+    bool isShared(const ExpressionBaseImpl& in_Variable) const {
+        return m_SharedIds.count(in_Variable.getId()) != 0;
+    }
 
     /// A copy of the prototype, which doesn't change any more. Null if it would exceed the limit,
     /// and where the prototype can't be copied.

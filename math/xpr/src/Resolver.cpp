@@ -8,6 +8,7 @@
 #include <velmora/math/xpr/Registry.h>
 
 #include "CallBinder.h"
+#include "UncheckedLinks.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -123,6 +124,7 @@ bool Resolver::resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild) {
         m_Log.resolvingUnknown(kind, *pChild);
         return resolvePlaceholder(inout_Parent, in_lChild, pChild, kind);
     case NodeKind::Variable:
+        m_bForeignLinks = m_bForeignLinks || !m_Copier.isShared(*pChild);
         return true;
     default:
         return resolveExpressionLinks(pChild, false);
@@ -138,6 +140,8 @@ bool Resolver::shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pCons
     if (pShared == inout_pConstant) {
         return true;
     }
+    // A constant stands above nothing, and only a host names something else like one.
+    const UncheckedLinks unchecked(m_Kinds.of(*pShared) == NodeKind::Constant);
     if (inout_Parent.replaceChild(*inout_pConstant, pShared, true) == ExpressionBaseImpl::NoChild) {
         VELMORA_ASSERT_FAIL_L(getLogger(),
                               "inout_pExpression-> replaceChild( **iteChildExpr, pExpr ) != -1");
@@ -163,6 +167,7 @@ bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChi
         return false;
     }
     m_Log.replacingChild(inout_Parent, in_lChild, *in_pUnknown, strCandidate.c_str(), *pExpression);
+    const UncheckedLinks unchecked(!m_bForeignLinks);
     if (inout_Parent.replaceChild(*in_pUnknown, pExpression, true) == ExpressionBaseImpl::NoChild) {
         VELMORA_ASSERT_FAIL_L(getLogger(),
                               "inout_pExpression->replaceChild( **iteChildExpr, pExpr ) != -1");

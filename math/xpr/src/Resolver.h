@@ -82,6 +82,10 @@ private:
     NodeKinds m_Kinds;
     std::unordered_set<unsigned long> m_ResolvedIds;
     std::size_t m_uiRevisits = 0;
+    /// Has a host linked a variable by hand? As long as every link to a variable is the work of
+    /// this run, no link can make a loop: what it leads to was resolved to the end before, and a
+    /// name that is needed for its own sake is refused.
+    bool m_bForeignLinks = false;
     std::unordered_set<std::string> m_FailedNames;
     std::size_t m_uiFailures = 0;
     /// A script that was loaded once counts as loaded at every further try.

@@ -1,6 +1,5 @@
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 
-#include <algorithm>
 #include <ostream>
 
 #include <velmora/FileLogger.h>
@@ -99,11 +98,10 @@ bool ScriptFunctionImpl::isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pE
     if (szName == getName()) {
         return true;
     }
-    return std::any_of(getChildBegin(), getChildEnd(), [&](const auto& in_pChild) {
-        const auto* pFunction = dynamic_cast<const ScriptFunctionImpl*>(&*in_pChild);
-        return pFunction != nullptr && !pFunction->m_pImplementation.isNull() &&
-               &*pFunction->m_pImplementation == this && pFunction->getName() == szName;
-    });
+    // No two nodes have the same name, so that only the node itself can be the child.
+    const auto* pFunction = dynamic_cast<const ScriptFunctionImpl*>(&*in_pExpression);
+    return pFunction != nullptr && !pFunction->m_pImplementation.isNull() &&
+           &*pFunction->m_pImplementation == this && isChild(*pFunction);
 }
 
 std::ostream& ScriptFunctionImpl::write(std::ostream& out_Stream) const {

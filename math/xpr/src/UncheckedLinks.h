@@ -2,11 +2,15 @@
 
 namespace Velmora::Math::Xpr {
 
-/// While one lives, this thread puts children in the place of others without asking all ancestors
-/// whether that makes a loop: for whoever knows that the new child stands above none of them.
+/// While one lives, this thread links children without asking all ancestors whether that makes a
+/// loop: for whoever knows that the new child stands above none of them. In a sum of thousands of
+/// terms, each of which would ask the whole sum, asking takes minutes.
 class UncheckedLinks {
 public:
-    UncheckedLinks() : m_bFormer(s_bOn) { s_bOn = true; }
+    /// Changes nothing if the caller doesn't know it after all.
+    explicit UncheckedLinks(bool in_bKnown = true) : m_bFormer(s_bOn) {
+        s_bOn = m_bFormer || in_bKnown;
+    }
     ~UncheckedLinks() { s_bOn = m_bFormer; }
     UncheckedLinks(const UncheckedLinks&) = delete;
     UncheckedLinks& operator=(const UncheckedLinks&) = delete;
