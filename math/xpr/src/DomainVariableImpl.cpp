@@ -10,56 +10,22 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
 
 namespace {
 
-/// What a domain value points at when the last variable that lent it a vector has died. Lives for
-/// ever, since domain values may outlive every static object.
-const DoubleVector& zero() {
-    static const DoubleVector* const s_pZero = [] {
-        auto* pZero = new DoubleVector;
-        pZero->push_back(0.0);
-        return pZero;
-    }();
-    return *s_pZero;
+/// Never destroyed: domain values that point at it may outlive every static object.
+const DoubleVector& initialValue() {
+    static const auto* const s_pInitialValue = new DoubleVector{0.0};
+    return *s_pInitialValue;
 }
 
 } // namespace
 
 DomainVariableImpl::DomainVariableImpl() {
-    m_InitialValue.push_back(0.0);
-    VariableImpl::setValue(m_InitialValue);
-}
-
-DomainVariableImpl::~DomainVariableImpl() {
-    if (!getDomainValue().isNull()) {
-        pointElsewhere(*getDomainValue());
-    }
-}
-
-void DomainVariableImpl::pointElsewhere(DomainValueNoCopyImpl& inout_DomainValue) const {
-    if (!inout_DomainValue.pointsAt(m_InitialValue)) {
-        return;
-    }
-    const DoubleVector* pOther = &zero();
-    for (const auto* pParent = inout_DomainValue.getParentBegin();
-         pParent != inout_DomainValue.getParentEnd(); ++pParent) {
-        const auto* pVariable = dynamic_cast<const DomainVariableImpl*>(&**pParent);
-        if (pVariable != nullptr && pVariable != this) {
-            pOther = &pVariable->m_InitialValue;
-            break;
-        }
-    }
-    inout_DomainValue.setValue(*pOther);
+    VariableImpl::setValue(initialValue());
 }
 
 bool DomainVariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck) {
-    const Handle<ExpressionBaseImpl> pOldValue(getValue());
-    const LimitedObjPtr<DomainValueNoCopyImpl> pOldDomainValue(getDomainValue());
     const bool bResult = VariableImpl::setValue_i(in_pExpression, in_bCheck);
-    if (!pOldDomainValue.isNull() && &*getValue() != &*pOldValue) {
-        // The variable will not be told any more who points at its vector.
-        pointElsewhere(*pOldDomainValue);
-    }
     if (!getDomainValue().isNull()) {
-        getDomainValue()->setValue(m_InitialValue);
+        getDomainValue()->setValue(initialValue());
     }
     return bResult;
 }

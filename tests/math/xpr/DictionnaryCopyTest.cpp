@@ -192,6 +192,18 @@ TEST_F(DictionnaryCopyTest, NameOfTheSourcesDomainValueStillTellsItsVector) {
     EXPECT_STREQ(domainValueOf(nodeOf(copy, "s.x")).getName(), "DomainValue_[0]");
 }
 
+TEST_F(DictionnaryCopyTest, AnotherCopyThatSharesTheInputsMayDieBehindAClone) {
+    auto pSharing = std::make_unique<Dictionnary>(m_Source, "sharing", false);
+    ASSERT_EQ(valueOf(m_Source, "s.thrice"), 0.0);
+    const std::unique_ptr<Cloneable> pClone(m_Source.clone());
+    pSharing.reset();
+
+    EXPECT_EQ(valueOf(m_Source, "s.thrice"), 0.0);
+    const Handle<ExpressionBaseImpl> pInput = nodeOf(m_Source, "s.x");
+    pInput->invalidate();
+    EXPECT_EQ(valueOf(m_Source, "s.thrice"), 0.0);
+}
+
 TEST_F(DictionnaryCopyTest, CopyingReadsNoVectorOfTheHost) {
     {
         const DoubleVector vGone = vectorOf(5.0);

@@ -6,15 +6,15 @@ namespace Velmora::Math::Xpr {
 
 /// A variable that has a value from its construction on, [0.0]: an input declared by a script.
 ///
-/// Each domain value that is bound to it by handle is made to point at the variable's own initial
-/// value. A copy shares the domain value of its source, so that setting either feeds both; the deep
-/// copy of a dictionary undoes that. A domain value never points into a variable that has died.
+/// Each domain value that is bound to it by handle is made to point at the initial value. A copy
+/// shares the domain value of its source, so that setting either feeds both; the deep copy of a
+/// dictionary undoes that. The initial value is one vector for all variables and lives for ever, so
+/// that it doesn't matter which of those that share a domain value die, and when.
 class VELMORA_EXPORT DomainVariableImpl : public virtual Variable, public VariableImpl {
 public:
     VELMORA_MEM_ACCOUNT_NO_SIZE("DomainVariableImpl")
 
     DomainVariableImpl();
-    ~DomainVariableImpl() override;
 
 protected:
     bool setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck) override;
@@ -24,11 +24,6 @@ protected:
 
     /// Makes this variable a copy of another, which shares its domain value.
     void fill(const DomainVariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
-
-private:
-    void pointElsewhere(DomainValueNoCopyImpl& inout_DomainValue) const;
-
-    DoubleVector m_InitialValue;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -1,0 +1,67 @@
+#include "Allocations.h"
+
+#include <atomic>
+#include <cstddef>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
+
+std::atomic<std::size_t> s_uiLive{0};
+thread_local std::size_t t_uiCount = 0;
+thread_local std::size_t t_uiFailing = Never;
+thread_local bool t_bFailed = false;
+
+} // namespace
+
+extern "C" {
+
+// The names that the linker's option gives them.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+void* __real_malloc(std::size_t in_uiSize);
+void __real_free(void* in_pBlock);
+
+void* __wrap_malloc(std::size_t in_uiSize) {
+    if (t_uiCount++ == t_uiFailing) {
+        t_bFailed = true;
+        return nullptr;
+    }
+    void* const pBlock = __real_malloc(in_uiSize);
+    if (pBlock != nullptr) {
+        s_uiLive.fetch_add(1, std::memory_order_relaxed);
+    }
+    return pBlock;
+}
+
+void __wrap_free(void* in_pBlock) {
+    if (in_pBlock != nullptr) {
+        s_uiLive.fetch_sub(1, std::memory_order_relaxed);
+    }
+    __real_free(in_pBlock);
+}
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
+
+} // extern "C"
+
+namespace Velmora::Testing {
+
+std::size_t Allocations::getLiveBlocks() {
+    return s_uiLive.load(std::memory_order_relaxed);
+}
+
+std::size_t Allocations::getCount() {
+    return t_uiCount;
+}
+
+void Allocations::failBehind(std::size_t in_uiOthers) {
+    t_bFailed = false;
+    t_uiFailing = t_uiCount + in_uiOthers;
+}
+
+bool Allocations::stopFailing() {
+    t_uiFailing = Never;
+    return t_bFailed;
+}
+
+} // namespace Velmora::Testing
