@@ -12,6 +12,8 @@ std::atomic<std::size_t> s_uiLive{0};
 thread_local std::size_t t_uiCount = 0;
 thread_local std::size_t t_uiFailing = Never;
 thread_local bool t_bFailed = false;
+thread_local const char* t_szAccount = nullptr;
+thread_local const char* t_szFailedAccount = nullptr;
 
 } // namespace
 
@@ -25,6 +27,7 @@ void __real_free(void* in_pBlock);
 void* __wrap_malloc(std::size_t in_uiSize) {
     if (t_uiCount++ == t_uiFailing) {
         t_bFailed = true;
+        t_szFailedAccount = t_szAccount;
         return nullptr;
     }
     void* const pBlock = __real_malloc(in_uiSize);
@@ -39,6 +42,19 @@ void __wrap_free(void* in_pBlock) {
         s_uiLive.fetch_sub(1, std::memory_order_relaxed);
     }
     __real_free(in_pBlock);
+}
+
+// DefaultStaticMemAllocator::allocate
+void* __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(std::size_t in_uiSize,
+                                                                  const char* in_szAccount);
+
+void* __wrap__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(std::size_t in_uiSize,
+                                                                  const char* in_szAccount) {
+    t_szAccount = in_szAccount;
+    void* const pBlock =
+        __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(in_uiSize, in_szAccount);
+    t_szAccount = nullptr;
+    return pBlock;
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
@@ -59,9 +75,16 @@ void Allocations::failBehind(std::size_t in_uiOthers) {
     t_uiFailing = t_uiCount + in_uiOthers;
 }
 
-bool Allocations::stopFailing() {
+void Allocations::stopFailing() {
     t_uiFailing = Never;
+}
+
+bool Allocations::hasFailed() {
     return t_bFailed;
+}
+
+const char* Allocations::getFailedAccount() {
+    return t_szFailedAccount;
 }
 
 } // namespace Velmora::Testing

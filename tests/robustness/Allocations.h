@@ -17,8 +17,14 @@ public:
     /// Makes one allocation of this thread fail: the one that comes behind that many others.
     static void failBehind(std::size_t in_uiOthers);
 
-    /// Lets every allocation succeed again. Whether one has failed since `failBehind`.
-    static bool stopFailing();
+    /// Lets every allocation succeed again.
+    static void stopFailing();
+
+    /// Whether one has failed since `failBehind`.
+    static bool hasFailed();
+
+    /// The account of the one that failed; null for a block without one.
+    static const char* getFailedAccount();
 };
 
 } // namespace Velmora::Testing

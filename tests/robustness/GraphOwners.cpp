@@ -7,6 +7,7 @@
 #include <velmora/math/xpr/Optimizer.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "robustness/ScriptFiles.h"
 #include "support/LinkBench.h"
 
 namespace Velmora::Testing {
@@ -36,37 +37,10 @@ void require(bool in_bDone) {
     }
 }
 
-class ScriptFile : public VirtualFile {
-public:
-    explicit ScriptFile(const std::string& in_strText) : m_strText(in_strText) {}
-
-    long read(char* out_pBuffer, std::size_t in_uiCount) override {
-        const std::size_t uiCount = m_strText.copy(out_pBuffer, in_uiCount, m_uiPosition);
-        m_uiPosition += uiCount;
-        return static_cast<long>(uiCount);
-    }
-    const char* getPath() const override { return "script"; }
-
-private:
-    const std::string m_strText;
-    std::size_t m_uiPosition = 0;
-};
-
-/// Remembers nothing, so that it takes no memory however often it is asked.
-class ScriptFiles : public VirtualFileSystem {
-public:
-    TSHandle<VirtualFile> open(const char* in_szPath) override {
-        const std::string strPath(in_szPath);
-        if (strPath == "./s.xpr" || strPath == "./t.xpr") {
-            return TSHandle<VirtualFile>(
-                new ScriptFile(strPath == "./s.xpr" ? Script : SmallScript));
-        }
-        return TSHandle<VirtualFile>();
-    }
-};
-
 TSHandle<VirtualFileSystem> newFiles() {
-    return TSHandle<VirtualFileSystem>(new ScriptFiles);
+    static const std::map<std::string, std::string> s_mapTexts{{"./s.xpr", Script},
+                                                               {"./t.xpr", SmallScript}};
+    return TSHandle<VirtualFileSystem>(new ScriptFiles(s_mapTexts));
 }
 
 void collect(const Handle<ExpressionBaseImpl>& in_pNode,

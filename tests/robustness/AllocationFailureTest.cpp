@@ -1,0 +1,288 @@
+// Memory may run out at any allocation of a host's whole run. Then a call throws `std::bad_alloc`,
+// or gives false or a null handle, or the failure is asserted or logged; nothing leaks, and an
+// evaluator that ran before goes on as if nothing had been.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <velmora/Assertion.h>
+#include <velmora/math/xpr/Evaluator.h>
+#include <velmora/math/xpr/FeatureComputerWithInputs.h>
+#include <velmora/math/xpr/Variable.h>
+
+#include "robustness/Allocations.h"
+#include "robustness/EveryCase.h"
+#include "robustness/ScriptFiles.h"
+#include "support/LinkBench.h"
+
+namespace Velmora::Testing {
+
+namespace {
+
+using Math::DoubleVector;
+using namespace Math::Xpr;
+
+/// Everything that the language has.
+const std::map<std::string, std::string>& scripts() {
+    static const std::map<std::string, std::string> s_mapTexts{
+        {"./s.xpr", "/* all of it */ inputvar x\n"
+                    "inputvar y; \n"
+                    "limit = .5e1;   // a number\n"
+                    "half(a) = a / 2\n"
+                    "smooth<n>(a) = sum(slidingWindow<n>(a)) / n.size - limit\n"
+                    "pick(a, i) = a[i, 0..1]\n"
+                    "wide = {x, y, x + y, (x + y) * limit, {x, {y, 1}}}\n"
+                    "choice = if(isGreater(max(x), limit), half(x), pick({y, x}, 1))\n"
+                    "memory = {smooth<2>(max(x)), smooth<2>(max(x)), delta(x), debounce<2>(x), \\\n"
+                    "          tappedDelay<3, 1, \"0.5 0.25\">(x)}\n"
+                    "all = {wide, choice, memory, abs(log(y * y)), n.size}\n"},
+        {"./n.xpr", "size = 2\nunused = sum(size)\n"},
+        {"./c.xpr", "f = {left, sum(slidingWindow<2>(right)) * 2}\n"}};
+    return s_mapTexts;
+}
+
+TSHandle<VirtualFileSystem> newFiles() {
+    return TSHandle<VirtualFileSystem>(new ScriptFiles(scripts()));
+}
+
+/// Failed assertions and lines of ERROR level.
+std::size_t s_uiReports = 0;
+
+/// Takes no memory, unlike a capture.
+void countAssertion(const char*, const char*, int) {
+    ++s_uiReports;
+}
+
+class ErrorCounter : public log4cplus::Appender {
+public:
+    ~ErrorCounter() override { destructorImpl(); }
+    void close() override { closed = true; }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& in_Event) override {
+        s_uiReports += in_Event.getLogLevel() == log4cplus::ERROR_LOG_LEVEL ? 1 : 0;
+    }
+};
+
+/// Every message from a level on is formatted and counted while it lives.
+class Logging {
+public:
+    explicit Logging(log4cplus::LogLevel in_iLevel)
+        : m_Root(log4cplus::Logger::getRoot()), m_iFormerLevel(m_Root.getLogLevel()) {
+        m_Root.addAppender(m_pCounter);
+        m_Root.setLogLevel(in_iLevel);
+    }
+    ~Logging() {
+        m_Root.setLogLevel(m_iFormerLevel);
+        m_Root.removeAppender(m_pCounter);
+    }
+    Logging(const Logging&) = delete;
+    Logging& operator=(const Logging&) = delete;
+
+private:
+    log4cplus::Logger m_Root;
+    const log4cplus::LogLevel m_iFormerLevel;
+    log4cplus::SharedAppenderPtr m_pCounter{new ErrorCounter};
+};
+
+using Values = std::vector<double>;
+
+/// The inputs of a few frames. They outlive every graph.
+const DoubleVector& input(std::size_t in_uiFrame, std::size_t in_uiInput) {
+    static const DoubleVector s_vInputs[][2] = {{DoubleVector{1.0}, DoubleVector{2.0}},
+                                                {DoubleVector{7.5}, DoubleVector{-1.0}},
+                                                {DoubleVector{-3.0}, DoubleVector{0.25}}};
+    return s_vInputs[in_uiFrame % 3][in_uiInput];
+}
+
+bool evaluate(Evaluator& inout_Evaluator, std::size_t in_uiFrame, Values& inout_vValues) {
+    const Handle<Variable> pX = inout_Evaluator.getVariable("s.x");
+    const Handle<Variable> pY = inout_Evaluator.getVariable("s.y");
+    const Handle<Expression> pAll = inout_Evaluator.getExpression("s.all");
+    if (pX.isNull() || pY.isNull() || pAll.isNull() || !pX->setValue(input(in_uiFrame, 0)) ||
+        !pY->setValue(input(in_uiFrame, 1))) {
+        return false;
+    }
+    DoubleVector vValue;
+    if (!pAll->evaluate(vValue)) {
+        return false;
+    }
+    inout_vValues.insert(inout_vValues.end(), vValue.begin(), vValue.end());
+    return true;
+}
+
+bool setUp(Evaluator& inout_Evaluator) {
+    if (!inout_Evaluator.configure(scriptsIn("."), newFiles()) || !inout_Evaluator.addScript("s") ||
+        !inout_Evaluator.link(true)) {
+        return false;
+    }
+    const Handle<Expression> pAll = inout_Evaluator.getExpression("s.all");
+    return !pAll.isNull() && pAll->configure(newFiles());
+}
+
+bool compute(FeatureComputerWithInputs& inout_Computer, std::size_t in_uiFrame,
+             Values& inout_vValues) {
+    DoubleVector vFeature;
+    if (!inout_Computer.setInput("left", input(in_uiFrame, 0)) ||
+        !inout_Computer.setInput("right", input(in_uiFrame, 1)) ||
+        !inout_Computer.computeFeatures(vFeature)) {
+        return false;
+    }
+    inout_vValues.insert(inout_vValues.end(), vFeature.begin(), vFeature.end());
+    return true;
+}
+
+/// A host's whole run: whether every call has succeeded, and what it has computed.
+bool runHost(const Evaluator& in_Running, Values& out_vValues) {
+    Evaluator evaluator;
+    if (!setUp(evaluator) || !evaluate(evaluator, 0, out_vValues) ||
+        !evaluate(evaluator, 1, out_vValues)) {
+        return false;
+    }
+    const std::unique_ptr<Cloneable> pClone(evaluator.clone());
+    auto* const pCopy = dynamic_cast<Evaluator*>(pClone.get());
+    if (pCopy == nullptr || !evaluate(*pCopy, 2, out_vValues) ||
+        !evaluate(evaluator, 2, out_vValues) || !evaluator.dump("/dev/null") ||
+        !evaluator.getExpression("s.all")->reset() || !evaluate(evaluator, 0, out_vValues)) {
+        return false;
+    }
+    Evaluator ofRunning(in_Running);
+    if (!evaluate(ofRunning, 0, out_vValues)) {
+        return false;
+    }
+    FeatureComputerWithInputs computer("f");
+    return computer.setInputNames({"left", "right"}) && computer.setXprFilename("c", newFiles()) &&
+           compute(computer, 0, out_vValues) && compute(computer, 1, out_vValues);
+}
+
+enum class Outcome { Done, Refused, Thrown };
+
+Outcome tryHost(const Evaluator& in_Running, Values& out_vValues) {
+    try {
+        return runHost(in_Running, out_vValues) ? Outcome::Done : Outcome::Refused;
+    } catch (const std::bad_alloc&) {
+        return Outcome::Thrown;
+    }
+}
+
+/// The lowest level whose messages are written.
+class AllocationFailureTest : public testing::TestWithParam<log4cplus::LogLevel> {
+protected:
+    void SetUp() override {
+        m_pFormer = Assertion::setHandler(&countAssertion);
+        // Once for what lives for ever from its first use on.
+        ASSERT_EQ(runAll(Never), Outcome::Done);
+        ASSERT_EQ(runAll(Never), Outcome::Done);
+        m_vExpected = m_vValues;
+        m_vExpectedBehind = m_vBehind;
+        ASSERT_FALSE(m_vExpectedBehind.empty());
+    }
+
+    void TearDown() override { Assertion::setHandler(m_pFormer); }
+
+    /// The host's run with that allocation failing, beside an evaluator that has been running and
+    /// goes on.
+    Outcome runAll(std::size_t in_uiOthers) {
+        m_vValues.clear();
+        m_vBehind.clear();
+        Evaluator running;
+        if (!setUp(running) || !evaluate(running, 1, m_vBehind)) {
+            throw std::runtime_error("the evaluator can't be set up");
+        }
+        s_uiReports = 0;
+        if (in_uiOthers != Never) {
+            Allocations::failBehind(in_uiOthers);
+        }
+        const Outcome eOutcome = tryHost(running, m_vValues);
+        Allocations::stopFailing();
+        for (const std::size_t uiFrame : {2, 0}) {
+            if (!evaluate(running, uiFrame, m_vBehind)) {
+                m_vBehind.clear();
+            }
+        }
+        return eOutcome;
+    }
+
+    /// An empty text if all is as it should be.
+    std::string problemBehind(std::size_t in_uiOthers) {
+        long lLeft = 0;
+        Outcome eOutcome = Outcome::Done;
+        // The first failure of a kind may leave what lives for ever from its first use on.
+        for (int iTry = 0; iTry == 0 || (iTry == 1 && lLeft != 0); ++iTry) {
+            const std::size_t uiLive = Allocations::getLiveBlocks();
+            eOutcome = runAll(in_uiOthers);
+            lLeft = static_cast<long>(Allocations::getLiveBlocks() - uiLive);
+        }
+        ++m_uiOutcomes[static_cast<std::size_t>(eOutcome)];
+        if (m_vBehind != m_vExpectedBehind) {
+            return "the evaluator that ran before has other values";
+        }
+        if (eOutcome == Outcome::Done && m_vValues != m_vExpected && s_uiReports == 0) {
+            return "other values, and nothing reported";
+        }
+        // An object whose counter can't be allocated is never destroyed.
+        const char* szAccount = Allocations::getFailedAccount();
+        const std::string strAccount(szAccount == nullptr ? "" : szAccount);
+        if (strAccount == "ReferenceCount" || strAccount == "TSReferenceCount") {
+            ++m_uiCounters;
+        } else if (lLeft != 0) {
+            return std::to_string(lLeft) + " blocks left; failed account: " + strAccount;
+        }
+        return std::string();
+    }
+
+    void failAll(std::size_t in_uiStride) {
+        const std::size_t uiStride = isEveryCaseAsked() ? 1 : in_uiStride;
+        std::size_t uiAllocation = 0;
+        for (bool bFailed = true; bFailed; uiAllocation += uiStride) {
+            const std::string strProblem = problemBehind(uiAllocation);
+            ASSERT_EQ(strProblem, "") << "allocation " << uiAllocation;
+            bFailed = Allocations::hasFailed();
+        }
+        EXPECT_GT(uiAllocation, std::size_t(10000));
+        if (isEveryCaseAsked()) {
+            std::printf("%zu allocations, of which %zu for counters: %zu runs went on, %zu were "
+                        "refused, %zu threw\n",
+                        uiAllocation - 1, m_uiCounters, m_uiOutcomes[0] - 1, m_uiOutcomes[1],
+                        m_uiOutcomes[2]);
+        }
+    }
+
+    static constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
+
+    const Logging m_Logging{GetParam()};
+    Values m_vValues;
+    Values m_vBehind;
+    Values m_vExpected;
+    Values m_vExpectedBehind;
+    std::size_t m_uiCounters = 0;
+    std::size_t m_uiOutcomes[3] = {};
+
+private:
+    Assertion::Handler m_pFormer = nullptr;
+};
+
+INSTANTIATE_TEST_SUITE_P(Errors, AllocationFailureTest,
+                         testing::Values(log4cplus::ERROR_LOG_LEVEL));
+INSTANTIATE_TEST_SUITE_P(Everything, AllocationFailureTest,
+                         testing::Values(log4cplus::TRACE_LOG_LEVEL));
+
+TEST_P(AllocationFailureTest, EachAllocationOfARunMayFail) {
+    failAll(GetParam() == log4cplus::ERROR_LOG_LEVEL ? 97 : 1999);
+}
+
+} // namespace
+
+} // namespace Velmora::Testing
