@@ -44,6 +44,10 @@ public:
     Handle(Handle<U, RC>&& inout_source) noexcept
         : Base(objectCast<T>(inout_source.get()), std::move(inout_source)) {}
 
+    /// The same share for a pointer at the source's object that is known already.
+    template <class U>
+    Handle(T* in_pSame, const Handle<U, RC>& in_source) noexcept : Base(in_pSame, in_source) {}
+
     ~Handle() = default;
 
     /// Does nothing if both point at the same object, even with two different counters.

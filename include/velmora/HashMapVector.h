@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -149,8 +151,15 @@ private:
         if (uiSize <= MaxUnindexed || uiSize * 2 <= m_vIndex.size()) {
             return;
         }
-        m_vIndex.assign(m_vIndex.empty() ? MaxUnindexed * 8 : m_vIndex.size() * 2, Slot());
-        for (std::size_t ui = 0; ui < size(); ++ui) {
+        // The entries, which lie scattered, are left alone: their hashes are in the old slots.
+        std::vector<Slot> vOld(m_vIndex.empty() ? MaxUnindexed * 8 : m_vIndex.size() * 2);
+        vOld.swap(m_vIndex);
+        for (const Slot& slot : vOld) {
+            if (slot.m_uiPosition != 0) {
+                enter(slot.m_uiPosition - 1, slot.m_uiHash);
+            }
+        }
+        for (std::size_t ui = 0; vOld.empty() && ui < size(); ++ui) {
             enter(ui, hashOf(m_vEntries[ui]->first));
         }
     }
@@ -164,7 +173,12 @@ private:
     }
 
     static std::uint32_t hashOf(const Key& in_key) {
-        return static_cast<std::uint32_t>(Hash()(in_key));
+        auto uiHash = static_cast<std::uint32_t>(Hash()(in_key));
+        if constexpr (std::is_same_v<Key, std::string>) {
+            // Of names that end in numbers, ten thousand share a thousand values of the plain hash.
+            uiHash ^= static_cast<std::uint32_t>(std::hash<std::string>()(in_key));
+        }
+        return uiHash;
     }
 
     // The low bits of the hash of a text are those of its last letters; the multiplication spreads

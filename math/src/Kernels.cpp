@@ -1,5 +1,6 @@
 #include "Kernels.h"
 
+#include "Extremes.h"
 #include "Summation.h"
 
 namespace Velmora::Math {
@@ -54,8 +55,14 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     attribute double sumOfSquares##name(const double* in_pFirst, const double* in_pLast) {         \
         return sumOfSquares(in_pFirst, in_pLast);                                                  \
     }                                                                                              \
-    constexpr Kernels name##Kernels{add##name,    subtract##name, multiply##name,                  \
-                                    divide##name, sum##name,      sumOfSquares##name};
+    attribute double max##name(const double* in_pFirst, const double* in_pLast) {                  \
+        return extremes(in_pFirst, in_pLast).largest;                                              \
+    }                                                                                              \
+    attribute double min##name(const double* in_pFirst, const double* in_pLast) {                  \
+        return extremes(in_pFirst, in_pLast).smallest;                                             \
+    }                                                                                              \
+    constexpr Kernels name##Kernels{add##name, subtract##name,     multiply##name, divide##name,   \
+                                    sum##name, sumOfSquares##name, max##name,      min##name};
 
 // NOLINTEND(bugprone-macro-parentheses)
 
@@ -82,9 +89,14 @@ const Kernels& choose() {
 
 } // namespace
 
-const Kernels& kernels() {
-    static const Kernels& s_Kernels = choose();
-    return s_Kernels;
-}
+// The bits are the same in all forms: a static initialiser that computes before this one has run
+// is served by the first.
+const Kernels* g_pKernels = &BaselineKernels;
+
+namespace {
+
+[[maybe_unused]] const bool g_bChosen = (g_pKernels = &choose(), true);
+
+} // namespace
 
 } // namespace Velmora::Math

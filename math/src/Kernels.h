@@ -21,9 +21,14 @@ struct Kernels {
     OfOne m_Divide;
     OfAll m_Sum;
     OfAll m_SumOfSquares;
+    OfAll m_Max;
+    OfAll m_Min;
 };
 
-/// The best form for this processor, found once.
-const Kernels& kernels();
+/// The best form for this processor, once the library is loaded.
+extern const Kernels* g_pKernels;
+inline const Kernels& kernels() {
+    return *g_pKernels;
+}
 
 } // namespace Velmora::Math

@@ -2,8 +2,7 @@
 
 #include <velmora/math/DoubleVector.h>
 
-#include <cmath>
-
+#include "Kernels.h"
 #include "SingleValue.h"
 
 namespace Velmora::Math {
@@ -16,18 +15,7 @@ bool MaxFeature::compute(const DoubleVector& in_vInput, DoubleVector& out_vResul
     if (in_vInput.empty()) {
         return false;
     }
-    double largest = in_vInput[0];
-    for (const double value : in_vInput) {
-        if (std::isnan(value)) {
-            largest = value;
-            break;
-        }
-        // The comparison alone would leave the sign of a zero to the order of the elements.
-        if (value > largest || (value == largest && !std::signbit(value))) {
-            largest = value;
-        }
-    }
-    setSingleValue(out_vResult, largest);
+    setSingleValue(out_vResult, kernels().m_Max(in_vInput.begin(), in_vInput.end()));
     return true;
 }
 

@@ -2,8 +2,7 @@
 
 #include <velmora/math/DoubleVector.h>
 
-#include <cmath>
-
+#include "Kernels.h"
 #include "SingleValue.h"
 
 namespace Velmora::Math {
@@ -16,18 +15,7 @@ bool MinFeature::compute(const DoubleVector& in_vInput, DoubleVector& out_vResul
     if (in_vInput.empty()) {
         return false;
     }
-    double smallest = in_vInput[0];
-    for (const double value : in_vInput) {
-        if (std::isnan(value)) {
-            smallest = value;
-            break;
-        }
-        // The comparison alone would leave the sign of a zero to the order of the elements.
-        if (value < smallest || (value == smallest && std::signbit(value))) {
-            smallest = value;
-        }
-    }
-    setSingleValue(out_vResult, smallest);
+    setSingleValue(out_vResult, kernels().m_Min(in_vInput.begin(), in_vInput.end()));
     return true;
 }
 

@@ -2,14 +2,14 @@
 
 #include "AccountTable.h"
 
-#include <cstdlib>
+#include "BlockPool.h"
 
 namespace Velmora {
 
 void* DefaultStaticMemAllocator::allocate(std::size_t in_uiSize,
                                           const char* in_szAccount) noexcept {
     AccountCounters* pAccount = AccountTable::open(in_szAccount);
-    void* pBlock = pAccount == nullptr ? nullptr : std::malloc(in_uiSize == 0 ? 1 : in_uiSize);
+    void* pBlock = pAccount == nullptr ? nullptr : BlockPool::allocate(in_uiSize);
     if (pBlock != nullptr) {
         pAccount->countAllocation(in_uiSize);
     }
@@ -21,7 +21,7 @@ void DefaultStaticMemAllocator::deallocate(void* in_pBlock, std::size_t in_uiSiz
     if (in_pBlock == nullptr) {
         return;
     }
-    std::free(in_pBlock);
+    BlockPool::deallocate(in_pBlock, in_uiSize);
     AccountCounters* pAccount = AccountTable::open(in_szAccount);
     if (pAccount != nullptr) {
         pAccount->countRelease(in_uiSize);

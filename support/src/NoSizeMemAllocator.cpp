@@ -2,13 +2,13 @@
 
 #include "AccountTable.h"
 
-#include <cstdlib>
+#include "BlockPool.h"
 
 namespace Velmora {
 
 void* NoSizeMemAllocator::allocate(std::size_t in_uiSize, const char* in_szAccount) noexcept {
     AccountCounters* pAccount = AccountTable::open(in_szAccount);
-    void* pBlock = pAccount == nullptr ? nullptr : std::malloc(in_uiSize == 0 ? 1 : in_uiSize);
+    void* pBlock = pAccount == nullptr ? nullptr : BlockPool::allocateUnsized(in_uiSize);
     if (pBlock != nullptr) {
         pAccount->countAllocation(0);
     }
@@ -19,7 +19,7 @@ void NoSizeMemAllocator::deallocate(void* in_pBlock, const char* in_szAccount) n
     if (in_pBlock == nullptr) {
         return;
     }
-    std::free(in_pBlock);
+    BlockPool::deallocateUnsized(in_pBlock);
     AccountCounters* pAccount = AccountTable::open(in_szAccount);
     if (pAccount != nullptr) {
         pAccount->countRelease(0);

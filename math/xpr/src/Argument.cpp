@@ -12,4 +12,9 @@ Handle<ExpressionBaseImpl> Argument::copy_i(ExpressionImplCopier& inout_Copier) 
     return Handle<ExpressionBaseImpl>(pCopy);
 }
 
+void Argument::becomeCopyOf(const Argument& in_Source, ExpressionImplCopier& inout_Copier) {
+    copyValue(in_Source, inout_Copier);
+    ExpressionBaseImpl::fill(in_Source, inout_Copier);
+}
+
 } // namespace Velmora::Math::Xpr

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <boost/container/small_vector.hpp>
 
 #include <velmora/Handle.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
@@ -9,6 +9,7 @@ namespace Velmora::Math::Xpr {
 
 /// Releases the handles. Children that die on the way have theirs released by the outermost call,
 /// one after the other, so that a chain of any length is destroyed without recursion.
-void releaseDeferred(std::vector<Handle<ExpressionBaseImpl>>& inout_vHandles) noexcept;
+void releaseDeferred(
+    boost::container::small_vector_base<Handle<ExpressionBaseImpl>>& inout_vHandles) noexcept;
 
 } // namespace Velmora::Math::Xpr

@@ -19,6 +19,9 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
 
 namespace {
 
+/// A definition of two operators.
+constexpr std::size_t NodesPerDefinition = 8;
+
 GraphWalk::Nodes nodesOf(const Dictionnary& in_Dictionnary) {
     GraphWalk::Nodes vNodes;
     for (const auto& entry : in_Dictionnary) {
@@ -47,7 +50,7 @@ Dictionnary::Dictionnary(const Dictionnary& in_Source, const char* in_szName,
     if (in_bUpdateDomainVariables) {
         keeper.keepInputsOf(in_Source);
     }
-    ExpressionImplCopier copier;
+    ExpressionImplCopier copier(in_Source.size() * NodesPerDefinition);
     for (const auto& entry : in_Source) {
         const Handle<ExpressionBaseImpl> pSource(entry.second);
         Handle<Expression> pExpr;

@@ -6,7 +6,6 @@
 #include <velmora/DeepCall.h>
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
-#include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
@@ -187,7 +186,7 @@ bool ExpressionBaseImpl::isChild(const ExpressionBaseImpl& in_Expression) const 
 }
 
 bool ExpressionBaseImpl::isParent(const ExpressionBaseImpl& in_Expression) const {
-    if (m_Parents.empty() || dynamic_cast<const ConstantImpl*>(this) != nullptr) {
+    if (m_Parents.empty() || isConstant()) {
         return false;
     }
     AncestorWalk walk(*this);
@@ -203,7 +202,7 @@ bool ExpressionBaseImpl::isParent(const ExpressionBaseImpl& in_Expression) const
 }
 
 bool ExpressionBaseImpl::isDependantOf(const Handle<ExpressionBaseImpl>& in_pExpression) const {
-    if (in_pExpression.isNull() || dynamic_cast<const ConstantImpl*>(&*in_pExpression) != nullptr) {
+    if (in_pExpression.isNull() || in_pExpression->isConstant()) {
         return false;
     }
     AncestorWalk walk(*this);
@@ -226,12 +225,12 @@ ExpressionBaseImpl::getYoungerChild(const Handle<ExpressionBaseImpl>& in_pExpres
     }
     Handle<ExpressionBaseImpl> pExpression(in_pExpression);
     while (!pExpression.isNull()) {
-        if (const auto* pVariable = dynamic_cast<const VariableImpl*>(&*pExpression)) {
+        if (const VariableImpl* const pVariable = pExpression->asVariable()) {
             if (pVariable->getValue().isNull()) {
                 return pExpression;
             }
             pExpression = Handle<ExpressionBaseImpl>(pVariable->getValue());
-        } else if (const auto* pFunction = dynamic_cast<const ScriptFunctionImpl*>(&*pExpression)) {
+        } else if (const ScriptFunctionImpl* const pFunction = pExpression->asScriptFunction()) {
             pExpression = Handle<ExpressionBaseImpl>(pFunction->getImplementation());
         } else {
             return pExpression;
@@ -277,16 +276,17 @@ unsigned long ExpressionBaseImpl::addChild(const Handle<ExpressionBaseImpl>& in_
         VELMORA_ASSERT_FAIL("!in_pChild.isNull()");
         return NoChild;
     }
-    if (in_bCheck && in_pChild->getId() == getId()) {
-        VELMORA_ASSERT_FAIL("in_pChild->getId() != this->getId() && \"Can't loop on self!\"");
-        return NoChild;
-    }
-    if (in_bCheck && !UncheckedLinks::areOn()) {
-        if (isParent(*in_pChild)) {
+    if (in_bCheck) {
+        if (in_pChild->getId() == getId()) {
+            VELMORA_ASSERT_FAIL("in_pChild->getId() != this->getId() && \"Can't loop on self!\"");
+            return NoChild;
+        }
+        const Loop loop = findLoop(in_pChild);
+        if (loop == Loop::OnParent) {
             VELMORA_ASSERT_FAIL("!isParent( *in_pChild ) && \"Can't loop on a parent!\"");
             return NoChild;
         }
-        if (isDependantOf(in_pChild)) {
+        if (loop == Loop::OnDependant) {
             VELMORA_ASSERT_FAIL("!isDependantOf( in_pChild )");
             return NoChild;
         }
@@ -306,18 +306,24 @@ bool ExpressionBaseImpl::checkNewChild(const Handle<ExpressionBaseImpl>& in_pNew
         VELMORA_ASSERT_FAIL("in_pNewChild->getId() != this->getId() && \"Can't loop on self!\"");
         return false;
     }
-    if (UncheckedLinks::areOn()) {
-        return true;
-    }
-    if (isParent(*in_pNewChild)) {
+    const Loop loop = findLoop(in_pNewChild);
+    if (loop == Loop::OnParent) {
         VELMORA_ASSERT_FAIL("!isParent( *in_pNewChild ) && \"Can't loop on a parent!\"");
-        return false;
-    }
-    if (isDependantOf(in_pNewChild)) {
+    } else if (loop == Loop::OnDependant) {
         VELMORA_ASSERT_FAIL("!isDependantOf( in_pNewChild )");
-        return false;
     }
-    return true;
+    return loop == Loop::None;
+}
+
+ExpressionBaseImpl::Loop
+ExpressionBaseImpl::findLoop(const Handle<ExpressionBaseImpl>& in_pChild) const {
+    if (UncheckedLinks::areOn()) {
+        return Loop::None;
+    }
+    if (isParent(*in_pChild)) {
+        return Loop::OnParent;
+    }
+    return isDependantOf(in_pChild) ? Loop::OnDependant : Loop::None;
 }
 
 unsigned long ExpressionBaseImpl::replaceChild(ExpressionBaseImpl& in_OldChild,

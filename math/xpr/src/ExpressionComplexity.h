@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory_resource>
 #include <unordered_map>
 
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
@@ -18,7 +19,8 @@ public:
 
 private:
     /// Who is here has everything below it here.
-    std::unordered_map<unsigned long, unsigned long> m_mapCounts;
+    std::pmr::monotonic_buffer_resource m_Memory;
+    std::pmr::unordered_map<unsigned long, unsigned long> m_mapCounts{&m_Memory};
 };
 
 } // namespace Velmora::Math::Xpr

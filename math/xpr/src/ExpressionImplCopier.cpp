@@ -19,7 +19,12 @@ typename Map::mapped_type find(const Map& in_mapCopies, const Source& in_Source)
 
 } // namespace
 
-ExpressionImplCopier::ExpressionImplCopier() = default;
+ExpressionImplCopier::ExpressionImplCopier()
+    : m_mapExpressions(&m_Memory), m_mapParameters(&m_Memory) {}
+
+ExpressionImplCopier::ExpressionImplCopier(std::size_t in_uiNodes) : ExpressionImplCopier() {
+    m_mapExpressions.reserve(in_uiNodes);
+}
 
 ExpressionImplCopier::~ExpressionImplCopier() = default;
 

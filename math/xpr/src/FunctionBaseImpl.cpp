@@ -2,7 +2,9 @@
 
 #include <iterator>
 #include <ostream>
+#include <typeinfo>
 
+#include <velmora/DeepCall.h>
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/ParameterTrie.h>
@@ -88,11 +90,13 @@ Handle<Parameter> FunctionBaseImpl::getParameter(const char* in_szName) const {
 }
 
 Handle<VariableImpl> FunctionBaseImpl::getArgument(const ArgumentIterator& in_iteArgument) const {
-    Handle<VariableImpl> pVar(getChildAt(static_cast<long>((*in_iteArgument).second)));
-    if (pVar.isNull()) {
+    const Handle<ExpressionBaseImpl> pChild(
+        getChildAt(static_cast<long>((*in_iteArgument).second)));
+    VariableImpl* const pVar = pChild.isNull() ? nullptr : pChild->asVariable();
+    if (pVar == nullptr) {
         VELMORA_ASSERT_FAIL("!pVar.isNull()");
     }
-    return pVar;
+    return Handle<VariableImpl>(pVar, pChild);
 }
 
 bool FunctionBaseImpl::addArgument(const char* in_szArgumentName) {
@@ -200,7 +204,7 @@ void FunctionBaseImpl::fill(const FunctionBaseImpl& in_Source, ExpressionImplCop
     for (auto iteArgument = in_Source.getArgumentBegin(); iteArgument != in_Source.getArgumentEnd();
          ++iteArgument) {
         const Handle<VariableImpl> pArgument = in_Source.getArgument(iteArgument);
-        if (!pArgument.isNull()) {
+        if (!pArgument.isNull() && !copyToOwnArgument(iteArgument, *pArgument, inout_Copier)) {
             addArgument((*iteArgument).first.c_str(),
                         Handle<VariableImpl>(pArgument->copy(inout_Copier)));
         }
@@ -209,6 +213,28 @@ void FunctionBaseImpl::fill(const FunctionBaseImpl& in_Source, ExpressionImplCop
         addParameter(entry.second->getName(), entry.second->copy(inout_Copier));
     }
     ExpressionBaseImpl::fill(in_Source, inout_Copier);
+}
+
+bool FunctionBaseImpl::copyToOwnArgument(const ArgumentIterator& in_iteSource,
+                                         const VariableImpl& in_Source,
+                                         ExpressionImplCopier& inout_Copier) {
+    // Operators make their arguments themselves, and to put copies in their place would double the
+    // work of every copy of a graph.
+    const auto iteOwn = m_Arguments.find((*in_iteSource).first);
+    if (iteOwn == m_Arguments.end() || typeid(in_Source) != typeid(Argument)) {
+        return false;
+    }
+    const Handle<ExpressionBaseImpl> pOwn(getChildAt(static_cast<long>((*iteOwn).second)));
+    if (pOwn.isNull() || typeid(*pOwn) != typeid(Argument) ||
+        pOwn->getChildBegin() != pOwn->getChildEnd() || !inout_Copier.getCopy(in_Source).isNull()) {
+        return false;
+    }
+    auto& own = static_cast<Argument&>(*pOwn);
+    DeepCall::run([&] { own.becomeCopyOf(static_cast<const Argument&>(in_Source), inout_Copier); });
+    if (!inout_Copier.registerCopy(in_Source, pOwn)) {
+        VELMORA_ASSERT_FAIL("in_Copier.registerCopy( *this, pCopy )");
+    }
+    return true;
 }
 
 std::ostream& FunctionBaseImpl::write(std::ostream& out_Stream) const {

@@ -1,7 +1,5 @@
 #include "NodeKind.h"
 
-#include <typeinfo>
-
 #include <velmora/math/xpr/Argument.h>
 #include <velmora/math/xpr/Constant.h>
 #include <velmora/math/xpr/DomainValue.h>
@@ -45,11 +43,7 @@ NodeKind tell(const ExpressionBaseImpl& in_Node) {
 } // namespace
 
 NodeKind NodeKinds::of(const ExpressionBaseImpl& in_Node) {
-    const auto iteKind = m_mapKinds.find(typeid(in_Node));
-    if (iteKind != m_mapKinds.end()) {
-        return iteKind->second;
-    }
-    return m_mapKinds.emplace(typeid(in_Node), tell(in_Node)).first->second;
+    return m_Known.of(in_Node, tell);
 }
 
 } // namespace Velmora::Math::Xpr

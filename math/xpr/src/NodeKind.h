@@ -1,9 +1,8 @@
 #pragma once
 
-#include <typeindex>
-#include <unordered_map>
-
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
+
+#include "KindCache.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -28,13 +27,13 @@ inline bool isVariable(NodeKind in_Kind) {
            in_Kind == NodeKind::UnknownVariable;
 }
 
-/// Tells kinds of nodes, with the checked casts made once for each class and not for each node.
+/// Tells kinds of nodes.
 class NodeKinds {
 public:
     NodeKind of(const ExpressionBaseImpl& in_Node);
 
 private:
-    std::unordered_map<std::type_index, NodeKind> m_mapKinds;
+    KindCache<ExpressionBaseImpl, NodeKind> m_Known;
 };
 
 } // namespace Velmora::Math::Xpr

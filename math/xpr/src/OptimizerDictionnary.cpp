@@ -17,7 +17,13 @@ namespace {
 /// What a dump holds at most of keys; those behind are written as "...".
 constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 
+/// A definition of two operators.
+constexpr std::size_t ExpressionsPerRoot = 8;
+
 } // namespace
+
+OptimizerDictionnary::ExpressionMap::ExpressionMap(std::pmr::memory_resource* in_pMemory)
+    : std::pmr::unordered_map<unsigned long, CountedObjPtr<OptimizerExpressionData>>(in_pMemory) {}
 
 CountedObjPtr<OptimizerExpressionData>&
 OptimizerDictionnary::ExpressionMap::get(const Expression& in_Expression) {
@@ -32,16 +38,18 @@ OptimizerDictionnary::ExpressionMap::get(const Expression& in_Expression) {
 
 CountedObjPtr<OptimizerExpressionData>&
 OptimizerDictionnary::ExpressionMap::get(const ExpressionBaseImpl& in_Expression) {
-    CountedObjPtr<OptimizerExpressionData>*& pPlace = m_mapPlaces[in_Expression.getId()];
-    if (pPlace == nullptr) {
-        pPlace = &(*this)[in_Expression.getId()];
-    }
-    return *pPlace;
+    return (*this)[in_Expression.getId()];
 }
 
-bool OptimizerDictionnary::ExpressionMap::has(const ExpressionBaseImpl& in_Expression) const {
-    return m_mapPlaces.count(in_Expression.getId()) != 0;
-}
+/// Which expressions are in the index, and which of them have their key: who has the key is in.
+struct OptimizerDictionnary::Walks {
+    bool isNew(ExpressionBaseImpl& inout_Expression) const {
+        return !m_keyed.hasEntered(inout_Expression) && m_inserted.enter(inout_Expression);
+    }
+
+    GraphWalk m_inserted;
+    GraphWalk m_keyed;
+};
 
 OptimizerDictionnary::OptimizerDictionnary() {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::OptimizerDictionnary");
@@ -67,13 +75,14 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     if (m_bOneVisitEach) {
         m_ExpressionMap.getKeys().shortenTexts();
     }
-    const GraphWalk keyWalk;
+    m_ExpressionMap.reserve(vRoots.size() * ExpressionsPerRoot);
+    const Walks walks;
     for (const auto& pRoot : vRoots) {
-        if (!insertExpression(pRoot)) {
+        if (!insertExpression(pRoot, walks)) {
             VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
             return false;
         }
-        fixKeys(*pRoot, keyWalk);
+        fixKeys(*pRoot, walks);
     }
     VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
                                         << m_mapFunctions.size() << " function(s)\n"
@@ -81,14 +90,15 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     return true;
 }
 
-bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression) {
+bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression,
+                                            const Walks& in_Walks) {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
     // Depth first along every path, in the order of the children, without recursion.
     std::vector<Handle<ExpressionBaseImpl>> vPending{in_pExpression};
     while (!vPending.empty()) {
         const Handle<ExpressionBaseImpl> pExpression(vPending.back());
         vPending.pop_back();
-        if (m_bOneVisitEach && !pExpression.isNull() && m_ExpressionMap.has(*pExpression)) {
+        if (m_bOneVisitEach && !pExpression.isNull() && !in_Walks.isNew(*pExpression)) {
             continue;
         }
         if (!insertNode(pExpression)) {
@@ -117,8 +127,8 @@ bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpr
     if (pFirst.isNull()) {
         pFirst = pData;
     }
-    const Handle<FunctionBaseImpl> pFunc(in_pExpression);
-    if (!pFunc.isNull() && !insertFunctionInstance(pFunc, pData)) {
+    if (m_ExpressionMap.getKinds().of(*in_pExpression) == OptimizerExpressionKind::Function &&
+        !insertFunctionInstance(Handle<FunctionBaseImpl>(in_pExpression), pData)) {
         VELMORA_ASSERT_FAIL("insertFunctionInstance( pFunc, pData )");
         return false;
     }
@@ -132,13 +142,13 @@ bool OptimizerDictionnary::insertFunctionInstance(
     VELMORA_LOG_DEBUG(fileLogger(), "adding function: " << in_pFunction->getName());
     CountedObjPtr<FunctionInstanceList>& pList = m_mapFunctions[in_pFunction->getName()];
     if (pList.isNull()) {
-        pList = new FunctionInstanceList;
+        pList = new FunctionInstanceList(&m_Memory);
     }
     pList->push_back(in_pData);
     return true;
 }
 
-void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const GraphWalk& in_Walk) {
+void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_Walks) {
     struct Place {
         ExpressionBaseImpl* m_pNode;
         const Handle<ExpressionBaseImpl>* m_pNextChild;
@@ -147,7 +157,7 @@ void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const GraphWalk&
     const bool bWithText = areKeysLogged();
     std::vector<Place> vPath;
     const auto enter = [&](ExpressionBaseImpl& in_Node) {
-        if (in_Walk.enter(in_Node)) {
+        if (in_Walks.m_keyed.enter(in_Node)) {
             vPath.push_back({&in_Node, in_Node.getChildBegin()});
         }
     };

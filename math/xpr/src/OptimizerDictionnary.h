@@ -1,7 +1,7 @@
 #pragma once
 
 #include <list>
-#include <map>
+#include <memory_resource>
 #include <string>
 #include <unordered_map>
 
@@ -25,23 +25,21 @@ class OptimizerDictionnary {
 public:
     VELMORA_MEM_ACCOUNT("OptimizerDictionnary")
 
-    using FunctionInstanceList = std::list<CountedObjPtr<OptimizerExpressionData>>;
+    using FunctionInstanceList = std::pmr::list<CountedObjPtr<OptimizerExpressionData>>;
     using FunctionMap = std::unordered_map<std::string, CountedObjPtr<FunctionInstanceList>>;
 
     /// The data by identifier.
-    class ExpressionMap : public std::map<unsigned long, CountedObjPtr<OptimizerExpressionData>>,
-                          public virtual OptimizerExpressionDataContainer,
-                          public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
+    class ExpressionMap
+        : public std::pmr::unordered_map<unsigned long, CountedObjPtr<OptimizerExpressionData>>,
+          public virtual OptimizerExpressionDataContainer,
+          public OptimizerExpressionDataContainerImpl<OptimizerExpressionDataImpl> {
     public:
+        explicit ExpressionMap(
+            std::pmr::memory_resource* in_pMemory = std::pmr::get_default_resource());
+
         CountedObjPtr<OptimizerExpressionData>& get(const Expression& in_Expression) override;
         CountedObjPtr<OptimizerExpressionData>&
         get(const ExpressionBaseImpl& in_Expression) override;
-
-        bool has(const ExpressionBaseImpl& in_Expression) const;
-
-    private:
-        /// A search through the map waits for memory at every level.
-        std::unordered_map<unsigned long, CountedObjPtr<OptimizerExpressionData>*> m_mapPlaces;
     };
 
     OptimizerDictionnary();
@@ -70,14 +68,18 @@ public:
     std::string dump() const;
 
 private:
-    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression);
+    struct Walks;
+
+    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, const Walks& in_Walks);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
     bool insertFunctionInstance(const Handle<FunctionBaseImpl>& in_pFunction,
                                 const CountedObjPtr<OptimizerExpressionData>& in_pData);
-    void fixKeys(ExpressionBaseImpl& in_Root, const GraphWalk& in_Walk);
+    void fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_Walks);
 
+    /// Entries come by the thousand and go together.
+    std::pmr::monotonic_buffer_resource m_Memory;
     FunctionMap m_mapFunctions;
-    ExpressionMap m_ExpressionMap;
+    ExpressionMap m_ExpressionMap{&m_Memory};
     bool m_bOneVisitEach = false;
 };
 

@@ -3,6 +3,7 @@
 #include <velmora/CountedObjPtr.h>
 
 #include "OptimizerExpressionData.h"
+#include "OptimizerExpressionKind.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -24,9 +25,11 @@ public:
     }
 
     OptimizerKeyTable& getKeys() { return m_Keys; }
+    OptimizerExpressionKinds& getKinds() { return m_Kinds; }
 
 private:
     OptimizerKeyTable m_Keys;
+    OptimizerExpressionKinds m_Kinds;
 };
 
 /// The container that makes data of class `T`.

@@ -15,24 +15,19 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.OptimizerExpressionData");
 
 namespace {
 
-template <class Kind>
-bool is(const ExpressionBaseImpl& in_Expression) {
-    return dynamic_cast<const Kind*>(&in_Expression) != nullptr;
-}
-
 OptimizerExpressionDataSpecializer* newSpecializer(OptimizerExpressionDataImpl& inout_Data,
-                                                   const ExpressionBaseImpl& in_Expression) {
-    if (is<FunctionBaseImpl>(in_Expression)) {
+                                                   OptimizerExpressionKind in_Kind) {
+    switch (in_Kind) {
+    case OptimizerExpressionKind::Function:
         return new OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl>(inout_Data);
-    }
-    if (is<VariableImpl>(in_Expression)) {
+    case OptimizerExpressionKind::Variable:
         return new OptimizerExpressionDataSpecializerImpl<VariableImpl>(inout_Data);
-    }
-    if (is<ConstantBase>(in_Expression)) {
+    case OptimizerExpressionKind::Constant:
         return new OptimizerExpressionDataSpecializerImpl<ConstantImpl>(inout_Data);
-    }
-    if (is<DomainValueBase>(in_Expression)) {
+    case OptimizerExpressionKind::DomainValue:
         return new OptimizerExpressionDataSpecializerImpl<DomainValueNoCopyImpl>(inout_Data);
+    case OptimizerExpressionKind::Unknown:
+        break;
     }
     VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
     return nullptr;
@@ -48,7 +43,7 @@ OptimizerExpressionDataImpl::OptimizerExpressionDataImpl(
         VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
         return;
     }
-    m_pSpecializer = newSpecializer(*this, *m_pExpression);
+    m_pSpecializer = newSpecializer(*this, m_Container.getKinds().of(*m_pExpression));
 }
 
 bool OptimizerExpressionDataImpl::operator==(const OptimizerExpressionData& in_Other) const {

@@ -1,7 +1,6 @@
 #include "OptimizerKeyTable.h"
 
-#include <functional>
-#include <limits>
+#include <utility>
 
 namespace Velmora::Math::Xpr {
 
@@ -14,21 +13,15 @@ constexpr std::uint64_t CheckPrime = (std::uint64_t(1) << 61) - 1;
 constexpr std::uint64_t CheckBase = 1099511628211ULL;
 
 std::uint64_t multiply(std::uint64_t in_uiA, std::uint64_t in_uiB) {
-    return static_cast<std::uint64_t>(static_cast<UInt128>(in_uiA) * in_uiB % CheckPrime);
+    // What stands above the lower 61 bits counts once more: 2^61 is 1 modulo the prime.
+    const UInt128 uiProduct = static_cast<UInt128>(in_uiA) * in_uiB;
+    const std::uint64_t uiSum = (static_cast<std::uint64_t>(uiProduct) & CheckPrime) +
+                                static_cast<std::uint64_t>(uiProduct >> 61);
+    return uiSum >= CheckPrime ? uiSum - CheckPrime : uiSum;
 }
 
 /// Keys of equal digest and different pieces are compared character by character, but no further.
 constexpr std::size_t MaxCompared = std::size_t(1) << 20;
-
-std::size_t hashPieces(const std::string& in_strHead,
-                       const std::vector<OptimizerKeyTable::Number>& in_vRest) {
-    std::size_t uiHash = std::hash<std::string>()(in_strHead);
-    for (const OptimizerKeyTable::Number uiKey : in_vRest) {
-        uiHash = (uiHash ^ uiKey) * 0x9E3779B97F4A7C15ULL;
-        uiHash ^= uiHash >> 29;
-    }
-    return uiHash;
-}
 
 } // namespace
 
@@ -114,41 +107,53 @@ bool OptimizerKeyTable::hasText(const Key& in_Key, Number in_uiOther) const {
     return false;
 }
 
-const OptimizerKeyTable::Number* OptimizerKeyTable::findPieces(std::size_t in_uiHash,
-                                                               const Key& in_Key) const {
-    const auto range = m_mapByPieces.equal_range(in_uiHash);
-    for (auto ite = range.first; ite != range.second; ++ite) {
-        const Key& key = m_vKeys[ite->second];
-        if (key.m_vRest == in_Key.m_vRest && key.m_strHead == in_Key.m_strHead) {
-            return &ite->second;
-        }
+bool OptimizerKeyTable::isEqual(const Key& in_Key, Number in_uiOther) const {
+    const Key& other = m_vKeys[in_uiOther];
+    if (!(other.m_Digest == in_Key.m_Digest)) {
+        return false;
     }
-    return nullptr;
+    // Other pieces can make the same text: a concatenation within a concatenation.
+    return (other.m_vRest == in_Key.m_vRest && other.m_strHead == in_Key.m_strHead) ||
+           hasText(in_Key, in_uiOther);
+}
+
+OptimizerKeyTable::Number* OptimizerKeyTable::placeOf(const Key& in_Key) {
+    const std::size_t uiMask = m_vPlaces.size() - 1;
+    std::size_t uiPlace = in_Key.m_Digest.m_uiCheck & uiMask;
+    while (m_vPlaces[uiPlace] != NoKey && !isEqual(in_Key, m_vPlaces[uiPlace])) {
+        uiPlace = (uiPlace + 1) & uiMask;
+    }
+    return &m_vPlaces[uiPlace];
+}
+
+void OptimizerKeyTable::growPlaces() {
+    m_vPlaces.assign(m_vPlaces.size() * 2, NoKey);
+    const std::size_t uiMask = m_vPlaces.size() - 1;
+    for (Number uiNumber = 0; uiNumber != m_vKeys.size(); ++uiNumber) {
+        std::size_t uiPlace = m_vKeys[uiNumber].m_Digest.m_uiCheck & uiMask;
+        while (m_vPlaces[uiPlace] != NoKey) {
+            uiPlace = (uiPlace + 1) & uiMask;
+        }
+        m_vPlaces[uiPlace] = uiNumber;
+    }
 }
 
 OptimizerKeyTable::Number OptimizerKeyTable::insert(std::string in_strHead,
                                                     std::vector<Number> in_vRest) {
     Key key{std::move(in_strHead), std::move(in_vRest), Digest()};
-    const std::size_t uiHash = hashPieces(key.m_strHead, key.m_vRest);
-    if (const Number* pKnown = findPieces(uiHash, key)) {
-        return *pKnown;
-    }
     key.m_Digest.append(key.m_strHead);
     for (const Number uiRest : key.m_vRest) {
         key.m_Digest.append(m_vKeys[uiRest].m_Digest);
     }
-    // Other pieces can make the same text: a concatenation within a concatenation.
-    const auto range = m_mapByDigest.equal_range(key.m_Digest.m_uiCheck);
-    for (auto ite = range.first; ite != range.second; ++ite) {
-        if (m_vKeys[ite->second].m_Digest == key.m_Digest && hasText(key, ite->second)) {
-            return ite->second;
-        }
+    if ((m_vKeys.size() + 1) * 2 > m_vPlaces.size()) {
+        growPlaces();
     }
-    const auto uiNumber = static_cast<Number>(m_vKeys.size());
-    m_mapByPieces.emplace(uiHash, uiNumber);
-    m_mapByDigest.emplace(key.m_Digest.m_uiCheck, uiNumber);
-    m_vKeys.push_back(std::move(key));
-    return uiNumber;
+    Number* const pPlace = placeOf(key);
+    if (*pPlace == NoKey) {
+        *pPlace = static_cast<Number>(m_vKeys.size());
+        m_vKeys.push_back(std::move(key));
+    }
+    return *pPlace;
 }
 
 std::size_t OptimizerKeyTable::getTextLimit() const {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace Velmora::Math::Xpr {
@@ -11,8 +11,8 @@ namespace Velmora::Math::Xpr {
 ///
 /// The text of a key holds the texts of the keys below it, and grows exponentially where an
 /// expression is used twice on each level. So a key is kept as its head and the numbers of the keys
-/// behind it. Numbers are given by these pieces when they are first seen; hashes are composed from
-/// the hashes of the pieces; the text is put together when somebody asks for it.
+/// behind it. Digests and hashes are composed from those of the pieces, and a number is given when
+/// a digest is first seen; the text is put together when somebody asks for it.
 class OptimizerKeyTable {
 public:
     using Number = std::uint32_t;
@@ -61,11 +61,16 @@ private:
 
     std::size_t getTextLimit() const;
     bool hasText(const Key& in_Key, Number in_uiOther) const;
-    const Number* findPieces(std::size_t in_uiHash, const Key& in_Key) const;
+    bool isEqual(const Key& in_Key, Number in_uiOther) const;
+    Number* placeOf(const Key& in_Key);
+    void growPlaces();
+
+    static constexpr Number NoKey = std::numeric_limits<Number>::max();
 
     std::vector<Key> m_vKeys;
-    std::unordered_multimap<std::size_t, Number> m_mapByPieces;
-    std::unordered_multimap<std::uint64_t, Number> m_mapByDigest;
+    /// The numbers by digest: each stands at the first free place from the one that its digest
+    /// gives. There are twice as many places as keys or more.
+    std::vector<Number> m_vPlaces = std::vector<Number>(64, NoKey);
     bool m_bShorten = false;
     mutable std::size_t m_uiWritten = 0;
 };

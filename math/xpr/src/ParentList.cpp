@@ -1,6 +1,7 @@
 #include <velmora/math/xpr/ParentList.h>
 
 #include <algorithm>
+#include <memory_resource>
 #include <new>
 #include <unordered_map>
 
@@ -21,7 +22,8 @@ constexpr std::uint64_t MovesPerStep = 8;
 /// Where the first entry of each parent is, and how many it has.
 class ParentList::Index {
 public:
-    explicit Index(const std::vector<Entry>& in_vEntries) {
+    explicit Index(const Entries& in_vEntries) {
+        m_mapPlaces.reserve(in_vEntries.size());
         for (std::size_t ui = 0; ui != in_vEntries.size(); ++ui) {
             add(in_vEntries[ui].get(), ui);
         }
@@ -37,7 +39,7 @@ public:
     }
 
     /// Makes a hole of the first entry of that parent, which has one.
-    void remove(const ExpressionBaseImpl& in_Parent, std::vector<Entry>& inout_vEntries) {
+    void remove(const ExpressionBaseImpl& in_Parent, Entries& inout_vEntries) {
         const auto ite = m_mapPlaces.find(&in_Parent);
         Place& place = ite->second;
         inout_vEntries[place.m_uiFirst] = nullptr;
@@ -56,7 +58,8 @@ private:
         std::size_t m_uiCount;
     };
 
-    std::unordered_map<const ExpressionBaseImpl*, Place> m_mapPlaces;
+    std::pmr::monotonic_buffer_resource m_Memory;
+    std::pmr::unordered_map<const ExpressionBaseImpl*, Place> m_mapPlaces{&m_Memory};
 };
 
 ParentList::ParentList() = default;

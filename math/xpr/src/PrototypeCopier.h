@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory_resource>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -45,7 +46,8 @@ private:
     const Extent& extentOf(const Handle<ExpressionBaseImpl>& in_pPrototype);
     Extent measure(const Handle<ExpressionBaseImpl>& in_pPrototype) const;
 
-    std::unordered_set<unsigned long> m_SharedIds;
+    std::pmr::monotonic_buffer_resource m_Memory;
+    std::pmr::unordered_set<unsigned long> m_SharedIds{&m_Memory};
     std::unordered_map<unsigned long, Extent> m_Extents;
     std::size_t m_uiCopiedNodes = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -80,7 +81,8 @@ private:
     ResolverLog m_Log;
     PrototypeCopier m_Copier;
     NodeKinds m_Kinds;
-    std::unordered_set<unsigned long> m_ResolvedIds;
+    std::pmr::monotonic_buffer_resource m_Memory;
+    std::pmr::unordered_set<unsigned long> m_ResolvedIds{&m_Memory};
     std::size_t m_uiRevisits = 0;
     /// Has a host linked a variable by hand? As long as every link to a variable is the work of
     /// this run, no link can make a loop: what it leads to was resolved to the end before, and a

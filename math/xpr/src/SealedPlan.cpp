@@ -304,13 +304,49 @@ bool SealedPlan::computeVectors(Step& inout_Step) {
     inout_Step.m_bAhead = true;
     inout_Step.m_pNode->m_pValue = &op.m_Result;
     inout_Step.m_pVector = &op.m_Result;
-    if (!op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result)) {
+    if (!computeKnown(inout_Step.m_eKind, *first.m_pVector, *second.m_pVector, op.m_Result) &&
+        !op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result)) {
         return false;
     }
     if (op.m_Result.size() == 1) {
         inout_Step.m_pScalar = op.m_Result.begin();
     }
     return true;
+}
+
+/// What the operator would do with sides that it doesn't complain of. False for others.
+bool SealedPlan::computeKnown(Kind in_eKind, const DoubleVector& in_Left,
+                              const DoubleVector& in_Right, DoubleVector& out) {
+    const std::size_t uiLeft = in_Left.size();
+    const std::size_t uiRight = in_Right.size();
+    if (uiLeft == 0 || uiRight == 0) {
+        return false;
+    }
+    switch (in_eKind) {
+    case Kind::Plus:
+        if (uiLeft == uiRight) {
+            out.setSum(in_Left, in_Right);
+        }
+        return uiLeft == uiRight;
+    case Kind::Minus:
+        if (uiLeft == uiRight) {
+            out.setDifference(in_Left, in_Right);
+        }
+        return uiLeft == uiRight;
+    case Kind::Multiply:
+        if (uiLeft == 1) {
+            out.setProduct(in_Right, *in_Left.begin());
+        } else if (uiRight == 1) {
+            out.setProduct(in_Left, *in_Right.begin());
+        }
+        return uiLeft == 1 || uiRight == 1;
+    default:
+        const bool bKnown = in_eKind == Kind::Divide && uiRight == 1 && *in_Right.begin() != 0.0;
+        if (bKnown) {
+            out.setQuotient(in_Left, *in_Right.begin());
+        }
+        return bKnown;
+    }
 }
 
 bool SealedPlan::computeOperator(Step& inout_Step) {
@@ -385,21 +421,20 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
         return false;
     }
-    if (areInputsValid(in_uiNode)) {
-        out_bSuccess = step(in_uiNode);
-        return true;
-    }
-    const NodeSet* const pNeeds = findNeeds(in_uiNode);
-    if (pNeeds == nullptr) {
-        return false;
-    }
-    const Index uiFailed =
-        pNeeds->m_bInOrder ? computeInListOrder(*pNeeds) : computeInOwnOrder(*pNeeds);
-    out_bSuccess = uiFailed == PassedOver;
-    if (!out_bSuccess) {
-        if (pNeeds->m_bInOrder) {
+    bool bIsNear = false;
+    Index uiFailed = computeNear(in_uiNode, bIsNear);
+    if (!bIsNear) {
+        const NodeSet* const pNeeds = findNeeds(in_uiNode);
+        if (pNeeds == nullptr) {
+            return false;
+        }
+        uiFailed = pNeeds->m_bInOrder ? computeInListOrder(*pNeeds) : computeInOwnOrder(*pNeeds);
+        if (uiFailed != PassedOver && pNeeds->m_bInOrder) {
             takeBack(*pNeeds, uiFailed);
         }
+    }
+    out_bSuccess = uiFailed == PassedOver;
+    if (!out_bSuccess) {
         // The long way goes on from here: the reader that needs this node is the first that the
         // recursion comes to.
         m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
@@ -407,7 +442,40 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     return out_bSuccess || uiFailed == in_uiNode;
 }
 
-/// Computes what isn't valid; returns the node that failed, or `PassedOver`.
+/// Computes a node below which one node after the other is all that isn't valid, as in a feature
+/// that shares most of its work with one that was asked for before. `out_bIsNear` tells whether it
+/// is so. Returns the node that failed, or `PassedOver`.
+SealedPlan::Index SealedPlan::computeNear(Index in_uiNode, bool& out_bIsNear) {
+    constexpr std::size_t MaxNear = 4;
+    Index uiPath[MaxNear];
+    std::size_t uiDepth = 0;
+    Index uiNode = in_uiNode;
+    std::size_t uiInvalid = 1;
+    while (uiInvalid == 1 && uiDepth != MaxNear) {
+        uiPath[uiDepth++] = uiNode;
+        uiInvalid = countInvalidInputs(uiPath[uiDepth - 1], uiNode);
+    }
+    out_bIsNear = uiInvalid == 0;
+    while (out_bIsNear && uiDepth != 0) {
+        if (!step(uiPath[--uiDepth])) {
+            return uiPath[uiDepth];
+        }
+    }
+    return PassedOver;
+}
+
+std::size_t SealedPlan::countInvalidInputs(Index in_uiNode, Index& out_uiInvalid) const {
+    std::size_t uiInvalid = 0;
+    for (Index ui = m_vInputsBegin[in_uiNode]; ui != m_vInputsBegin[in_uiNode + 1]; ++ui) {
+        if (!isValid(m_vInputs[ui])) {
+            out_uiInvalid = m_vInputs[ui];
+            ++uiInvalid;
+        }
+    }
+    return uiInvalid;
+}
+
+/// Computes what isn't valid; returns the same.
 SealedPlan::Index SealedPlan::computeInListOrder(const NodeSet& in_Needs) {
     Flags* pBefore = m_vBefore.data();
     for (const Word& word : in_Needs.m_vWords) {

@@ -139,9 +139,13 @@ private:
     bool compute(Step& inout_Step);
     bool computeOperator(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
+    static bool computeKnown(Kind in_eKind, const DoubleVector& in_Left,
+                             const DoubleVector& in_Right, DoubleVector& out);
     static void look(Step& inout_Step);
     static void noteConstant(Step& inout_Step);
     void leave();
+    Index computeNear(Index in_uiNode, bool& out_bIsNear);
+    std::size_t countInvalidInputs(Index in_uiNode, Index& out_uiInvalid) const;
     Index computeInListOrder(const NodeSet& in_Needs);
     Index computeInOwnOrder(const NodeSet& in_Needs);
     void takeBack(const NodeSet& in_Needs, Index in_uiFailed);

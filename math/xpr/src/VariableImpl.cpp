@@ -7,6 +7,7 @@
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 
 #include "GraphvizNodes.h"
+#include "UncheckedLinks.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -65,7 +66,8 @@ bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_
     noteChange();
     m_pValueExpr = pValue;
     m_bValueSet = true;
-    m_pDomainValue = Handle<DomainValueNoCopyImpl>(pValue);
+    m_pDomainValue = pValue->isDomainValue() ? Handle<DomainValueNoCopyImpl>(pValue)
+                                             : Handle<DomainValueNoCopyImpl>();
     invalidate();
     forgetValue();
     m_vFormerValues.clear();
@@ -115,14 +117,22 @@ Handle<ExpressionBaseImpl> VariableImpl::copy_i(ExpressionImplCopier& inout_Copi
 
 void VariableImpl::fill(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier) {
     setName(in_Source.getName());
-    if (!in_Source.m_pValueExpr.isNull()) {
-        Variable& variable = *this;
-        variable.setValue(Handle<Expression>(in_Source.m_pValueExpr->copy(inout_Copier)));
+    copyValue(in_Source, inout_Copier);
+}
+
+void VariableImpl::copyValue(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier) {
+    if (in_Source.m_pValueExpr.isNull()) {
+        return;
     }
+    const Handle<Expression> pCopy(in_Source.m_pValueExpr->copy(inout_Copier));
+    // The copy of a graph without a loop has none.
+    const UncheckedLinks unchecked;
+    Variable& variable = *this;
+    variable.setValue(pCopy);
 }
 
 bool VariableImpl::isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const {
-    const auto* pVariable = dynamic_cast<const VariableImpl*>(&*in_pExpression);
+    const VariableImpl* const pVariable = in_pExpression->asVariable();
     return pVariable != nullptr && pVariable->getName() == getName();
 }
 

@@ -8,6 +8,13 @@ namespace Velmora::Math::Xpr {
 class VELMORA_EXPORT Argument : public VariableImpl {
 protected:
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
+
+private:
+    friend class FunctionBaseImpl;
+
+    /// Makes this argument, which is as its function's constructor left it, the copy of another,
+    /// but for the name.
+    void becomeCopyOf(const Argument& in_Source, ExpressionImplCopier& inout_Copier);
 };
 
 } // namespace Velmora::Math::Xpr

@@ -12,6 +12,7 @@ public:
 
     const DoubleVector& getValue() const override { return m_Value; }
     ConstantBase* createNew(const DoubleVector& in_vValue) const override;
+    bool isConstant() const override { return true; }
 
 private:
     DoubleVector m_Value;

@@ -22,6 +22,7 @@ public:
     const char* getName() const override;
 
     std::ostream& write(std::ostream& out_Stream) const override;
+    bool isDomainValue() const override { return true; }
 
     /// The value of this moment.
     virtual const DoubleVector& getValue() const = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <memory_resource>
 #include <unordered_map>
 
 #include <velmora/Export.h>
@@ -22,6 +24,9 @@ public:
     VELMORA_MEM_ACCOUNT_NO_SIZE("ExpressionImplCopier")
 
     ExpressionImplCopier();
+
+    /// For who knows about how many nodes there are to copy.
+    explicit ExpressionImplCopier(std::size_t in_uiNodes);
     ~ExpressionImplCopier() override;
 
     /// The copy that was registered for the node; null if there is none.
@@ -38,8 +43,10 @@ public:
 
 private:
     /// Two maps, since expressions and parameters are numbered independently.
-    std::unordered_map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
-    std::unordered_map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
+    /// Entries come by the thousand and go together.
+    std::pmr::monotonic_buffer_resource m_Memory;
+    std::pmr::unordered_map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
+    std::pmr::unordered_map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
 };
 
 } // namespace Velmora::Math::Xpr

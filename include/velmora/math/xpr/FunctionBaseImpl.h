@@ -88,6 +88,9 @@ private:
     /// The parser adds the operands of concatenations and conditions as arguments of its own.
     friend class ScriptParser;
 
+    bool copyToOwnArgument(const ArgumentIterator& in_iteSource, const VariableImpl& in_Source,
+                           ExpressionImplCopier& inout_Copier);
+
     ArgumentMap m_Arguments;
     ParameterMap m_Parameters;
     std::string m_strName;

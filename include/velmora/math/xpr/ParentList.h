@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
+
+#include <boost/container/small_vector.hpp>
 
 #include <velmora/Export.h>
 #include <velmora/LimitedObjPtr.h>
@@ -73,7 +74,10 @@ private:
     bool hasIndex();
     bool removeIndexed(const ExpressionBaseImpl& in_Parent);
 
-    mutable std::vector<Entry> m_vEntries;
+    /// Most nodes have one parent, or an operator's argument and the operator that reads past it.
+    using Entries = boost::container::small_vector<Entry, 2>;
+
+    mutable Entries m_vEntries;
     mutable std::uint32_t m_uiSealed = 0;
     mutable std::uint32_t m_uiHoles = 0;
     /// Entries that removals have looked at since there was an index.

@@ -29,6 +29,8 @@ public:
     /// Makes this function a copy of another.
     void fill(const ScriptFunctionImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
+    ScriptFunctionImpl* asScriptFunction() override { return this; }
+
     std::ostream& write(std::ostream& out_Stream) const override;
 
 protected:

@@ -34,6 +34,8 @@ public:
     /// The value; null until set.
     const Handle<ExpressionBaseImpl>& getValue() const { return m_pValueExpr; }
 
+    VariableImpl* asVariable() override { return this; }
+
     std::ostream& write(std::ostream& out_Stream) const override;
 
 protected:
@@ -53,6 +55,9 @@ protected:
 
     /// Makes this variable a copy of another: name and value.
     void fill(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
+
+    /// The part of `fill` that copies what gives the value.
+    void copyValue(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
     /// The value once more, when it is a domain value; null otherwise.
     LimitedObjPtr<DomainValueNoCopyImpl> getDomainValue() const { return m_pDomainValue; }
