@@ -43,8 +43,10 @@ constexpr std::size_t MaxPooled = 1024;
 
 /// Blocks are cut from slabs of this size and alignment. A slab begins with its head, so that no
 /// pooled block is aligned like a slab: an unsized block that is, stands alone.
-constexpr std::size_t SlabSize = 16384;
-constexpr std::size_t SlabsPerChunk = 64;
+constexpr std::size_t SlabAlignment = 16384;
+
+/// What the system's allocator keeps ahead of a block fits between two slabs.
+constexpr std::size_t SlabSize = SlabAlignment - 16;
 
 struct Block {
     Block* m_pNext;
@@ -56,6 +58,7 @@ struct alignas(Step) Slab {
     explicit Slab(std::size_t in_uiClass) : m_uiClass(in_uiClass) {}
 
     bool isFull() const noexcept { return m_pFree == nullptr && m_uiFresh == m_uiEnd; }
+    bool isEmpty() const noexcept { return m_uiTaken == 0; }
 
     void* take() noexcept {
         ++m_uiTaken;
@@ -85,8 +88,9 @@ struct alignas(Step) Slab {
     std::size_t m_uiFresh = sizeof(Slab);
     std::size_t m_uiTaken = 0;
     Block* m_pFree = nullptr;
-    /// The next of its size that isn't full.
+    /// Those of its size that aren't full.
     Slab* m_pNext = nullptr;
+    Slab* m_pPrevious = nullptr;
 };
 
 /// Held for a few instructions, by threads that build or destroy graphs; nothing computes here.
@@ -105,75 +109,80 @@ private:
     std::atomic_flag& m_flag;
 };
 
-/// Where slabs come from: many at once, since the system's allocator is slow to align.
-class Chunks {
-public:
-    void* newSlab() noexcept {
-        const SpinLock lock(m_flag);
-        if (m_uiLeft == 0) {
-            m_pNext = static_cast<char*>(std::aligned_alloc(SlabSize, SlabSize * SlabsPerChunk));
-            m_uiLeft = m_pNext == nullptr ? 0 : SlabsPerChunk;
-        }
-        if (m_uiLeft == 0) {
-            return nullptr;
-        }
-        --m_uiLeft;
-        m_pNext += SlabSize;
-        return m_pNext - SlabSize;
-    }
-
-private:
-    std::atomic_flag m_flag = ATOMIC_FLAG_INIT;
-    char* m_pNext = nullptr;
-    std::size_t m_uiLeft = 0;
-};
-
 /// The slabs of one size.
 class SizeClass {
 public:
-    void* take(Chunks& inout_chunks, std::size_t in_uiClass) noexcept {
+    void* take(std::size_t in_uiClass) noexcept {
         const SpinLock lock(m_flag);
         if (m_pFirst == nullptr) {
-            void* const pMemory = inout_chunks.newSlab();
+            void* const pMemory = std::aligned_alloc(SlabAlignment, SlabSize);
             if (pMemory == nullptr) {
                 return nullptr;
             }
-            m_pFirst = ::new (pMemory) Slab(in_uiClass);
+            link(*::new (pMemory) Slab(in_uiClass));
         }
         Slab& slab = *m_pFirst;
         void* const pBlock = slab.take();
         if (slab.isFull()) {
-            m_pFirst = slab.m_pNext;
+            unlink(slab);
         }
         return pBlock;
     }
 
     void give(Slab& inout_slab, void* in_pBlock) noexcept {
-        const SpinLock lock(m_flag);
-        if (inout_slab.isFull()) {
-            inout_slab.m_pNext = m_pFirst;
-            m_pFirst = &inout_slab;
+        if (giveTo(inout_slab, in_pBlock)) {
+            std::free(&inout_slab);
         }
-        inout_slab.give(in_pBlock);
     }
 
 private:
+    /// True if the slab isn't needed any more. The last one stays, so that a block that comes and
+    /// goes doesn't take a slab along each time.
+    bool giveTo(Slab& inout_slab, void* in_pBlock) noexcept {
+        const SpinLock lock(m_flag);
+        if (inout_slab.isFull()) {
+            link(inout_slab);
+        }
+        inout_slab.give(in_pBlock);
+        if (!inout_slab.isEmpty() || (m_pFirst == &inout_slab && inout_slab.m_pNext == nullptr)) {
+            return false;
+        }
+        unlink(inout_slab);
+        return true;
+    }
+
+    void link(Slab& inout_slab) noexcept {
+        inout_slab.m_pPrevious = nullptr;
+        inout_slab.m_pNext = m_pFirst;
+        if (m_pFirst != nullptr) {
+            m_pFirst->m_pPrevious = &inout_slab;
+        }
+        m_pFirst = &inout_slab;
+    }
+
+    void unlink(Slab& inout_slab) noexcept {
+        (inout_slab.m_pPrevious == nullptr ? m_pFirst : inout_slab.m_pPrevious->m_pNext) =
+            inout_slab.m_pNext;
+        if (inout_slab.m_pNext != nullptr) {
+            inout_slab.m_pNext->m_pPrevious = inout_slab.m_pPrevious;
+        }
+    }
+
     std::atomic_flag m_flag = ATOMIC_FLAG_INIT;
     Slab* m_pFirst = nullptr;
 };
 
 // Constant-initialised and never destroyed, like the accounts: static initialisers and destructors
 // allocate.
-Chunks s_chunks;
 SizeClass s_classes[MaxPooled / Step];
 
 void* takePooled(std::size_t in_uiSize) noexcept {
     const std::size_t uiClass = in_uiSize == 0 ? 0 : (in_uiSize - 1) / Step;
-    return s_classes[uiClass].take(s_chunks, uiClass);
+    return s_classes[uiClass].take(uiClass);
 }
 
 void givePooled(void* in_pBlock) noexcept {
-    const auto uiOffset = reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabSize;
+    const auto uiOffset = reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabAlignment;
     auto& slab = *reinterpret_cast<Slab*>(static_cast<char*>(in_pBlock) - uiOffset);
     s_classes[slab.m_uiClass].give(slab, in_pBlock);
 }
@@ -193,11 +202,12 @@ void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
 }
 
 void* BlockPool::allocateUnsized(std::size_t in_uiSize) noexcept {
-    return in_uiSize > MaxPooled ? std::aligned_alloc(SlabSize, in_uiSize) : takePooled(in_uiSize);
+    return in_uiSize > MaxPooled ? std::aligned_alloc(SlabAlignment, in_uiSize)
+                                 : takePooled(in_uiSize);
 }
 
 void BlockPool::deallocateUnsized(void* in_pBlock) noexcept {
-    if (reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabSize == 0) {
+    if (reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabAlignment == 0) {
         std::free(in_pBlock);
     } else {
         givePooled(in_pBlock);

@@ -8,8 +8,8 @@ namespace Velmora {
 ///
 /// A graph is made of many small blocks of few sizes, which are walked over again and again. Here
 /// blocks of one size stand side by side, apart from what else the process allocates meanwhile;
-/// nothing is joined or split when they go. The memory of blocks that were freed isn't given back
-/// to the system, but used for the next of their size. Any thread may free a block.
+/// nothing is joined or split when they go. Memory goes back to the heap when all blocks in a
+/// stretch of it have gone. Any thread may free a block.
 ///
 /// Under a sanitizer, which must see every block, all of it is `malloc` and `free`.
 class BlockPool {

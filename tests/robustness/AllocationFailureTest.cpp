@@ -251,7 +251,7 @@ protected:
             ASSERT_EQ(strProblem, "") << "allocation " << uiAllocation;
             bFailed = Allocations::hasFailed();
         }
-        EXPECT_GT(uiAllocation, std::size_t(10000));
+        EXPECT_GT(uiAllocation, std::size_t(5000));
         if (isEveryCaseAsked()) {
             std::printf("%zu allocations, of which %zu for counters: %zu runs went on, %zu were "
                         "refused, %zu threw\n",

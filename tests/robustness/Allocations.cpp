@@ -44,6 +44,23 @@ void __wrap_free(void* in_pBlock) {
     __real_free(in_pBlock);
 }
 
+// The pool of blocks takes memory for many at once, which would hide all but the first.
+void* __wrap__ZN7Velmora9BlockPool8allocateEm(std::size_t in_uiSize) {
+    return __wrap_malloc(in_uiSize);
+}
+
+void __wrap__ZN7Velmora9BlockPool10deallocateEPvm(void* in_pBlock, std::size_t /*in_uiSize*/) {
+    __wrap_free(in_pBlock);
+}
+
+void* __wrap__ZN7Velmora9BlockPool15allocateUnsizedEm(std::size_t in_uiSize) {
+    return __wrap_malloc(in_uiSize);
+}
+
+void __wrap__ZN7Velmora9BlockPool17deallocateUnsizedEPv(void* in_pBlock) {
+    __wrap_free(in_pBlock);
+}
+
 // DefaultStaticMemAllocator::allocate
 void* __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(std::size_t in_uiSize,
                                                                   const char* in_szAccount);
