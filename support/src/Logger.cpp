@@ -1,5 +1,7 @@
 #include <velmora/Logger.h>
 
+#include <new>
+
 namespace Velmora {
 
 namespace {
@@ -9,7 +11,14 @@ class ChainLink : private log4cplus::Logger {
 public:
     explicit ChainLink(const log4cplus::Logger& in_logger) : log4cplus::Logger(in_logger) {}
 
-    std::size_t getNumAppender() { return getAllAppenders().size(); }
+    std::size_t getNumAppender() {
+        try {
+            return getAllAppenders().size();
+        } catch (const std::bad_alloc&) {
+            // Destructors ask too. The list of none takes no memory, so that there is one.
+            return 1;
+        }
+    }
 
     /// False where the chain ends: at the root, and at a logger that keeps its messages to itself.
     bool climb() {

@@ -159,7 +159,7 @@ bool runHost(const Evaluator& in_Running, Values& out_vValues) {
         return false;
     }
     Evaluator ofRunning(in_Running);
-    if (!evaluate(ofRunning, 0, out_vValues)) {
+    if (!ofRunning.reconfigureExpressions() || !evaluate(ofRunning, 0, out_vValues)) {
         return false;
     }
     FeatureComputerWithInputs computer("f");

@@ -210,6 +210,10 @@ std::ostream& Dictionnary::write(std::ostream& out_Stream) const {
 
 bool Dictionnary::dump(const char* in_szFileName) const {
     VELMORA_TRACE_SCOPE(fileLogger(), "ExpressionBaseImpl::dump");
+    if (in_szFileName == nullptr) {
+        VELMORA_ASSERT_FAIL_L(getLogger(), "0 != in_szFileName");
+        return true;
+    }
     std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
     if (file.is_open()) {
         writeGraphvizHead(file);

@@ -294,6 +294,10 @@ bool Evaluator::reconfigureExpressions() const {
     GraphWalk walk;
     for (auto iteEntry = m_pDictionnary->begin(); iteEntry != m_pDictionnary->end(); ++iteEntry) {
         VELMORA_LOG_DEBUG(getLogger(), "reconfiguring expression: " << iteEntry->first);
+        // What a copy had no memory for.
+        if (iteEntry->second.isNull()) {
+            return false;
+        }
         auto* const pRoot = dynamic_cast<ExpressionBaseImpl*>(iteEntry->second.get());
         const bool bConfigured = bAlongPaths || pRoot == nullptr
                                      ? iteEntry->second->configure(m_pFileSystem)

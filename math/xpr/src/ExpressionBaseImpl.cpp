@@ -123,6 +123,10 @@ bool ExpressionBaseImpl::reportNoValue() const {
 
 bool ExpressionBaseImpl::dump(const char* in_szFileName) const {
     VELMORA_TRACE_SCOPE(fileLogger(), "ExpressionBaseImpl::dump");
+    if (in_szFileName == nullptr) {
+        VELMORA_ASSERT_FAIL("0 != in_szFileName");
+        return true;
+    }
     std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
     if (file.is_open()) {
         writeGraphvizHead(file);

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/AssertionCapture.h"
+
+namespace Velmora::Testing {
+
+/// The conditions that fail.
+using Conditions = std::vector<std::string>;
+
+/// One operation of a class, with certain arguments.
+template <class Subject>
+struct Operation {
+    const char* m_szName;
+    std::function<void(Subject&)> m_Call;
+    /// What has to fail in the state that the calls before have left; takes the call into account.
+    std::function<Conditions(typename Subject::State&)> m_Expect;
+};
+
+/// For operations that may be called at any time.
+template <class State>
+Conditions nothing(State&) {
+    return Conditions();
+}
+
+/// Calls every pair of operations, in both orders, on a subject on which none, one, ... or all of
+/// the prepared operations have been called before, and compares what fails with what has to.
+/// Returns the number of pairs.
+template <class Subject>
+std::size_t callPairs(const std::vector<Operation<Subject>>& in_vOperations,
+                      const std::vector<const char*>& in_vszPrepared = {}) {
+    std::vector<const Operation<Subject>*> vPrepared;
+    std::size_t uiPairs = 0;
+    AssertionCapture assertions;
+    for (std::size_t uiPrepared = 0;; ++uiPrepared) {
+        for (const auto& first : in_vOperations) {
+            for (const auto& second : in_vOperations) {
+                Subject subject;
+                typename Subject::State state;
+                auto vCalls = vPrepared;
+                vCalls.insert(vCalls.end(), {&first, &second});
+                for (const auto* pOperation : vCalls) {
+                    const Conditions vExpected = pOperation->m_Expect(state);
+                    assertions.clear();
+                    pOperation->m_Call(subject);
+                    EXPECT_EQ(assertions.expressions(), vExpected)
+                        << pOperation->m_szName << ", of the pair " << first.m_szName << ", "
+                        << second.m_szName << ", behind " << uiPrepared << " others";
+                }
+                ++uiPairs;
+            }
+        }
+        if (uiPrepared == in_vszPrepared.size()) {
+            return uiPairs;
+        }
+        for (const auto& operation : in_vOperations) {
+            if (std::string(operation.m_szName) == in_vszPrepared[uiPrepared]) {
+                vPrepared.push_back(&operation);
+            }
+        }
+    }
+}
+
+} // namespace Velmora::Testing
