@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace Velmora {
@@ -41,6 +42,18 @@ TEST_F(DiskFileSystemTest, AFileThatCannotBeReadIsNegative) {
     const TSHandle<VirtualFile> pFile = m_fileSystem.open(strPath.c_str());
     ASSERT_FALSE(pFile.isNull());
     EXPECT_GT(0, pFile->read(nullptr, 4));
+}
+
+TEST_F(DiskFileSystemTest, AFileIsNotOpenedWhereTheProcessMayOpenNoMore) {
+    const std::string strPath = m_directory.write("file.txt", "text");
+    rlimit former{};
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &former));
+    const rlimit none{0, former.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &none));
+    const bool bOpened = opens(strPath);
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &former));
+    EXPECT_FALSE(bOpened);
+    EXPECT_TRUE(opens(strPath));
 }
 
 TEST_F(DiskFileSystemTest, WhatIsNoRegularFileIsNotOpened) {

@@ -49,6 +49,15 @@ TEST(MemAccountsTest, ReleasingNullCountsNothing) {
     expectAccount("MemAccountsTest.null", 0, 0, 0);
 }
 
+TEST(MemAccountsTest, BlocksWithoutANameAreCountedUnderTheEmptyOne) {
+    const std::size_t uiBefore = MemAccounts::get("").liveBlocks;
+    void* p = NoSizeMemAllocator::allocate(8, nullptr);
+    EXPECT_EQ(uiBefore + 1, MemAccounts::get(nullptr).liveBlocks);
+    EXPECT_EQ(uiBefore + 1, MemAccounts::get("").liveBlocks);
+    NoSizeMemAllocator::deallocate(p, nullptr);
+    EXPECT_EQ(uiBefore, MemAccounts::get("").liveBlocks);
+}
+
 TEST(MemAccountsTest, AnAllocationThatFailsGivesNullAndCountsNothing) {
     volatile std::size_t uiTooMuch = PTRDIFF_MAX;
     const char* szAccount = "MemAccountsTest.failing";
