@@ -79,5 +79,7 @@ function(velmora_add_library name)
     endforeach()
     target_link_libraries(${target} PRIVATE ${ARG_PRIVATE_LINK} Threads::Threads)
     target_link_libraries(${objects} PUBLIC ${ARG_PRIVATE_LINK} Threads::Threads)
-    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+    # What lives for ever, such as the loggers, would be lost whenever a host unloads its last module
+    # that uses the library, and made anew with the next.
+    target_link_options(${target} PRIVATE LINKER:--no-undefined LINKER:-z,nodelete)
 endfunction()
