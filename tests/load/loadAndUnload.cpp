@@ -53,10 +53,13 @@ int main(int in_iCount, char** in_vszArguments) {
     for (std::thread& thread : vThreads) {
         thread.join();
     }
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
+    // Where less is inlined, the library may use templates of the module, and hold it.
     if (dlopen(szModule, RTLD_NOW | RTLD_NOLOAD) != nullptr) {
         std::fputs("the module is still loaded\n", stderr);
         return 1;
     }
+#endif
     if (dlopen(in_vszArguments[2], RTLD_NOW | RTLD_NOLOAD) == nullptr) {
         std::fputs("the library has been unloaded\n", stderr);
         return 1;
