@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-#include <thread>
+
+#include "SlabSource.h"
+#include "SpinLock.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define VELMORA_PLAIN_BLOCKS
@@ -41,21 +43,18 @@ namespace {
 constexpr std::size_t Step = 16;
 constexpr std::size_t MaxPooled = 1024;
 
-/// Blocks are cut from slabs of this size and alignment. A slab begins with its head, so that no
-/// pooled block is aligned like a slab: an unsized block that is, stands alone.
-constexpr std::size_t SlabAlignment = 16384;
-
-/// What the system's allocator keeps ahead of a block fits between two slabs.
-constexpr std::size_t SlabSize = SlabAlignment - 16;
-
 struct Block {
     Block* m_pNext;
 };
 
-/// The head of a slab. What was never used of it, or not since all of it was free, is given in the
+class SizeClass;
+
+/// The head of a slab, so that no pooled block is aligned like a slab: an unsized block that is,
+/// stands alone. What was never used of it, or not since all of it was free, is given in the
 /// order of the addresses.
 struct alignas(Step) Slab {
-    explicit Slab(std::size_t in_uiClass) : m_uiClass(in_uiClass) {}
+    Slab(SizeClass& inout_owner, std::size_t in_uiBlockSize, bool in_bAlone)
+        : m_owner(inout_owner), m_uiBlockSize(in_uiBlockSize), m_bAlone(in_bAlone) {}
 
     bool isFull() const noexcept { return m_pFree == nullptr && m_uiFresh == m_uiEnd; }
     bool isEmpty() const noexcept { return m_uiTaken == 0; }
@@ -68,7 +67,7 @@ struct alignas(Step) Slab {
             return pBlock;
         }
         void* const pBlock = reinterpret_cast<char*>(this) + m_uiFresh;
-        m_uiFresh += blockSize();
+        m_uiFresh += m_uiBlockSize;
         return pBlock;
     }
 
@@ -80,11 +79,11 @@ struct alignas(Step) Slab {
         }
     }
 
-    std::size_t blockSize() const noexcept { return (m_uiClass + 1) * Step; }
-
-    const std::size_t m_uiClass;
+    SizeClass& m_owner;
+    const std::size_t m_uiBlockSize;
+    const bool m_bAlone;
     const std::size_t m_uiEnd =
-        sizeof(Slab) + (SlabSize - sizeof(Slab)) / blockSize() * blockSize();
+        sizeof(Slab) + (SlabSource::Size - sizeof(Slab)) / m_uiBlockSize * m_uiBlockSize;
     std::size_t m_uiFresh = sizeof(Slab);
     std::size_t m_uiTaken = 0;
     Block* m_pFree = nullptr;
@@ -93,33 +92,17 @@ struct alignas(Step) Slab {
     Slab* m_pPrevious = nullptr;
 };
 
-/// Held for a few instructions, by threads that build or destroy graphs; nothing computes here.
-class SpinLock {
-public:
-    explicit SpinLock(std::atomic_flag& inout_flag) noexcept : m_flag(inout_flag) {
-        while (m_flag.test_and_set(std::memory_order_acquire)) {
-            std::this_thread::yield();
-        }
-    }
-    ~SpinLock() { m_flag.clear(std::memory_order_release); }
-    SpinLock(const SpinLock&) = delete;
-    SpinLock& operator=(const SpinLock&) = delete;
-
-private:
-    std::atomic_flag& m_flag;
-};
-
 /// The slabs of one size.
 class SizeClass {
 public:
-    void* take(std::size_t in_uiClass) noexcept {
+    void* take(std::size_t in_uiBlockSize) noexcept {
         const SpinLock lock(m_flag);
         if (m_pFirst == nullptr) {
-            void* const pMemory = std::aligned_alloc(SlabAlignment, SlabSize);
-            if (pMemory == nullptr) {
+            const SlabSource::Taken taken = SlabSource::take();
+            if (taken.m_pSlab == nullptr) {
                 return nullptr;
             }
-            link(*::new (pMemory) Slab(in_uiClass));
+            link(*::new (taken.m_pSlab) Slab(*this, in_uiBlockSize, taken.m_bAlone));
         }
         Slab& slab = *m_pFirst;
         void* const pBlock = slab.take();
@@ -131,7 +114,7 @@ public:
 
     void give(Slab& inout_slab, void* in_pBlock) noexcept {
         if (giveTo(inout_slab, in_pBlock)) {
-            std::free(&inout_slab);
+            SlabSource::give({&inout_slab, inout_slab.m_bAlone});
         }
     }
 
@@ -174,23 +157,27 @@ private:
 
 // Constant-initialised and never destroyed, like the accounts: static initialisers and destructors
 // allocate.
-SizeClass s_classes[MaxPooled / Step];
+using SizeClasses = SizeClass[MaxPooled / Step];
+SizeClasses s_sized;
+/// Apart: nodes are unsized, and what a script is put together from, and which goes before they do,
+/// is not; among them it would leave holes.
+SizeClasses s_unsized;
 
-void* takePooled(std::size_t in_uiSize) noexcept {
+void* takePooled(SizeClasses& inout_classes, std::size_t in_uiSize) noexcept {
     const std::size_t uiClass = in_uiSize == 0 ? 0 : (in_uiSize - 1) / Step;
-    return s_classes[uiClass].take(uiClass);
+    return inout_classes[uiClass].take((uiClass + 1) * Step);
 }
 
 void givePooled(void* in_pBlock) noexcept {
-    const auto uiOffset = reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabAlignment;
+    const auto uiOffset = reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabSource::Alignment;
     auto& slab = *reinterpret_cast<Slab*>(static_cast<char*>(in_pBlock) - uiOffset);
-    s_classes[slab.m_uiClass].give(slab, in_pBlock);
+    slab.m_owner.give(slab, in_pBlock);
 }
 
 } // namespace
 
 void* BlockPool::allocate(std::size_t in_uiSize) noexcept {
-    return in_uiSize > MaxPooled ? std::malloc(in_uiSize) : takePooled(in_uiSize);
+    return in_uiSize > MaxPooled ? std::malloc(in_uiSize) : takePooled(s_sized, in_uiSize);
 }
 
 void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
@@ -202,12 +189,12 @@ void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
 }
 
 void* BlockPool::allocateUnsized(std::size_t in_uiSize) noexcept {
-    return in_uiSize > MaxPooled ? std::aligned_alloc(SlabAlignment, in_uiSize)
-                                 : takePooled(in_uiSize);
+    return in_uiSize > MaxPooled ? std::aligned_alloc(SlabSource::Alignment, in_uiSize)
+                                 : takePooled(s_unsized, in_uiSize);
 }
 
 void BlockPool::deallocateUnsized(void* in_pBlock) noexcept {
-    if (reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabAlignment == 0) {
+    if (reinterpret_cast<std::uintptr_t>(in_pBlock) % SlabSource::Alignment == 0) {
         std::free(in_pBlock);
     } else {
         givePooled(in_pBlock);

@@ -164,7 +164,14 @@ void ExpressionBaseImpl::setType(const char* in_szType) {
         VELMORA_ASSERT_FAIL("in_szType");
         return;
     }
-    m_strType = in_szType;
+    labels().m_strType = in_szType;
+}
+
+ExpressionBaseImpl::Labels& ExpressionBaseImpl::labels() const {
+    if (m_pLabels == nullptr) {
+        m_pLabels = std::make_unique<Labels>();
+    }
+    return *m_pLabels;
 }
 
 void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
@@ -172,8 +179,9 @@ void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
 }
 
 const char* ExpressionBaseImpl::getDotName() const {
-    makeDotName(getName(), m_id, m_strDotName);
-    return m_strDotName.c_str();
+    std::string& strDotName = labels().m_strDotName;
+    makeDotName(getName(), m_id, strDotName);
+    return strDotName.c_str();
 }
 
 Handle<ExpressionBaseImpl> ExpressionBaseImpl::getChildAt(long in_lIndex) const {
@@ -474,7 +482,9 @@ Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy(ExpressionImplCopier& inout_
 }
 
 void ExpressionBaseImpl::fill(const ExpressionBaseImpl& in_Source, ExpressionImplCopier&) {
-    m_strType = in_Source.m_strType;
+    if (*in_Source.getType() != '\0' || *getType() != '\0') {
+        labels().m_strType = in_Source.getType();
+    }
     m_strSourceInfo = in_Source.m_strSourceInfo;
     *m_pValid = 0;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include "Ahead.h"
 #include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
@@ -70,14 +71,12 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
         return;
     }
     const Nodes vNodes = GraphWalk().collectAll(in_vRoots);
-    for (ExpressionBaseImpl* pNode : vNodes) {
-        pNode->m_bSealed = true;
-        pNode->seal_i();
-    }
+    forEachAhead(vNodes, [](ExpressionBaseImpl& inout_Node) {
+        inout_Node.m_bSealed = true;
+        inout_Node.seal_i();
+    });
     // Now that all are registered, the lists of parents are complete.
-    for (ExpressionBaseImpl* pNode : vNodes) {
-        pNode->m_Parents.seal();
-    }
+    forEachAhead(vNodes, [](ExpressionBaseImpl& inout_Node) { inout_Node.m_Parents.seal(); });
     SealedPlan::make(in_vRoots, vNodes);
 }
 

@@ -94,9 +94,9 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
                                             const Walks& in_Walks) {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
     // Depth first along every path, in the order of the children, without recursion.
-    std::vector<Handle<ExpressionBaseImpl>> vPending{in_pExpression};
+    std::vector<const Handle<ExpressionBaseImpl>*> vPending{&in_pExpression};
     while (!vPending.empty()) {
-        const Handle<ExpressionBaseImpl> pExpression(vPending.back());
+        const Handle<ExpressionBaseImpl>& pExpression = *vPending.back();
         vPending.pop_back();
         if (m_bOneVisitEach && !pExpression.isNull() && !in_Walks.isNew(*pExpression)) {
             continue;
@@ -109,7 +109,7 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
         }
         for (const auto* pChild = pExpression->getChildEnd();
              pChild != pExpression->getChildBegin();) {
-            vPending.push_back(*--pChild);
+            vPending.push_back(--pChild);
         }
     }
     return true;

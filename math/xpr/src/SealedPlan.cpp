@@ -2,213 +2,13 @@
 
 #include <algorithm>
 #include <iterator>
-#include <typeinfo>
 
-#include <velmora/math/xpr/Argument.h>
-#include <velmora/math/xpr/ConstantImpl.h>
-#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
-#include <velmora/math/xpr/DomainVariableImpl.h>
-#include <velmora/math/xpr/OperatorDivide.h>
-#include <velmora/math/xpr/OperatorMinus.h>
-#include <velmora/math/xpr/OperatorMultiply.h>
-#include <velmora/math/xpr/OperatorPlus.h>
-#include <velmora/math/xpr/ScriptFunctionImpl.h>
-#include <velmora/math/xpr/VariableImpl.h>
+#include <velmora/math/xpr/BinaryOperatorImpl.h>
 
-#include "GraphWalk.h"
+#include "Ahead.h"
+#include "SealedPlanBuilder.h"
 
 namespace Velmora::Math::Xpr {
-
-namespace {
-
-constexpr std::size_t FlagsPerWord = 8;
-
-/// Words that the sets of readers of all inputs may take together: 8 MiB.
-constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
-
-} // namespace
-
-/// Puts a plan together.
-class SealedPlan::Builder {
-public:
-    explicit Builder(SealedPlan& out_Plan) : m_Plan(out_Plan) {}
-
-    void build(const Nodes& in_vRoots) {
-        for (ExpressionBaseImpl* pRoot : in_vRoots) {
-            enter(*pRoot);
-            while (!m_vPath.empty()) {
-                advance();
-            }
-        }
-        m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
-        m_Plan.m_vValid.resize((m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord);
-        m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
-        m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
-        m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vSteps.size() + 1024;
-    }
-
-    Index find(const ExpressionBaseImpl& in_Node) const {
-        return m_Walk.hasEntered(in_Node) ? in_Node.m_uiWalkPlace : PassedOver;
-    }
-
-    /// For each input of the graph, what reads it. None at all if a node chooses what it reads:
-    /// what its unused branch reads doesn't reach it.
-    void buildReaders() {
-        const auto isPlanned = [](const Step& in_Step) { return in_Step.m_bPlanned; };
-        std::vector<Step>& vSteps = m_Plan.m_vSteps;
-        if (!std::all_of(vSteps.begin(), vSteps.end(), isPlanned)) {
-            return;
-        }
-        listReaders();
-        std::size_t uiWords = 0;
-        for (Index uiNode = 0; uiNode != vSteps.size(); ++uiNode) {
-            const ExpressionBaseImpl& node = *vSteps[uiNode].m_pNode;
-            if (typeid(node) != typeid(DomainValueNoCopyImpl)) {
-                continue;
-            }
-            auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));
-            uiWords += pSet->m_vWords.size();
-            if (uiWords > MaxReaderWords) {
-                return;
-            }
-            m_Plan.m_vReaders[uiNode] = std::move(pSet);
-        }
-    }
-
-    static NodeSet makeSet(std::vector<Index> in_vNodes) {
-        std::sort(in_vNodes.begin(), in_vNodes.end());
-        NodeSet set;
-        for (const Index uiNode : in_vNodes) {
-            const std::size_t uiPlace = uiNode / FlagsPerWord;
-            if (set.m_vWords.empty() || set.m_vWords.back().m_uiPlace != uiPlace) {
-                set.m_vWords.push_back({0, uiPlace});
-            }
-            set.m_vWords.back().m_Flags |= Flags(1) << (uiNode % FlagsPerWord * 8);
-        }
-        return set;
-    }
-
-private:
-    struct Place {
-        ExpressionBaseImpl* m_pNode;
-        std::vector<ExpressionBaseImpl*> m_vInputs;
-        std::size_t m_uiNext;
-        bool m_bKnown;
-    };
-
-    void enter(ExpressionBaseImpl& in_Node) {
-        if (m_Walk.enter(in_Node)) {
-            Place place{&in_Node, {}, 0, false};
-            place.m_bKnown = in_Node.getSealedInputs(place.m_vInputs);
-            if (!place.m_bKnown) {
-                // What it may read is still part of the graph.
-                place.m_vInputs.clear();
-                for (const auto& pChild : in_Node.m_Childs) {
-                    place.m_vInputs.push_back(&*pChild);
-                }
-            }
-            m_vPath.push_back(std::move(place));
-        }
-    }
-
-    void advance() {
-        Place& place = m_vPath.back();
-        if (place.m_uiNext != place.m_vInputs.size()) {
-            enter(*place.m_vInputs[place.m_uiNext++]);
-            return;
-        }
-        append(place);
-        m_vPath.pop_back();
-    }
-
-    void append(const Place& in_Place) {
-        ExpressionBaseImpl& node = *in_Place.m_pNode;
-        Step step;
-        step.m_pNode = &node;
-        step.m_bPlanned = in_Place.m_bKnown;
-        m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
-        for (const ExpressionBaseImpl* pInput : in_Place.m_vInputs) {
-            const Index uiInput = pInput->m_uiWalkPlace;
-            m_Plan.m_vInputs.push_back(uiInput);
-            step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
-        }
-        if (in_Place.m_bKnown && in_Place.m_vInputs.empty()) {
-            const std::type_info& type = typeid(node);
-            if (type == typeid(ConstantImpl)) {
-                step.m_eKind = Kind::Constant;
-            } else if (type == typeid(DomainValueNoCopyImpl)) {
-                step.m_eKind = Kind::Input;
-            }
-        } else if (in_Place.m_bKnown) {
-            step.m_uiFirst = in_Place.m_vInputs.front()->m_uiWalkPlace;
-            step.m_uiSecond = in_Place.m_vInputs.back()->m_uiWalkPlace;
-            step.m_eKind = kindOf(node);
-        }
-        node.m_uiWalkPlace = static_cast<Index>(m_Plan.m_vSteps.size());
-        m_Plan.m_vSteps.push_back(step);
-    }
-
-    static Kind kindOf(const ExpressionBaseImpl& in_Node) {
-        const std::type_info& type = typeid(in_Node);
-        if (type == typeid(OperatorPlus)) {
-            return Kind::Plus;
-        }
-        if (type == typeid(OperatorMinus)) {
-            return Kind::Minus;
-        }
-        if (type == typeid(OperatorMultiply)) {
-            return Kind::Multiply;
-        }
-        if (type == typeid(OperatorDivide)) {
-            return Kind::Divide;
-        }
-        const bool bForward = type == typeid(VariableImpl) || type == typeid(Argument) ||
-                              type == typeid(DomainVariableImpl) ||
-                              type == typeid(ScriptFunctionImpl);
-        return bForward ? Kind::Forward : Kind::Other;
-    }
-
-    void listReaders() {
-        const std::size_t uiNodes = m_Plan.m_vSteps.size();
-        m_vReadersBegin.assign(uiNodes + 1, 0);
-        for (const Index uiInput : m_Plan.m_vInputs) {
-            ++m_vReadersBegin[uiInput + 1];
-        }
-        for (std::size_t uiNode = 0; uiNode != uiNodes; ++uiNode) {
-            m_vReadersBegin[uiNode + 1] += m_vReadersBegin[uiNode];
-        }
-        m_vReaders.resize(m_Plan.m_vInputs.size());
-        std::vector<Index> vNext(m_vReadersBegin);
-        for (Index uiNode = 0; uiNode != uiNodes; ++uiNode) {
-            for (Index ui = m_Plan.m_vInputsBegin[uiNode]; ui != m_Plan.m_vInputsBegin[uiNode + 1];
-                 ++ui) {
-                m_vReaders[vNext[m_Plan.m_vInputs[ui]]++] = uiNode;
-            }
-        }
-    }
-
-    std::vector<Index> listAllReaders(Index in_uiNode) const {
-        std::vector<bool> vSeen(m_Plan.m_vSteps.size());
-        std::vector<Index> vNodes{in_uiNode};
-        vSeen[in_uiNode] = true;
-        for (std::size_t uiNode = 0; uiNode != vNodes.size(); ++uiNode) {
-            for (Index ui = m_vReadersBegin[vNodes[uiNode]];
-                 ui != m_vReadersBegin[vNodes[uiNode] + 1]; ++ui) {
-                if (!vSeen[m_vReaders[ui]]) {
-                    vSeen[m_vReaders[ui]] = true;
-                    vNodes.push_back(m_vReaders[ui]);
-                }
-            }
-        }
-        return vNodes;
-    }
-
-    SealedPlan& m_Plan;
-    const GraphWalk m_Walk;
-    std::vector<Place> m_vPath;
-    std::vector<Index> m_vReaders;
-    std::vector<Index> m_vReadersBegin;
-};
 
 void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
     const auto pPlan = std::make_shared<SealedPlan>();
@@ -216,9 +16,9 @@ void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
     builder.build(in_vRoots);
     builder.buildReaders();
 
-    for (ExpressionBaseImpl* pNode : in_vNodes) {
-        pNode->joinPlan(pPlan, builder.find(*pNode));
-    }
+    forEachAhead(in_vNodes, [&](ExpressionBaseImpl& inout_Node) {
+        inout_Node.joinPlan(pPlan, builder.find(inout_Node));
+    });
     // A change must reach every parent: those outside of these graphs can't be told by a plan.
     for (const ExpressionBaseImpl* pNode : in_vNodes) {
         const bool bAllPlanned =
@@ -349,39 +149,41 @@ bool SealedPlan::computeKnown(Kind in_eKind, const DoubleVector& in_Left,
     }
 }
 
+/// The element of a value of one element; null for others.
+const double* SealedPlan::findScalar(const Step& in_Step) {
+    if (in_Step.m_pScalar != nullptr) {
+        return in_Step.m_pScalar;
+    }
+    const DoubleVector* const pVector = in_Step.m_pVector;
+    return pVector != nullptr && pVector->size() == 1 ? pVector->begin() : nullptr;
+}
+
+/// A scalar that stays one is written in its place. False, and nothing has happened, for all else.
+inline bool SealedPlan::computeScalar(Step& inout_Step) const {
+    if (inout_Step.m_pScalar == nullptr || inout_Step.m_eKind > Kind::Multiply) {
+        return false;
+    }
+    const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
+    const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
+    if (pFirst == nullptr || pSecond == nullptr) {
+        return false;
+    }
+    // All three cost less than to guess wrongly which it will be.
+    const double results[] = {*pFirst + *pSecond, *pFirst - *pSecond, *pFirst * *pSecond};
+    *inout_Step.m_pScalar = results[static_cast<std::size_t>(inout_Step.m_eKind)];
+    return true;
+}
+
 bool SealedPlan::computeOperator(Step& inout_Step) {
-    const auto isScalar = [](const Step& in_Input) {
-        return in_Input.m_pScalar != nullptr ||
-               (in_Input.m_pVector != nullptr && in_Input.m_pVector->size() == 1);
-    };
-    const auto scalar = [](const Step& in_Input) {
-        return in_Input.m_pScalar != nullptr ? *in_Input.m_pScalar : *in_Input.m_pVector->begin();
-    };
-    const Step& first = m_vSteps[inout_Step.m_uiFirst];
-    const Step& second = m_vSteps[inout_Step.m_uiSecond];
-    // A scalar that stays one is written in its place. All else goes through the operator.
-    if (inout_Step.m_pScalar == nullptr || !isScalar(first) || !isScalar(second)) {
-        return computeVectors(inout_Step);
-    }
-    const double dFirst = scalar(first);
-    const double dSecond = scalar(second);
-    switch (inout_Step.m_eKind) {
-    case Kind::Plus:
-        *inout_Step.m_pScalar = dFirst + dSecond;
-        return true;
-    case Kind::Minus:
-        *inout_Step.m_pScalar = dFirst - dSecond;
-        return true;
-    case Kind::Multiply:
-        *inout_Step.m_pScalar = dFirst * dSecond;
-        return true;
-    default:
-        if (dSecond == 0.0) {
-            return computeVectors(inout_Step);
+    if (inout_Step.m_eKind == Kind::Divide && inout_Step.m_pScalar != nullptr) {
+        const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
+        const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
+        if (pFirst != nullptr && pSecond != nullptr && *pSecond != 0.0) {
+            *inout_Step.m_pScalar = *pFirst / *pSecond;
+            return true;
         }
-        *inout_Step.m_pScalar = dFirst / dSecond;
-        return true;
     }
+    return computeVectors(inout_Step);
 }
 
 bool SealedPlan::compute(Step& inout_Step) {
@@ -409,7 +211,8 @@ bool SealedPlan::compute(Step& inout_Step) {
 }
 
 bool SealedPlan::step(Index in_uiNode) {
-    if (!compute(m_vSteps[in_uiNode])) {
+    Step& step = m_vSteps[in_uiNode];
+    if (!computeScalar(step) && !compute(step)) {
         noteFailure();
         return false;
     }
@@ -453,7 +256,7 @@ SealedPlan::Index SealedPlan::computeNear(Index in_uiNode, bool& out_bIsNear) {
     std::size_t uiInvalid = 1;
     while (uiInvalid == 1 && uiDepth != MaxNear) {
         uiPath[uiDepth++] = uiNode;
-        uiInvalid = countInvalidInputs(uiPath[uiDepth - 1], uiNode);
+        uiNode = findInvalidInput(uiNode, uiInvalid);
     }
     out_bIsNear = uiInvalid == 0;
     while (out_bIsNear && uiDepth != 0) {
@@ -464,12 +267,21 @@ SealedPlan::Index SealedPlan::computeNear(Index in_uiNode, bool& out_bIsNear) {
     return PassedOver;
 }
 
-std::size_t SealedPlan::countInvalidInputs(Index in_uiNode, Index& out_uiInvalid) const {
-    std::size_t uiInvalid = 0;
+/// The last input that isn't valid, and how many there are.
+SealedPlan::Index SealedPlan::findInvalidInput(Index in_uiNode, std::size_t& out_uiCount) const {
+    const Step& step = m_vSteps[in_uiNode];
+    if (step.m_eKind <= Kind::Forward) {
+        const bool bFirst = isValid(step.m_uiFirst);
+        const bool bSecond = isValid(step.m_uiSecond);
+        out_uiCount = (bFirst ? 0 : 1) + (bSecond || step.m_uiSecond == step.m_uiFirst ? 0 : 1);
+        return bSecond ? step.m_uiFirst : step.m_uiSecond;
+    }
+    Index uiInvalid = PassedOver;
+    out_uiCount = 0;
     for (Index ui = m_vInputsBegin[in_uiNode]; ui != m_vInputsBegin[in_uiNode + 1]; ++ui) {
         if (!isValid(m_vInputs[ui])) {
-            out_uiInvalid = m_vInputs[ui];
-            ++uiInvalid;
+            uiInvalid = m_vInputs[ui];
+            ++out_uiCount;
         }
     }
     return uiInvalid;
@@ -529,6 +341,15 @@ bool SealedPlan::invalidate(Index in_uiNode) {
     const NodeSet* const pReaders = m_vReaders[in_uiNode].get();
     if (!m_bUsable || !m_bIntact || pReaders == nullptr) {
         return false;
+    }
+    if (!pReaders->m_vOthers.empty()) {
+        Flags* const pValid = m_vValid.data() + pReaders->m_uiFirstPlace;
+        const Flags* const pOthers = pReaders->m_vOthers.data();
+        const std::size_t uiCount = pReaders->m_vOthers.size();
+        for (std::size_t ui = 0; ui != uiCount; ++ui) {
+            pValid[ui] &= pOthers[ui];
+        }
+        return true;
     }
     for (const Word& word : pReaders->m_vWords) {
         m_vValid[word.m_uiPlace] &= ~word.m_Flags;

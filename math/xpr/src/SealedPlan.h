@@ -118,6 +118,7 @@ private:
 
     /// Eight flags, a byte each, the first in the lowest.
     using Flags = std::uint64_t;
+    static constexpr std::size_t FlagsPerWord = 8;
 
     /// The flags of some nodes that stand side by side.
     struct Word {
@@ -128,6 +129,10 @@ private:
     /// A set of nodes, in the order of the list.
     struct NodeSet {
         std::vector<Word> m_vWords;
+        /// Where the words are close together, what stays of those from a place on when the nodes
+        /// are taken out: many words are cleared at once.
+        std::vector<Flags> m_vOthers;
+        std::size_t m_uiFirstPlace = 0;
         /// For what a node needs: the order in which the recursion comes to it.
         std::vector<Index> m_vOrder;
         /// Is that the order of the list, as far as anybody can see?
@@ -137,15 +142,17 @@ private:
     class Builder;
 
     bool compute(Step& inout_Step);
+    bool computeScalar(Step& inout_Step) const;
     bool computeOperator(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
     static bool computeKnown(Kind in_eKind, const DoubleVector& in_Left,
                              const DoubleVector& in_Right, DoubleVector& out);
     static void look(Step& inout_Step);
+    static const double* findScalar(const Step& in_Step);
     static void noteConstant(Step& inout_Step);
     void leave();
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
-    std::size_t countInvalidInputs(Index in_uiNode, Index& out_uiInvalid) const;
+    Index findInvalidInput(Index in_uiNode, std::size_t& out_uiCount) const;
     Index computeInListOrder(const NodeSet& in_Needs);
     Index computeInOwnOrder(const NodeSet& in_Needs);
     void takeBack(const NodeSet& in_Needs, Index in_uiFailed);

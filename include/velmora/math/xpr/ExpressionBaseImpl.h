@@ -79,7 +79,7 @@ public:
     virtual bool isDomainValue() const { return false; }
 
     /// A free label of the host's; nothing in the library reads it, copies carry it along.
-    const char* getType() const { return m_strType.c_str(); }
+    const char* getType() const { return m_pLabels == nullptr ? "" : m_pLabels->m_strType.c_str(); }
     void setType(const char* in_szType);
 
     /// Where in a script the node came from; empty on a node made by hand.
@@ -254,9 +254,14 @@ private:
     std::uint32_t m_uiWalkPlace = 0;
     std::uint32_t m_uiPlanIndex = 0;
     ParentList m_Parents;
-    std::string m_strType;
     std::string m_strSourceInfo;
-    mutable std::string m_strDotName;
+    /// What few nodes have; null for the others.
+    struct Labels {
+        std::string m_strType;
+        std::string m_strDotName;
+    };
+    Labels& labels() const;
+    mutable std::unique_ptr<Labels> m_pLabels;
     bool m_bSealed = false;
     std::uint8_t m_bValid = 0;
     LimitedObjPtr<DoubleVector> m_pValue;

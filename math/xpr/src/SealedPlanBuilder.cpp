@@ -1,0 +1,201 @@
+#include "SealedPlanBuilder.h"
+
+#include <algorithm>
+#include <typeinfo>
+
+#include <velmora/math/xpr/Argument.h>
+#include <velmora/math/xpr/ConstantImpl.h>
+#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+#include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/OperatorDivide.h>
+#include <velmora/math/xpr/OperatorMinus.h>
+#include <velmora/math/xpr/OperatorMultiply.h>
+#include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
+#include <velmora/math/xpr/VariableImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+/// Words that the sets of readers of all inputs may take together: 8 MiB.
+constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
+
+} // namespace
+
+void SealedPlan::Builder::build(const Nodes& in_vRoots) {
+    for (ExpressionBaseImpl* pRoot : in_vRoots) {
+        enter(*pRoot);
+        while (!m_vPath.empty()) {
+            advance();
+        }
+    }
+    m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+    m_Plan.m_vValid.resize((m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord);
+    m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
+    m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
+    m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vSteps.size() + 1024;
+}
+
+SealedPlan::Index SealedPlan::Builder::find(const ExpressionBaseImpl& in_Node) const {
+    return m_Walk.hasEntered(in_Node) ? in_Node.m_uiWalkPlace : PassedOver;
+}
+
+void SealedPlan::Builder::buildReaders() {
+    const auto isPlanned = [](const Step& in_Step) { return in_Step.m_bPlanned; };
+    std::vector<Step>& vSteps = m_Plan.m_vSteps;
+    if (!std::all_of(vSteps.begin(), vSteps.end(), isPlanned)) {
+        return;
+    }
+    listReaders();
+    std::size_t uiWords = 0;
+    for (Index uiNode = 0; uiNode != vSteps.size(); ++uiNode) {
+        const ExpressionBaseImpl& node = *vSteps[uiNode].m_pNode;
+        if (typeid(node) != typeid(DomainValueNoCopyImpl)) {
+            continue;
+        }
+        auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));
+        spread(*pSet);
+        uiWords += pSet->m_vWords.size() + pSet->m_vOthers.size();
+        if (uiWords > MaxReaderWords) {
+            return;
+        }
+        m_Plan.m_vReaders[uiNode] = std::move(pSet);
+    }
+}
+
+SealedPlan::NodeSet SealedPlan::Builder::makeSet(std::vector<Index> in_vNodes) {
+    std::sort(in_vNodes.begin(), in_vNodes.end());
+    NodeSet set;
+    for (const Index uiNode : in_vNodes) {
+        const std::size_t uiPlace = uiNode / FlagsPerWord;
+        if (set.m_vWords.empty() || set.m_vWords.back().m_uiPlace != uiPlace) {
+            set.m_vWords.push_back({0, uiPlace});
+        }
+        set.m_vWords.back().m_Flags |= Flags(1) << (uiNode % FlagsPerWord * 8);
+    }
+    return set;
+}
+
+void SealedPlan::Builder::spread(NodeSet& inout_Set) {
+    const std::size_t uiFirst = inout_Set.m_vWords.front().m_uiPlace;
+    const std::size_t uiCount = inout_Set.m_vWords.back().m_uiPlace - uiFirst + 1;
+    constexpr std::size_t MaxGap = 4;
+    if (uiCount > MaxGap * inout_Set.m_vWords.size()) {
+        return;
+    }
+    inout_Set.m_uiFirstPlace = uiFirst;
+    inout_Set.m_vOthers.assign(uiCount, ~Flags(0));
+    for (const Word& word : inout_Set.m_vWords) {
+        inout_Set.m_vOthers[word.m_uiPlace - uiFirst] = ~word.m_Flags;
+    }
+    inout_Set.m_vWords = {};
+}
+
+void SealedPlan::Builder::enter(ExpressionBaseImpl& in_Node) {
+    if (m_Walk.enter(in_Node)) {
+        Place place{&in_Node, {}, 0, false};
+        place.m_bKnown = in_Node.getSealedInputs(place.m_vInputs);
+        if (!place.m_bKnown) {
+            // What it may read is still part of the graph.
+            place.m_vInputs.clear();
+            for (const auto& pChild : in_Node.m_Childs) {
+                place.m_vInputs.push_back(&*pChild);
+            }
+        }
+        m_vPath.push_back(std::move(place));
+    }
+}
+
+void SealedPlan::Builder::advance() {
+    Place& place = m_vPath.back();
+    if (place.m_uiNext != place.m_vInputs.size()) {
+        enter(*place.m_vInputs[place.m_uiNext++]);
+        return;
+    }
+    append(place);
+    m_vPath.pop_back();
+}
+
+void SealedPlan::Builder::append(const Place& in_Place) {
+    ExpressionBaseImpl& node = *in_Place.m_pNode;
+    Step step;
+    step.m_pNode = &node;
+    step.m_bPlanned = in_Place.m_bKnown;
+    m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+    for (const ExpressionBaseImpl* pInput : in_Place.m_vInputs) {
+        const Index uiInput = pInput->m_uiWalkPlace;
+        m_Plan.m_vInputs.push_back(uiInput);
+        step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
+    }
+    if (in_Place.m_bKnown && in_Place.m_vInputs.empty()) {
+        const std::type_info& type = typeid(node);
+        if (type == typeid(ConstantImpl)) {
+            step.m_eKind = Kind::Constant;
+        } else if (type == typeid(DomainValueNoCopyImpl)) {
+            step.m_eKind = Kind::Input;
+        }
+    } else if (in_Place.m_bKnown) {
+        step.m_uiFirst = in_Place.m_vInputs.front()->m_uiWalkPlace;
+        step.m_uiSecond = in_Place.m_vInputs.back()->m_uiWalkPlace;
+        step.m_eKind = kindOf(node);
+    }
+    node.m_uiWalkPlace = static_cast<Index>(m_Plan.m_vSteps.size());
+    m_Plan.m_vSteps.push_back(step);
+}
+
+SealedPlan::Kind SealedPlan::Builder::kindOf(const ExpressionBaseImpl& in_Node) {
+    const std::type_info& type = typeid(in_Node);
+    if (type == typeid(OperatorPlus)) {
+        return Kind::Plus;
+    }
+    if (type == typeid(OperatorMinus)) {
+        return Kind::Minus;
+    }
+    if (type == typeid(OperatorMultiply)) {
+        return Kind::Multiply;
+    }
+    if (type == typeid(OperatorDivide)) {
+        return Kind::Divide;
+    }
+    const bool bForward = type == typeid(VariableImpl) || type == typeid(Argument) ||
+                          type == typeid(DomainVariableImpl) || type == typeid(ScriptFunctionImpl);
+    return bForward ? Kind::Forward : Kind::Other;
+}
+
+void SealedPlan::Builder::listReaders() {
+    const std::size_t uiNodes = m_Plan.m_vSteps.size();
+    m_vReadersBegin.assign(uiNodes + 1, 0);
+    for (const Index uiInput : m_Plan.m_vInputs) {
+        ++m_vReadersBegin[uiInput + 1];
+    }
+    for (std::size_t uiNode = 0; uiNode != uiNodes; ++uiNode) {
+        m_vReadersBegin[uiNode + 1] += m_vReadersBegin[uiNode];
+    }
+    m_vReaders.resize(m_Plan.m_vInputs.size());
+    std::vector<Index> vNext(m_vReadersBegin);
+    for (Index uiNode = 0; uiNode != uiNodes; ++uiNode) {
+        for (Index ui = m_Plan.m_vInputsBegin[uiNode]; ui != m_Plan.m_vInputsBegin[uiNode + 1];
+             ++ui) {
+            m_vReaders[vNext[m_Plan.m_vInputs[ui]]++] = uiNode;
+        }
+    }
+}
+
+std::vector<SealedPlan::Index> SealedPlan::Builder::listAllReaders(Index in_uiNode) const {
+    std::vector<bool> vSeen(m_Plan.m_vSteps.size());
+    std::vector<Index> vNodes{in_uiNode};
+    vSeen[in_uiNode] = true;
+    for (std::size_t uiNode = 0; uiNode != vNodes.size(); ++uiNode) {
+        for (Index ui = m_vReadersBegin[vNodes[uiNode]]; ui != m_vReadersBegin[vNodes[uiNode] + 1];
+             ++ui) {
+            if (!vSeen[m_vReaders[ui]]) {
+                vSeen[m_vReaders[ui]] = true;
+                vNodes.push_back(m_vReaders[ui]);
+            }
+        }
+    }
+    return vNodes;
+}
+
+} // namespace Velmora::Math::Xpr

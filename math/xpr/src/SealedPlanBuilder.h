@@ -1,0 +1,49 @@
+#pragma once
+
+#include <vector>
+
+#include "GraphWalk.h"
+#include "SealedPlan.h"
+
+namespace Velmora::Math::Xpr {
+
+/// Puts a plan together.
+class SealedPlan::Builder {
+public:
+    explicit Builder(SealedPlan& out_Plan) : m_Plan(out_Plan) {}
+
+    void build(const Nodes& in_vRoots);
+
+    /// The place of a node in the list; `PassedOver` if it has none.
+    Index find(const ExpressionBaseImpl& in_Node) const;
+
+    /// For each input of the graph, what reads it. None at all if a node chooses what it reads:
+    /// what its unused branch reads doesn't reach it.
+    void buildReaders();
+
+    static NodeSet makeSet(std::vector<Index> in_vNodes);
+
+private:
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        std::vector<ExpressionBaseImpl*> m_vInputs;
+        std::size_t m_uiNext;
+        bool m_bKnown;
+    };
+
+    void enter(ExpressionBaseImpl& in_Node);
+    void advance();
+    void append(const Place& in_Place);
+    static Kind kindOf(const ExpressionBaseImpl& in_Node);
+    void listReaders();
+    std::vector<Index> listAllReaders(Index in_uiNode) const;
+    static void spread(NodeSet& inout_Set);
+
+    SealedPlan& m_Plan;
+    const GraphWalk m_Walk;
+    std::vector<Place> m_vPath;
+    std::vector<Index> m_vReaders;
+    std::vector<Index> m_vReadersBegin;
+};
+
+} // namespace Velmora::Math::Xpr

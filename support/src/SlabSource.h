@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+
+namespace Velmora {
+
+/// Where the pool of blocks gets its slabs: the memory that it cuts into blocks.
+///
+/// What a usual script needs is taken from the heap, slab by slab. What comes beyond is cut from
+/// chunks that the system is asked to back by one large page each: of a graph of fifty megabytes a
+/// processor can't keep the addresses of the small pages, and looks them up at every step. A chunk
+/// goes back when all of its slabs have.
+class SlabSource {
+public:
+    /// The size and the alignment of a slab, a little of which belongs to the heap.
+    static constexpr std::size_t Alignment = 16384;
+    static constexpr std::size_t Size = Alignment - 16;
+
+    /// A slab, null when memory is exhausted, and where it came from.
+    struct Taken {
+        void* m_pSlab;
+        bool m_bAlone;
+    };
+
+    static Taken take() noexcept;
+    static void give(const Taken& in_Taken) noexcept;
+};
+
+} // namespace Velmora
