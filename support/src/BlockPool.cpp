@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <new>
 
 #include "SlabSource.h"
@@ -163,6 +165,37 @@ SizeClasses s_sized;
 /// is not; among them it would leave holes.
 SizeClasses s_unsized;
 
+/// Large blocks are vectors, whose values stand 16 bytes behind the start of an aligned block.
+/// Those values begin on a line of the cache, so that no access crosses two of them, and blocks of
+/// a page and more begin at different places of a page: a processor takes addresses for the same
+/// that differ by whole pages.
+constexpr std::size_t Line = 64;
+constexpr std::size_t Page = 4096;
+constexpr std::size_t PlacesInPage = 16;
+
+void* takeLarge(std::size_t in_uiSize) noexcept {
+    static std::atomic<std::size_t> s_uiLast{0};
+    const std::size_t uiPlace =
+        in_uiSize < Page ? 0 : s_uiLast.fetch_add(1, std::memory_order_relaxed) % PlacesInPage;
+    const std::size_t uiAhead = Line - Step + uiPlace * 3 * Line;
+    if (in_uiSize > std::numeric_limits<std::size_t>::max() - uiAhead) {
+        return nullptr;
+    }
+    auto* const pStart = static_cast<char*>(std::aligned_alloc(Line, in_uiSize + uiAhead));
+    if (pStart == nullptr) {
+        return nullptr;
+    }
+    char* const pBlock = pStart + uiAhead;
+    std::memcpy(pBlock - sizeof(pStart), &pStart, sizeof(pStart));
+    return pBlock;
+}
+
+void giveLarge(void* in_pBlock) noexcept {
+    char* pStart;
+    std::memcpy(&pStart, static_cast<char*>(in_pBlock) - sizeof(pStart), sizeof(pStart));
+    std::free(pStart);
+}
+
 void* takePooled(SizeClasses& inout_classes, std::size_t in_uiSize) noexcept {
     const std::size_t uiClass = in_uiSize == 0 ? 0 : (in_uiSize - 1) / Step;
     return inout_classes[uiClass].take((uiClass + 1) * Step);
@@ -177,12 +210,12 @@ void givePooled(void* in_pBlock) noexcept {
 } // namespace
 
 void* BlockPool::allocate(std::size_t in_uiSize) noexcept {
-    return in_uiSize > MaxPooled ? std::malloc(in_uiSize) : takePooled(s_sized, in_uiSize);
+    return in_uiSize > MaxPooled ? takeLarge(in_uiSize) : takePooled(s_sized, in_uiSize);
 }
 
 void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
     if (in_uiSize > MaxPooled) {
-        std::free(in_pBlock);
+        giveLarge(in_pBlock);
     } else {
         givePooled(in_pBlock);
     }
