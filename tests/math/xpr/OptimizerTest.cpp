@@ -258,6 +258,14 @@ TEST_F(OptimizerTest, CloneIsAnOptimizerUnderTheSameAccount) {
     EXPECT_TRUE(pClone->run(dictionnary, out));
 }
 
+TEST_F(OptimizerTest, IndexOfTheSecondPassIsMadeWhereSomebodySeesIt) {
+    Dictionnary dictionnary("d");
+    add(dictionnary, call("f"));
+    const LogCapture log(OptimizerDictionnaryLogger);
+    optimize(dictionnary);
+    EXPECT_EQ(log.count(log4cplus::DEBUG_LOG_LEVEL, "adding function: f"), 2u);
+}
+
 } // namespace
 
 } // namespace Velmora::Math::Xpr

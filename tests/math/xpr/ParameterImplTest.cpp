@@ -251,6 +251,20 @@ TEST_F(ParameterImplTest, DyingParameterLeavesItsChild) {
     EXPECT_EQ(parentsOf(*pSource), Parents());
 }
 
+TEST_F(ParameterImplTest, DyingParameterLeavesTheRestOfAChainToAnotherThatReadsIt) {
+    const auto pLeaf = parameter();
+    set(*pLeaf, ParameterValue(7));
+    auto pShared = parameter();
+    link(*pShared, pLeaf);
+    auto pDying = parameter();
+    link(*pDying, pShared);
+    const auto pReader = parameter();
+    link(*pReader, pShared);
+    pShared = nullptr;
+    pDying = nullptr;
+    EXPECT_EQ(pReader->getValue(), ParameterValue(7));
+}
+
 TEST_F(ParameterImplTest, ParameterLivesAsLongAsAnotherTakesItsValue) {
     const auto pParameter = parameter();
     {

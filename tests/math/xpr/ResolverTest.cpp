@@ -462,6 +462,40 @@ TEST_F(ResolverTest, TheStepsOfACallAreLogged) {
                                  std::to_string(pCall->getId()));
 }
 
+TEST_F(ResolverTest, AScriptIsReadOnceThoughNamesAreMissingInIt) {
+    LinkBench bench{{"scripts/t.xpr", "known = 1\n"}};
+    ASSERT_TRUE(bench.load("s", "a = t.known\nb = t.missing\nc = t.missing\n"));
+    EXPECT_FALSE(bench.link());
+    EXPECT_THAT(errors(), ElementsAre(at("s", 2, 5) + "can't resolve expression: s.t.missing",
+                                      at("s", 3, 5) + "can't resolve expression: s.t.missing"));
+    const auto vAsked = bench.files().getAskedPaths();
+    EXPECT_EQ(std::count(vAsked.begin(), vAsked.end(), "scripts/t.xpr"), 1);
+    EXPECT_EQ(bench.value("s.a"), "[1]");
+}
+
+TEST_F(ResolverTest, ConstantsHaveNoLinksToResolve) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = 1 + 2\n"));
+    m_Log.clear();
+    ASSERT_TRUE(bench.link());
+    EXPECT_FALSE(steps("resolving links of").empty());
+    EXPECT_THAT(steps("resolving links of"),
+                ::testing::Each(::testing::Not(::testing::HasSubstr("Constant_"))));
+}
+
+TEST_F(ResolverTest, EachParameterAndArgumentOfACallIsLoggedWithItsNumber) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = isGreater(debounceOnOff<1, 2>(3), 4)\n"));
+    m_Log.clear();
+    ASSERT_TRUE(bench.link());
+    EXPECT_THAT(
+        steps("Resolver::copyFunctionParameters : copy"),
+        ElementsAre(::testing::HasSubstr("parameter[0]="), ::testing::HasSubstr("parameter[1]=")));
+    EXPECT_THAT(steps("Resolver::copyFunctionArguments : copy"),
+                ::testing::IsSupersetOf(
+                    {::testing::HasSubstr("argument[0]="), ::testing::HasSubstr("argument[1]=")}));
+}
+
 TEST_F(ResolverTest, ParametersAreBoundAheadOfArguments) {
     LinkBench bench;
     ASSERT_TRUE(bench.load("s", "a = test.echo(1, 2, 3)\n"));

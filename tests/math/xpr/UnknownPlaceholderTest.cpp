@@ -22,6 +22,8 @@ TEST(UnknownVariableTest, HasNoValueAndNoReset) {
     UnknownVariable variable;
     Math::DoubleVector vValue;
     EXPECT_FALSE(variable.evaluate(vValue));
+    LimitedObjPtr<Math::DoubleVector> pValue;
+    EXPECT_FALSE(variable.evaluate(pValue));
     EXPECT_THAT(assertions.expressions(), IsEmpty());
     EXPECT_FALSE(variable.reset());
     EXPECT_THAT(assertions.expressions(), ElementsAre("false && \"can't reset UnknowVariable\""));
@@ -52,6 +54,8 @@ TEST(UnknownFunctionTest, HasNoValueNoResetAndNoConfiguration) {
     UnknownFunction function;
     Math::DoubleVector vValue;
     EXPECT_FALSE(function.evaluate(vValue));
+    LimitedObjPtr<Math::DoubleVector> pValue;
+    EXPECT_FALSE(function.evaluate(pValue));
     EXPECT_THAT(assertions.expressions(), IsEmpty());
     EXPECT_FALSE(function.reset());
     EXPECT_FALSE(function.configure(TSHandle<VirtualFileSystem>()));
