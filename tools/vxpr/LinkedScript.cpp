@@ -164,10 +164,14 @@ ScriptText LinkedScript::parse(const ScriptText& in_Script, NameScope& inout_Sco
 ScriptText LinkedScript::dropRepeated(const ScriptText& in_Script) {
     ScriptText script = in_Script;
     std::map<std::string, const Definition*> mapFirst;
+    int iRepeated = 0;
     for (const Definition& definition : m_pInventory->getDefinitions()) {
         const auto [iteFirst, bFirst] = mapFirst.emplace(definition.m_strName, &definition);
         if (bFirst) {
             continue;
+        }
+        if (++iRepeated > MOST_FAULTY_STATEMENTS) {
+            break;
         }
         const auto& first = iteFirst->second->m_Position;
         m_vFaults.push_back({Diagnostic::Severity::Error, definition.m_Position,

@@ -2,6 +2,8 @@
 
 #include "Failure.h"
 
+#include <velmora/math/xpr/ScriptParser.h>
+
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -14,6 +16,9 @@ namespace Vxpr {
 namespace {
 
 constexpr std::size_t TAB_STOP = 4;
+
+/// What the engine refuses needn't be read first; it may be a device that has no end.
+constexpr std::size_t MOST_BYTES = Velmora::Math::Xpr::ScriptParser::MaxScriptSize;
 
 bool isLineEnd(char in_cCharacter) {
     return in_cCharacter == '\n' || in_cCharacter == '\r';
@@ -47,6 +52,11 @@ std::string readAll(std::FILE* in_pFile, const std::string& in_strPath) {
     std::size_t uiRead = 0;
     while ((uiRead = std::fread(buffer, 1, sizeof buffer, in_pFile)) > 0) {
         strText.append(buffer, uiRead);
+        if (strText.size() > MOST_BYTES) {
+            throw Failure::ofData("the script '" + in_strPath + "' has more than " +
+                                  std::to_string(MOST_BYTES) +
+                                  " bytes; divide it into several that use each other");
+        }
     }
     if (std::ferror(in_pFile) != 0) {
         throw Failure::ofData("can't read the script '" + in_strPath +

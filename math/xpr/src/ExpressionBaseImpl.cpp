@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <new>
+#include <unordered_map>
 
 #include <velmora/DeepCall.h>
 #include <velmora/FileLogger.h>
@@ -457,6 +459,33 @@ void ExpressionBaseImpl::retireFrom(ExpressionBaseImpl& inout_Child) {
         return &*in_pChild == &inout_Child;
     });
     inout_Child.m_Parents.replaceBehind(static_cast<std::size_t>(iLinks), *this, deadParent());
+}
+
+void ExpressionBaseImpl::retireFrom(const std::vector<Handle<ExpressionBaseImpl>>& in_vChilds) {
+    constexpr std::size_t FewChilds = 8;
+    std::unordered_map<const ExpressionBaseImpl*, std::size_t> mapLinks;
+    try {
+        if (in_vChilds.size() > FewChilds) {
+            for (const auto& pChild : m_Childs) {
+                ++mapLinks[&*pChild];
+            }
+        }
+    } catch (const std::bad_alloc&) {
+        // A destructor can do without a table.
+        mapLinks.clear();
+    }
+    for (const auto& pChild : in_vChilds) {
+        if (pChild.isNull()) {
+            continue;
+        }
+        if (mapLinks.empty()) {
+            retireFrom(*pChild);
+            continue;
+        }
+        const auto iteLinks = mapLinks.find(&*pChild);
+        pChild->m_Parents.replaceBehind(iteLinks == mapLinks.end() ? 0 : iteLinks->second, *this,
+                                        deadParent());
+    }
 }
 
 Handle<ExpressionBaseImpl> ExpressionBaseImpl::copy() const {

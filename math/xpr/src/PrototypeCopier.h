@@ -21,8 +21,8 @@ namespace Velmora::Math::Xpr {
 class PrototypeCopier {
 public:
     /// The nodes that one run may make by copying; far above what a script for a frame loop can
-    /// need, and about a gigabyte.
-    static constexpr std::size_t MaxNodes = 1000000;
+    /// need, and some hundred megabytes.
+    static constexpr std::size_t MaxNodes = 500000;
 
     /// Copies share this variable from now on.
     void share(const ExpressionBaseImpl& in_Variable);

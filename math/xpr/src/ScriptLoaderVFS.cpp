@@ -9,6 +9,7 @@
 #include <velmora/LogSite.h>
 
 #include "ScriptLoaderSupport.h"
+#include "ScriptTooLong.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -16,12 +17,18 @@ namespace {
 
 constexpr long ChunkSize = 1023;
 
-/// The text of the file, each chunk up to its first zero byte.
+/// The text of the file, each chunk up to its first zero byte. Null for a file that is too long,
+/// zero bytes counted: a file of nothing else can be longer than anyone can read.
 std::unique_ptr<std::istream> readFile(VirtualFile& inout_File) {
     auto pText = std::make_unique<std::stringstream>(std::ios::in | std::ios::out);
     std::array<char, ChunkSize + 1> buffer;
+    std::size_t uiSize = 0;
     for (long lCount = inout_File.read(buffer.data(), ChunkSize); lCount > 0;
          lCount = inout_File.read(buffer.data(), ChunkSize)) {
+        uiSize += static_cast<std::size_t>(lCount);
+        if (uiSize > ScriptParser::MaxScriptSize) {
+            return nullptr;
+        }
         buffer[static_cast<std::size_t>(std::min(lCount, ChunkSize))] = '\0';
         *pText << buffer.data();
     }
@@ -63,7 +70,11 @@ std::istream* ScriptLoaderVFS::openScriptFile_i(const char* in_szScriptName,
             VELMORA_LOG_DEBUG(scriptLoaderLogger(),
                               "Loaded script \"" << in_szScriptName << "\" from file: " << strPath);
             out_strFilePath = strPath;
-            return readFile(*pFile).release();
+            std::unique_ptr<std::istream> pText = readFile(*pFile);
+            if (pText == nullptr) {
+                VELMORA_LOG_ERROR(scriptLoaderLogger(), scriptTooLong(in_szScriptName));
+            }
+            return pText.release();
         }
     }
     logOpenFailure(strPath, in_bReportOpenFailure);

@@ -8,6 +8,7 @@
 #include <velmora/StringUtil.h>
 
 #include "ScriptParserImpl.h"
+#include "ScriptTooLong.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -15,6 +16,7 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
 
 namespace {
 
+/// Up to the end or a little beyond what a script may have.
 void readAll(std::istream& inout_Stream, std::vector<char>& inout_vText) {
     constexpr std::size_t ChunkSize = 65536;
     inout_Stream.unsetf(std::ios::skipws);
@@ -22,7 +24,7 @@ void readAll(std::istream& inout_Stream, std::vector<char>& inout_vText) {
     do {
         inout_Stream.read(vChunk.data(), static_cast<std::streamsize>(ChunkSize));
         inout_vText.insert(inout_vText.end(), vChunk.data(), vChunk.data() + inout_Stream.gcount());
-    } while (inout_Stream);
+    } while (inout_Stream && inout_vText.size() <= ScriptParser::MaxScriptSize);
 }
 
 } // namespace
@@ -87,6 +89,10 @@ Handle<Expression> ScriptParser::getExpression() {
     }
     if (*m_pCurrentPosition == *m_pEndPosition) {
         return Handle<Expression>();
+    }
+    if (m_vScriptText.size() > MaxScriptSize) {
+        VELMORA_LOG_ERROR(fileLogger(), scriptTooLong(m_strScriptName.c_str()));
+        return endScript();
     }
     m_pSavedExpression = Handle<Expression>();
     try {

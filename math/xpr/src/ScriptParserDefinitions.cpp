@@ -57,6 +57,7 @@ ScriptParser::ScriptParserImpl::newFunctionDef(const std::string& in_strName) {
 void ScriptParser::ScriptParserImpl::addFunctionArgument(
     const Handle<ScriptFunctionImpl>& in_pFunction, const std::string& in_strName) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::addFunctionArgument");
+    countOperands(1);
     if (in_pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
         return;
@@ -69,6 +70,7 @@ void ScriptParser::ScriptParserImpl::addFunctionArgument(
 void ScriptParser::ScriptParserImpl::addFunctionParameter(
     const Handle<ScriptFunctionImpl>& in_pFunction, const std::string& in_strName) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::addFunctionParameter");
+    countOperands(1);
     if (in_pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
         return;
@@ -151,6 +153,7 @@ void ScriptParser::ScriptParserImpl::setFunctionArgument(ParsedCall& inout_Funct
                                                          std::size_t& inout_uiIndex,
                                                          const ParsedExpression& in_Argument) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setFunctionArgument");
+    countOperands(1);
     const Handle<FunctionBaseImpl>& pFunction = inout_Function.m_pNode;
     if (pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
@@ -175,6 +178,7 @@ void ScriptParser::ScriptParserImpl::setFunctionParameter(const ParsedCall& in_F
                                                           std::size_t& inout_uiIndex,
                                                           const Handle<Parameter>& in_pParameter) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setFunctionParameter");
+    countOperands(1);
     const Handle<FunctionBaseImpl>& pFunction = in_Function.m_pNode;
     if (pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");

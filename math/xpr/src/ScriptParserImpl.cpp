@@ -20,6 +20,19 @@ const char* depthText() {
     return s_strText.c_str();
 }
 
+const char* indicesText() {
+    static const std::string s_strText =
+        "A slice has more than " + std::to_string(ScriptParser::MaxIndices) + " indices.";
+    return s_strText.c_str();
+}
+
+const char* operandsText() {
+    static const std::string s_strText = "The script has more than " +
+                                         std::to_string(ScriptParser::MaxOperands) +
+                                         " definitions and operands.";
+    return s_strText.c_str();
+}
+
 } // namespace
 
 ScriptParser::ScriptParserImpl::ScriptParserImpl() {
@@ -54,6 +67,7 @@ ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
 void ScriptParser::ScriptParserImpl::saveExpression(const Handle<Expression>& in_pExpression) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::saveExpression");
     m_pScriptParser->m_pSavedExpression = in_pExpression;
+    countOperands(1);
 }
 
 void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_pExpression,
@@ -91,6 +105,16 @@ void ScriptParser::ScriptParserImpl::checkDepth(const ParsedExpression& in_Node,
                                                 const ScriptIterator& in_Position) {
     if (in_Node.m_uiDepth > ScriptParser::MaxOperatorDepth) {
         throw ScriptSyntaxError(in_Position, depthText());
+    }
+    if (in_Node.m_uiIndices > ScriptParser::MaxIndices) {
+        throw ScriptSyntaxError(in_Position, indicesText());
+    }
+}
+
+void ScriptParser::ScriptParserImpl::countOperands(std::size_t in_uiCount) {
+    m_uiOperands += in_uiCount;
+    if (m_uiOperands > ScriptParser::MaxOperands) {
+        throw ScriptSyntaxError(*m_pScriptParser->m_pCurrentPosition, operandsText());
     }
 }
 

@@ -125,14 +125,17 @@ private:
                                 const ParsedExpression& in_Operand);
 
     template <class OperatorT>
-    static ParsedExpression newBinaryOperation(const ParsedExpression& in_Left,
-                                               const ParsedExpression& in_Right);
+    ParsedExpression newBinaryOperation(const ParsedExpression& in_Left,
+                                        const ParsedExpression& in_Right);
     template <class OperatorT>
-    static ParsedExpression newXaryOperation(const ParsedExpression& in_First);
+    ParsedExpression newXaryOperation(const ParsedExpression& in_First);
     static bool addOperand(FunctionBaseImpl& inout_Function,
                            const Handle<Expression>& in_pExpression);
-    static void addOperationArgument(ParsedExpression& inout_Operation,
-                                     const ParsedExpression& in_Operand);
+    void addOperationArgument(ParsedExpression& inout_Operation,
+                              const ParsedExpression& in_Operand);
+
+    /// Ends the script with the first operand that is one too many.
+    void countOperands(std::size_t in_uiCount);
 
     std::string makeQualifiedName(const std::string& in_strName) const;
 
@@ -140,6 +143,9 @@ private:
     std::unique_ptr<SkipGrammar> m_pSkipGrammar;
     std::unique_ptr<Definition> m_pDefinition;
     StatementGuard m_Guard;
+    /// What the script has made so far, failed alternatives included.
+    std::size_t m_uiOperands = 0;
+    std::size_t m_uiListedIndices = 0;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -23,6 +23,7 @@ template <class OperatorT>
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newBinaryOperation(const ParsedExpression& in_Left,
                                                    const ParsedExpression& in_Right) {
+    countOperands(2);
     const Handle<BinaryOperatorImplNoT> pNewOperation(new OperatorT);
     if (pNewOperation.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewOperation.isNull()");
@@ -80,6 +81,7 @@ ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newConcatenateOperation(const ParsedExpression& in_Left,
                                                         const ParsedExpression& in_Right) {
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newConcatenateOperation");
+    countOperands(2);
     const Handle<FunctionBaseImpl> pNewOperation(new OperatorConcatenate);
     if (pNewOperation.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewOperation.isNull()");
@@ -97,12 +99,15 @@ ScriptParser::ScriptParserImpl::newConcatenateOperation(const ParsedExpression& 
     }
     pNewOperation->addArgument("Left", pLeft);
     pNewOperation->addArgument("Right", pRight);
-    return ParsedExpression(pNewOperation, std::max(in_Left.m_uiDepth, in_Right.m_uiDepth) + 1);
+    ParsedExpression joined(pNewOperation, std::max(in_Left.m_uiDepth, in_Right.m_uiDepth) + 1);
+    joined.m_uiIndices = std::max(in_Left.m_uiIndices, std::size_t{1}) + 1;
+    return joined;
 }
 
 template <class OperatorT>
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newXaryOperation(const ParsedExpression& in_First) {
+    countOperands(1);
     const Handle<FunctionBaseImpl> pNewOperation(new OperatorT);
     if (pNewOperation.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewOperation.isNull()");
@@ -143,6 +148,7 @@ void ScriptParser::ScriptParserImpl::addIfOperationArgument(ParsedExpression& in
 
 void ScriptParser::ScriptParserImpl::addOperationArgument(ParsedExpression& inout_Operation,
                                                           const ParsedExpression& in_Operand) {
+    countOperands(1);
     VELMORA_LOG_DEBUG(fileLogger(), "adding argument to concatenate operator");
     const Handle<FunctionBaseImpl> pFunction(inout_Operation.m_pNode);
     if (pFunction.isNull()) {

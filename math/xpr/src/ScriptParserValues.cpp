@@ -21,6 +21,13 @@ const char* rangeText() {
     return s_strText.c_str();
 }
 
+const char* rangesText() {
+    static const std::string s_strText = "The index ranges of the script list more than " +
+                                         std::to_string(ScriptParser::MaxRangesSize) +
+                                         " indices together.";
+    return s_strText.c_str();
+}
+
 Handle<Expression> newConstantOf(const DoubleVector& in_vValue) {
     const Handle<ConstantImpl> pNewConstant(new ConstantImpl(in_vValue));
     if (pNewConstant.isNull()) {
@@ -57,6 +64,10 @@ ScriptParser::ScriptParserImpl::newIndexRange(std::size_t in_uiFirst, std::size_
     const std::size_t uiCount = (bUpward ? in_uiLast - in_uiFirst : in_uiFirst - in_uiLast) + 1;
     if (uiCount > ScriptParser::MaxRangeSize) {
         throw ScriptSyntaxError(in_Position, rangeText());
+    }
+    m_uiListedIndices += uiCount;
+    if (m_uiListedIndices > ScriptParser::MaxRangesSize) {
+        throw ScriptSyntaxError(in_Position, rangesText());
     }
     DoubleVector vIndices;
     vIndices.resize(uiCount);

@@ -1,6 +1,7 @@
 #include <velmora/math/xpr/XaryFunction.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
@@ -20,11 +21,7 @@ XaryFunctionNoT::~XaryFunctionNoT() {
             unregisterFrom(*pInput);
         }
     }
-    for (const auto& pInput : m_Inputs) {
-        if (!pInput.isNull()) {
-            retireFrom(*pInput);
-        }
-    }
+    retireFrom(m_Inputs);
 }
 
 bool XaryFunctionNoT::configure_i(const ROConfiguration&, const TSHandle<VirtualFileSystem>&) {
@@ -65,12 +62,18 @@ void XaryFunctionNoT::seal_i() {
             pExpr->addParent(this);
         }
     }
-    for (const auto& pFormer : vFormerInputs) {
-        if (!pFormer.isNull() &&
-            std::find(m_Inputs.begin(), m_Inputs.end(), pFormer) == m_Inputs.end()) {
-            retireFrom(*pFormer);
-        }
+    // Sealed once more over the same inputs it keeps all of them.
+    if (vFormerInputs == m_Inputs) {
+        return;
     }
+    std::unordered_set<const ExpressionBaseImpl*> kept;
+    for (const auto& pInput : m_Inputs) {
+        kept.insert(pInput.get());
+    }
+    const auto isKept = [&](const auto& in_pFormer) { return kept.count(in_pFormer.get()) != 0; };
+    vFormerInputs.erase(std::remove_if(vFormerInputs.begin(), vFormerInputs.end(), isKept),
+                        vFormerInputs.end());
+    retireFrom(vFormerInputs);
 }
 
 Handle<ExpressionBaseImpl> XaryFunctionNoT::copy_i(ExpressionImplCopier& inout_Copier) const {

@@ -6,6 +6,7 @@
 #include <pthread.h>
 
 #include <functional>
+#include <streambuf>
 #include <string>
 #include <utility>
 
@@ -131,7 +132,7 @@ std::size_t reports(std::size_t in_uiLevels) {
 TEST_F(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
     // Two guards miss the end of the innermost call, one that of the statement; each level above
     // reads all that once as an operator and once as a call.
-    for (std::size_t uiLevels = 1; uiLevels <= 12; ++uiLevels) {
+    for (std::size_t uiLevels = 1; uiLevels <= ScriptParser::MaxRepeatedNesting; ++uiLevels) {
         EXPECT_EQ(reports(uiLevels), std::size_t{2} << uiLevels) << uiLevels;
     }
     EXPECT_GT(reports(ScriptParser::MaxRepeatedNesting),
@@ -151,17 +152,6 @@ TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
     EXPECT_THAT(script.descriptions(),
                 ElementsAre("s.x = add(" + strExpected + ", ?s.c)", "s.y = ?s.b"));
     EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST_F(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
-    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
-    std::string strInner = "a";
-    for (std::size_t ui = 0; ui < ScriptParser::MaxRepeatedNesting; ++ui) {
-        strInner = "if(" + strInner + ", b)";
-    }
-    const ParsedScript script(repeated("x = " + strInner + "\n", 500));
-    EXPECT_EQ(script.expressions.size(), 500U);
-    EXPECT_FALSE(script.failed);
 }
 
 TEST_F(ScriptLimitsTest, WideConditionsDoNotMultiply) {
@@ -195,11 +185,15 @@ TEST_F(ScriptLimitsTest, ChainGoesUpToTheLimit) {
     EXPECT_FALSE(script.failed);
 }
 
-TEST_F(ScriptLimitsTest, ChainOfIndicesIsLimited) {
+TEST_F(ScriptLimitsTest, IndicesOfASliceAreLimited) {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
-    EXPECT_TRUE(
-        ParsedScript("x = a[1" + repeated(",1", ScriptParser::MaxOperatorDepth + 1) + "]").failed);
-    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "Operators are chained more than"), 1U);
+    const std::string strMost = "x = a[1" + repeated(",1", ScriptParser::MaxIndices - 1);
+    EXPECT_FALSE(ParsedScript(strMost + "] + a[1,2]").failed);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_TRUE(ParsedScript(strMost + ",1]").failed);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                ElementsAre("syntax error:" + position(1, static_cast<int>(strMost.size()) + 1) +
+                            " A slice has more than 4096 indices."));
 }
 
 /// Half of a chain that is too long, inside something, and the other half behind it.
@@ -235,6 +229,64 @@ TEST_F(ScriptLimitsTest, RangeOfIndicesIsLimited) {
                             " An index range lists more than 1048576 indices."));
 }
 
+TEST_F(ScriptLimitsTest, RangesOfAScriptAreLimitedTogether) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const std::string strFour = repeated("x = a[0..1048575]\n", 4);
+    EXPECT_FALSE(ParsedScript(strFour).failed);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    const ParsedScript script(strFour + "y = a[3..3]\nz = 1");
+    EXPECT_TRUE(script.failed);
+    EXPECT_EQ(script.expressions.size(), 4U);
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                ElementsAre("syntax error:" + position(5, 7) +
+                            " The index ranges of the script list more than 4194304 indices "
+                            "together."));
+}
+
+TEST_F(ScriptLimitsTest, LengthOfAScriptIsLimited) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const std::string strLine = "x = 1 // ";
+    const std::string strMost =
+        strLine + std::string(ScriptParser::MaxScriptSize - strLine.size(), '-');
+    EXPECT_EQ(ParsedScript(strMost).expressions.size(), 1U);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    const ParsedScript script(strMost + "-");
+    EXPECT_TRUE(script.failed);
+    EXPECT_TRUE(script.expressions.empty());
+    EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL),
+                ElementsAre("syntax error:" + position(1, 1) +
+                            " The script has more than 33554432 bytes."));
+}
+
+/// A stream without an end.
+class EndlessBuffer : public std::streambuf {
+public:
+    std::size_t m_uiRead = 0;
+
+protected:
+    int_type underflow() override {
+        m_strChunk.assign(65536, ' ');
+        m_uiRead += m_strChunk.size();
+        setg(m_strChunk.data(), m_strChunk.data(), m_strChunk.data() + m_strChunk.size());
+        return traits_type::to_int_type(' ');
+    }
+
+private:
+    std::string m_strChunk;
+};
+
+TEST_F(ScriptLimitsTest, OfAStreamWithoutAnEndNoMoreIsReadThanAScriptMayHave) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    EndlessBuffer buffer;
+    std::istream stream(&buffer);
+    ScriptParser parser;
+    ASSERT_TRUE(parser.initialize(stream, "s.xpr", "dir"));
+    EXPECT_LE(buffer.m_uiRead, ScriptParser::MaxScriptSize + 2 * 65536);
+    EXPECT_TRUE(parser.getExpression().isNull());
+    EXPECT_TRUE(parser.failed());
+    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "The script has more than"), 1U);
+}
+
 TEST_F(ScriptLimitsTest, CommentsOfAnyLengthAreRead) {
     const std::string strLong = repeated("0123456789", 1000000);
     EXPECT_THAT(ParsedScript("x = 1 /*" + strLong + "*/ + /*" + strLong + "*/ 2 //" + strLong)
@@ -245,6 +297,56 @@ TEST_F(ScriptLimitsTest, CommentsOfAnyLengthAreRead) {
 TEST_F(ScriptLimitsTest, CommentsThatAreNeverClosedAreSoughtOnce) {
     const ParsedScript script("x = f<\"" + repeated("/*", 1000000) + "\">(1)");
     EXPECT_FALSE(script.failed);
+}
+
+/// What goes on to the end of the script because nothing closes it, behind one good definition.
+struct Unclosed {
+    const char* m_szName;
+    std::string m_strStart;
+    std::string m_strRepeated;
+};
+
+using UnclosedTest = ScriptLimitsTestOf<Unclosed>;
+
+TEST_P(UnclosedTest, IsRefusedAtItsPlaceHoweverLongItIs) {
+    for (const std::size_t uiSize : {std::size_t{100}, std::size_t{10000000}}) {
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const std::string& strRepeated = GetParam().m_strRepeated;
+        const ParsedScript script("y = 1\nx = " + GetParam().m_strStart +
+                                  repeated(strRepeated, uiSize / strRepeated.size()));
+        EXPECT_TRUE(script.failed);
+        EXPECT_EQ(script.expressions.size(), 1U);
+        const auto vErrors = log.messages(log4cplus::ERROR_LOG_LEVEL);
+        ASSERT_GE(vErrors.size(), 1U);
+        EXPECT_LE(vErrors.size(), 4U);
+        EXPECT_EQ(vErrors.back(), "syntax error:" + position(2, 1));
+        for (const std::string& strError : vErrors) {
+            EXPECT_LT(strError.size(), 200U);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Constructs, UnclosedTest,
+                         ::testing::Values(Unclosed{"Comment", "1 /*", "a"},
+                                           Unclosed{"Comments", "1 ", "/*"},
+                                           Unclosed{"Stars", "1 /*", "* "},
+                                           Unclosed{"Text", "f<\"", "a"},
+                                           Unclosed{"TextOfLines", "f<\"", "a\n"},
+                                           Unclosed{"TextOfComments", "f<\"", "/**/"},
+                                           Unclosed{"TextOfUnclosedComments", "f<\"", "/*"}),
+                         [](const auto& in_Info) { return std::string(in_Info.param.m_szName); });
+
+TEST_F(ScriptLimitsTest, NamesOfAnyLengthAreRead) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    const std::string strName(1000000, 'n');
+    EXPECT_THAT(ParsedScript(strName + " = " + strName + "2").descriptions(),
+                ElementsAre("s." + strName + " = ?s." + strName + "2"));
+    EXPECT_THAT(ParsedScript("x = a" + repeated(".a", 500000)).descriptions(),
+                ElementsAre("s.x = ?s.a" + repeated(".a", 500000)));
+    EXPECT_FALSE(ParsedScript(strName + "(" + strName + ") = " + strName + "(1)").failed);
+    EXPECT_FALSE(
+        ParsedScript("x = " + std::string(1000000, '1') + "." + std::string(1000000, '1')).failed);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(ScriptLimitsTest, LongScriptIsRead) {

@@ -50,6 +50,26 @@ TEST_F(CheckCommandTest, EveryScriptIsChecked) {
     EXPECT_EQ(result.m_iStatus, 1);
 }
 
+TEST_F(CheckCommandTest, AScriptWithoutAnEndIsRefused) {
+    const ProcessResult result = runVxpr({"check", "/dev/zero"});
+    EXPECT_EQ(result.m_strErrors,
+              "vxpr: error: the script '/dev/zero' has more than 33554432 bytes; "
+              "divide it into several that use each other\n");
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, OfManyRepeatedDefinitionsTheFirstHundredAreShown) {
+    std::string strScript;
+    for (int iLine = 0; iLine != 10000; ++iLine) {
+        strScript += "a = 1\n";
+    }
+    const ProcessResult result = runVxpr({"check", writeScript(strScript)});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:2:1: error: `a` is defined already"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:101:1: error: `a` is defined already"));
+    EXPECT_THAT(result.m_strErrors, Not(HasSubstr("s.xpr:102")));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
 TEST_F(CheckCommandTest, AFaultInAnotherScriptIsShownThere) {
     m_Scratch.write("lib.xpr", "x = (1\n");
     const ProcessResult result = runVxpr({"check", writeScript("a = lib.x\n")});

@@ -229,6 +229,9 @@ protected:
     /// never valid, so that nothing follows a parent that is dead.
     void retireFrom(ExpressionBaseImpl& inout_Child);
 
+    /// The same for many nodes, each any number of times; nulls are passed over.
+    void retireFrom(const std::vector<Handle<ExpressionBaseImpl>>& in_vChilds);
+
 private:
     /// What a link to a child would make.
     enum class Loop { None, OnParent, OnDependant };

@@ -26,11 +26,14 @@ class ScriptIterator;
 /// replaces. An error is written to the log at ERROR level with its position in the script, and
 /// ends the script: what was handed out before stays good.
 ///
-/// A script can't exhaust the stack or the time of its host: what is nested or chained beyond the
-/// limits below is refused with an ERROR line that has its position.
+/// A script can't exhaust the stack, the time or the memory of its host: what is nested, chained or
+/// listed beyond the limits below is refused with an ERROR line that has its position.
 class VELMORA_EXPORT ScriptParser {
 public:
     VELMORA_MEM_ACCOUNT("ScriptParser")
+
+    /// How many bytes a script may have. A longer one is refused as a whole.
+    static constexpr std::size_t MaxScriptSize = std::size_t{1} << 25;
 
     /// How many parentheses, brackets, braces, calls and unary plus may stand inside each other.
     static constexpr std::size_t MaxNesting = 1000;
@@ -38,13 +41,25 @@ public:
     /// How many operators may work on each other's results in one definition, as in a + a + a.
     static constexpr std::size_t MaxOperatorDepth = 100000;
 
+    /// How many definitions, arguments, elements and sides of operators one script may have
+    /// together. Each takes up to three kilobytes while the script is linked.
+    static constexpr std::size_t MaxOperands = std::size_t{1} << 20;
+
     /// How many indices one range of a slice may list.
     static constexpr std::size_t MaxRangeSize = std::size_t{1} << 20;
+
+    /// How many indices the ranges of one script may list together: a dozen characters make a list
+    /// of megabytes.
+    static constexpr std::size_t MaxRangesSize = std::size_t{1} << 22;
+
+    /// How many indices and ranges one slice may have. They are joined one by one, so that each
+    /// holds all those ahead of it.
+    static constexpr std::size_t MaxIndices = 4096;
 
     /// A statement nested up to this depth reports a missing token once for each alternative of the
     /// grammar that misses it. Each level can double the reports and the time, so that in a
     /// statement nested deeper what has failed at a place isn't tried there again.
-    static constexpr std::size_t MaxRepeatedNesting = 16;
+    static constexpr std::size_t MaxRepeatedNesting = 4;
 
     ScriptParser();
     /// Member by member: the copy shares the state of reading and goes on from the same position.
