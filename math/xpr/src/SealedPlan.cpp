@@ -168,9 +168,17 @@ inline bool SealedPlan::computeScalar(Step& inout_Step) const {
     if (pFirst == nullptr || pSecond == nullptr) {
         return false;
     }
-    // All three cost less than to guess wrongly which it will be.
-    const double results[] = {*pFirst + *pSecond, *pFirst - *pSecond, *pFirst * *pSecond};
-    *inout_Step.m_pScalar = results[static_cast<std::size_t>(inout_Step.m_eKind)];
+    switch (inout_Step.m_eKind) {
+    case Kind::Plus:
+        *inout_Step.m_pScalar = *pFirst + *pSecond;
+        break;
+    case Kind::Minus:
+        *inout_Step.m_pScalar = *pFirst - *pSecond;
+        break;
+    default:
+        *inout_Step.m_pScalar = *pFirst * *pSecond;
+        break;
+    }
     return true;
 }
 
