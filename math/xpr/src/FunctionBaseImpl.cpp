@@ -225,11 +225,15 @@ bool FunctionBaseImpl::copyToOwnArgument(const ArgumentIterator& in_iteSource,
         return false;
     }
     const Handle<ExpressionBaseImpl> pOwn(getChildAt(static_cast<long>((*iteOwn).second)));
-    if (pOwn.isNull() || typeid(*pOwn) != typeid(Argument) ||
-        pOwn->getChildBegin() != pOwn->getChildEnd() || !inout_Copier.getCopy(in_Source).isNull()) {
+    if (pOwn.isNull()) {
         return false;
     }
-    auto& own = static_cast<Argument&>(*pOwn);
+    ExpressionBaseImpl& child = *pOwn;
+    if (typeid(child) != typeid(Argument) || child.getChildBegin() != child.getChildEnd() ||
+        !inout_Copier.getCopy(in_Source).isNull()) {
+        return false;
+    }
+    auto& own = static_cast<Argument&>(child);
     DeepCall::run([&] { own.becomeCopyOf(static_cast<const Argument&>(in_Source), inout_Copier); });
     if (!inout_Copier.registerCopy(in_Source, pOwn)) {
         VELMORA_ASSERT_FAIL("in_Copier.registerCopy( *this, pCopy )");
