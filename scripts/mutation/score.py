@@ -113,14 +113,15 @@ def compile_arguments():
 
 
 def find_all():
-    """The mutants of each source that there could be."""
+    """The mutants of each source that there could be, and the sources that they were found in."""
     arguments = compile_arguments()
-    found = {}
+    found, sources = {}, {}
     for part, names in PARTS.items():
         for name in names.split():
             path = ROOT / ENGINE / f"{name}.cpp"
-            found[name] = Finder(str(path), f"{name}.cpp", arguments[path.name]).mutants
-    return found
+            finder = Finder(str(path), f"{name}.cpp", arguments[path.name])
+            found[name], sources[name] = finder.mutants, finder.bytes
+    return found, sources
 
 
 def choose(found, count):
@@ -250,10 +251,10 @@ def main():
 
     copy_tree()
     configure()
-    chosen = choose(find_all(), arguments.count)
+    found, sources = find_all()
+    chosen = choose(found, arguments.count)
     for name, mutants in chosen.items():
-        source = (ROOT / ENGINE / f"{name}.cpp").read_bytes()
-        put(TREE / ENGINE / f"{name}.cpp", rewrite(source, mutants))
+        put(TREE / ENGINE / f"{name}.cpp", rewrite(sources[name], mutants))
     build("velmora-xpr-tests")
     reached = record_reached()
 
