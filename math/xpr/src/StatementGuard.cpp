@@ -34,13 +34,19 @@ StatementGuard::Level::Level(StatementGuard& inout_Guard, const ScriptIterator& 
 
 const StatementGuard::Result* StatementGuard::findResult(Rule in_Rule,
                                                          const ScriptIterator& in_Place) {
+    const char*& pFarthest = m_Farthest[static_cast<std::size_t>(in_Rule)];
+    if (pFarthest == nullptr || in_Place.getText() > pFarthest) {
+        pFarthest = in_Place.getText();
+    } else {
+        ++m_uiRepeatedTrials;
+    }
     const auto iteResult = m_Results.find(Trial{in_Place.getText(), in_Rule});
     return iteResult == m_Results.end() ? nullptr : &iteResult->second;
 }
 
 void StatementGuard::addResult(Rule in_Rule, const ScriptIterator& in_Place,
                                const Result& in_Result) {
-    if (m_bDeep) {
+    if (m_bDeep || m_uiRepeatedTrials > MaxRepeatedTrials) {
         m_Results.emplace(Trial{in_Place.getText(), in_Rule}, in_Result);
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <unordered_map>
@@ -21,9 +22,15 @@ using ScriptSyntaxError = boost::spirit::classic::parser_error<const char*, Scri
 ///
 /// Two rules that a factor tries at one place, one after the other, may read the whole text of the
 /// factor before they fail, so that each level of nesting can double the work. In a statement that
-/// is nested deeper than a few levels, what a rule came to at a place is remembered instead.
+/// is nested deep, and once a script has caused much of such work, what a rule came to at a place
+/// is remembered instead.
 class StatementGuard {
 public:
+    /// Repeated trials in one script from which on results are remembered, however flat the
+    /// statement: what one of `ScriptParser::MaxRepeatedNesting` levels can need.
+    static constexpr std::size_t MaxRepeatedTrials = std::size_t{4}
+                                                     << ScriptParser::MaxRepeatedNesting;
+
     /// The rules that are tried at one place.
     enum class Rule { IfOperation, FunctionCall };
 
@@ -83,6 +90,9 @@ private:
     std::size_t m_uiLevel = 0;
     std::size_t m_uiLevelsEntered = 0;
     bool m_bDeep = false;
+    std::size_t m_uiRepeatedTrials = 0;
+    /// The farthest place at which each rule was tried.
+    std::array<const char*, 2> m_Farthest{};
     std::unordered_map<Trial, Result, TrialHash> m_Results;
 };
 

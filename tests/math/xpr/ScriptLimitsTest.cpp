@@ -132,7 +132,7 @@ std::size_t reports(std::size_t in_uiLevels) {
 TEST_F(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
     // Two guards miss the end of the innermost call, one that of the statement; each level above
     // reads all that once as an operator and once as a call.
-    for (std::size_t uiLevels = 1; uiLevels <= ScriptParser::MaxRepeatedNesting; ++uiLevels) {
+    for (std::size_t uiLevels = 1; uiLevels <= 12; ++uiLevels) {
         EXPECT_EQ(reports(uiLevels), std::size_t{2} << uiLevels) << uiLevels;
     }
     EXPECT_GT(reports(ScriptParser::MaxRepeatedNesting),
@@ -152,6 +152,17 @@ TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
     EXPECT_THAT(script.descriptions(),
                 ElementsAre("s.x = add(" + strExpected + ", ?s.c)", "s.y = ?s.b"));
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    std::string strInner = "a";
+    for (std::size_t ui = 0; ui < ScriptParser::MaxRepeatedNesting; ++ui) {
+        strInner = "if(" + strInner + ", b)";
+    }
+    const ParsedScript script(repeated("x = " + strInner + "\n", 500));
+    EXPECT_EQ(script.expressions.size(), 500U);
+    EXPECT_FALSE(script.failed);
 }
 
 TEST_F(ScriptLimitsTest, WideConditionsDoNotMultiply) {

@@ -59,7 +59,7 @@ public:
     /// A statement nested up to this depth reports a missing token once for each alternative of the
     /// grammar that misses it. Each level can double the reports and the time, so that in a
     /// statement nested deeper what has failed at a place isn't tried there again.
-    static constexpr std::size_t MaxRepeatedNesting = 4;
+    static constexpr std::size_t MaxRepeatedNesting = 16;
 
     ScriptParser();
     /// Member by member: the copy shares the state of reading and goes on from the same position.
