@@ -53,8 +53,7 @@ std::vector<std::string> pathsOf(const std::string& in_strScript) {
 TEST(ScriptFilesTest, ANameLeadsToTheFilesThatItCanStandFor) {
     EXPECT_THAT(pathsOf("x = a.b\n"), ElementsAre("scripts/a.xpr"));
     // The file of `a` is asked for once as the script of `a.a` and once as that of `a`.
-    EXPECT_THAT(pathsOf("x = a\n"),
-                ElementsAre("scripts/s.xpr", "scripts/a.xpr", "scripts/a.xpr"));
+    EXPECT_THAT(pathsOf("x = a\n"), ElementsAre("scripts/s.xpr", "scripts/a.xpr", "scripts/a.xpr"));
     EXPECT_THAT(pathsOf("x = a.b.c(1)\n"), ElementsAre("scripts/a.xpr"));
     EXPECT_THAT(pathsOf("x = 1\n"), IsEmpty());
 }
