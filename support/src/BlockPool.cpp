@@ -55,8 +55,12 @@ class SizeClass;
 /// stands alone. What was never used of it, or not since all of it was free, is given in the
 /// order of the addresses.
 struct alignas(Step) Slab {
-    Slab(SizeClass& inout_owner, std::size_t in_uiBlockSize, bool in_bAlone)
-        : m_owner(inout_owner), m_uiBlockSize(in_uiBlockSize), m_bAlone(in_bAlone) {}
+    Slab(SizeClass& inout_owner, SlabSource& inout_source, std::size_t in_uiBlockSize,
+         bool in_bAlone)
+        : m_owner(inout_owner),
+          m_source(inout_source),
+          m_uiBlockSize(in_uiBlockSize),
+          m_bAlone(in_bAlone) {}
 
     bool isFull() const noexcept { return m_pFree == nullptr && m_uiFresh == m_uiEnd; }
     bool isEmpty() const noexcept { return m_uiTaken == 0; }
@@ -82,6 +86,7 @@ struct alignas(Step) Slab {
     }
 
     SizeClass& m_owner;
+    SlabSource& m_source;
     const std::size_t m_uiBlockSize;
     const bool m_bAlone;
     const std::size_t m_uiEnd =
@@ -97,14 +102,14 @@ struct alignas(Step) Slab {
 /// The slabs of one size.
 class SizeClass {
 public:
-    void* take(std::size_t in_uiBlockSize) noexcept {
+    void* take(SlabSource& inout_source, std::size_t in_uiBlockSize) noexcept {
         const SpinLock lock(m_flag);
         if (m_pFirst == nullptr) {
-            const SlabSource::Taken taken = SlabSource::take();
+            const SlabSource::Taken taken = inout_source.take();
             if (taken.m_pSlab == nullptr) {
                 return nullptr;
             }
-            link(*::new (taken.m_pSlab) Slab(*this, in_uiBlockSize, taken.m_bAlone));
+            link(*::new (taken.m_pSlab) Slab(*this, inout_source, in_uiBlockSize, taken.m_bAlone));
         }
         Slab& slab = *m_pFirst;
         void* const pBlock = slab.take();
@@ -116,7 +121,7 @@ public:
 
     void give(Slab& inout_slab, void* in_pBlock) noexcept {
         if (giveTo(inout_slab, in_pBlock)) {
-            SlabSource::give({&inout_slab, inout_slab.m_bAlone});
+            inout_slab.m_source.give({&inout_slab, inout_slab.m_bAlone});
         }
     }
 
@@ -161,9 +166,14 @@ private:
 // allocate.
 using SizeClasses = SizeClass[MaxPooled / Step];
 SizeClasses s_sized;
-/// Apart: nodes are unsized, and what a script is put together from, and which goes before they do,
-/// is not; among them it would leave holes.
 SizeClasses s_unsized;
+
+/// Nodes are unsized. Sized are counters and the values of a frame of one element, which live as
+/// long, and what a graph is put together and looked at with, which goes before it does.
+constexpr std::size_t MaxCounter = 48;
+SlabSource s_nodes;
+SlabSource s_counters;
+SlabSource s_passing;
 
 /// Large blocks are vectors, whose values stand 16 bytes behind the start of an aligned block.
 /// Those values begin on a line of the cache, so that no access crosses two of them, and blocks of
@@ -196,9 +206,10 @@ void giveLarge(void* in_pBlock) noexcept {
     std::free(pStart);
 }
 
-void* takePooled(SizeClasses& inout_classes, std::size_t in_uiSize) noexcept {
+void* takePooled(SizeClasses& inout_classes, SlabSource& inout_source,
+                 std::size_t in_uiSize) noexcept {
     const std::size_t uiClass = in_uiSize == 0 ? 0 : (in_uiSize - 1) / Step;
-    return inout_classes[uiClass].take((uiClass + 1) * Step);
+    return inout_classes[uiClass].take(inout_source, (uiClass + 1) * Step);
 }
 
 void givePooled(void* in_pBlock) noexcept {
@@ -210,7 +221,10 @@ void givePooled(void* in_pBlock) noexcept {
 } // namespace
 
 void* BlockPool::allocate(std::size_t in_uiSize) noexcept {
-    return in_uiSize > MaxPooled ? takeLarge(in_uiSize) : takePooled(s_sized, in_uiSize);
+    if (in_uiSize > MaxPooled) {
+        return takeLarge(in_uiSize);
+    }
+    return takePooled(s_sized, in_uiSize > MaxCounter ? s_passing : s_counters, in_uiSize);
 }
 
 void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
@@ -223,7 +237,7 @@ void BlockPool::deallocate(void* in_pBlock, std::size_t in_uiSize) noexcept {
 
 void* BlockPool::allocateUnsized(std::size_t in_uiSize) noexcept {
     return in_uiSize > MaxPooled ? std::aligned_alloc(SlabSource::Alignment, in_uiSize)
-                                 : takePooled(s_unsized, in_uiSize);
+                                 : takePooled(s_unsized, s_nodes, in_uiSize);
 }
 
 void BlockPool::deallocateUnsized(void* in_pBlock) noexcept {

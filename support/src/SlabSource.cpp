@@ -15,15 +15,17 @@ namespace {
 
 constexpr std::size_t ChunkSize = std::size_t(1) << 21;
 
-/// Slabs that are taken from the heap: a megabyte.
-constexpr std::size_t MaxAlone = 64;
+/// Slabs that a source takes from the heap: half a megabyte.
+constexpr std::size_t MaxAlone = 32;
 
 struct FreeSlab {
     FreeSlab* m_pNext;
 };
 
+} // namespace
+
 /// Stands in the place of a chunk's first slab.
-struct Chunk {
+struct SlabSource::Chunk {
     static constexpr std::size_t SlabCount = ChunkSize / SlabSource::Alignment - 1;
 
     bool isFull() const noexcept { return m_uiTaken == SlabCount; }
@@ -52,7 +54,7 @@ struct Chunk {
     Chunk* m_pPrevious = nullptr;
 };
 
-Chunk* newChunk() noexcept {
+SlabSource::Chunk* SlabSource::newChunk() noexcept {
     void* const pMemory = std::aligned_alloc(ChunkSize, ChunkSize);
     if (pMemory == nullptr) {
         return nullptr;
@@ -64,37 +66,32 @@ Chunk* newChunk() noexcept {
     return ::new (pMemory) Chunk;
 }
 
-// Constant-initialised and never destroyed: static initialisers and destructors allocate.
-std::atomic_flag s_flag = ATOMIC_FLAG_INIT;
-std::size_t s_uiAlone = 0;
-Chunk* s_pFirst = nullptr;
-
-void link(Chunk& inout_chunk) noexcept {
+void SlabSource::link(Chunk& inout_chunk) noexcept {
     inout_chunk.m_pPrevious = nullptr;
-    inout_chunk.m_pNext = s_pFirst;
-    if (s_pFirst != nullptr) {
-        s_pFirst->m_pPrevious = &inout_chunk;
+    inout_chunk.m_pNext = m_pFirst;
+    if (m_pFirst != nullptr) {
+        m_pFirst->m_pPrevious = &inout_chunk;
     }
-    s_pFirst = &inout_chunk;
+    m_pFirst = &inout_chunk;
 }
 
-void unlink(Chunk& inout_chunk) noexcept {
-    (inout_chunk.m_pPrevious == nullptr ? s_pFirst : inout_chunk.m_pPrevious->m_pNext) =
+void SlabSource::unlink(Chunk& inout_chunk) noexcept {
+    (inout_chunk.m_pPrevious == nullptr ? m_pFirst : inout_chunk.m_pPrevious->m_pNext) =
         inout_chunk.m_pNext;
     if (inout_chunk.m_pNext != nullptr) {
         inout_chunk.m_pNext->m_pPrevious = inout_chunk.m_pPrevious;
     }
 }
 
-void* takeFromChunk() noexcept {
-    if (s_pFirst == nullptr) {
+void* SlabSource::takeFromChunk() noexcept {
+    if (m_pFirst == nullptr) {
         Chunk* const pChunk = newChunk();
         if (pChunk == nullptr) {
             return nullptr;
         }
         link(*pChunk);
     }
-    Chunk& chunk = *s_pFirst;
+    Chunk& chunk = *m_pFirst;
     void* const pSlab = chunk.take();
     if (chunk.isFull()) {
         unlink(chunk);
@@ -103,7 +100,7 @@ void* takeFromChunk() noexcept {
 }
 
 /// The chunk, if it isn't needed any more.
-Chunk* giveToChunk(void* in_pSlab) noexcept {
+SlabSource::Chunk* SlabSource::giveToChunk(void* in_pSlab) noexcept {
     const auto uiOffset = reinterpret_cast<std::uintptr_t>(in_pSlab) % ChunkSize;
     auto& chunk = *reinterpret_cast<Chunk*>(static_cast<char*>(in_pSlab) - uiOffset);
     if (chunk.isFull()) {
@@ -117,24 +114,22 @@ Chunk* giveToChunk(void* in_pSlab) noexcept {
     return &chunk;
 }
 
-} // namespace
-
 SlabSource::Taken SlabSource::take() noexcept {
-    const SpinLock lock(s_flag);
-    if (s_uiAlone == MaxAlone) {
+    const SpinLock lock(m_flag);
+    if (m_uiAlone == MaxAlone) {
         return {takeFromChunk(), false};
     }
     void* const pSlab = std::aligned_alloc(Alignment, Size);
-    s_uiAlone += pSlab == nullptr ? 0 : 1;
+    m_uiAlone += pSlab == nullptr ? 0 : 1;
     return {pSlab, true};
 }
 
 void SlabSource::give(const Taken& in_Taken) noexcept {
     void* pFree = in_Taken.m_pSlab;
     {
-        const SpinLock lock(s_flag);
+        const SpinLock lock(m_flag);
         if (in_Taken.m_bAlone) {
-            --s_uiAlone;
+            --m_uiAlone;
         } else {
             pFree = giveToChunk(in_Taken.m_pSlab);
         }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 namespace Velmora {
 
-/// Where the pool of blocks gets its slabs: the memory that it cuts into blocks.
+/// Where the pool of blocks gets its slabs: the memory that it cuts into blocks. What lives long
+/// and what soon goes come from sources of their own, so that chunks get free.
 ///
 /// What a usual script needs is taken from the heap, slab by slab. What comes beyond is cut from
 /// chunks that the system is asked to back by one large page each: of a graph of fifty megabytes a
@@ -22,8 +24,22 @@ public:
         bool m_bAlone;
     };
 
-    static Taken take() noexcept;
-    static void give(const Taken& in_Taken) noexcept;
+    Taken take() noexcept;
+    void give(const Taken& in_Taken) noexcept;
+
+private:
+    struct Chunk;
+
+    void* takeFromChunk() noexcept;
+    Chunk* giveToChunk(void* in_pSlab) noexcept;
+    static Chunk* newChunk() noexcept;
+    void link(Chunk& inout_chunk) noexcept;
+    void unlink(Chunk& inout_chunk) noexcept;
+
+    std::atomic_flag m_flag = ATOMIC_FLAG_INIT;
+    std::size_t m_uiAlone = 0;
+    /// Those that aren't full.
+    Chunk* m_pFirst = nullptr;
 };
 
 } // namespace Velmora
