@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <new>
 
 #include "SlabSource.h"
-#include "SpinLock.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define VELMORA_PLAIN_BLOCKS
@@ -103,7 +103,7 @@ struct alignas(Step) Slab {
 class SizeClass {
 public:
     void* take(SlabSource& inout_source, std::size_t in_uiBlockSize) noexcept {
-        const SpinLock lock(m_flag);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (m_pFirst == nullptr) {
             const SlabSource::Taken taken = inout_source.take();
             if (taken.m_pSlab == nullptr) {
@@ -129,7 +129,7 @@ private:
     /// True if the slab isn't needed any more. The last one stays, so that a block that comes and
     /// goes doesn't take a slab along each time.
     bool giveTo(Slab& inout_slab, void* in_pBlock) noexcept {
-        const SpinLock lock(m_flag);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (inout_slab.isFull()) {
             link(inout_slab);
         }
@@ -158,7 +158,7 @@ private:
         }
     }
 
-    std::atomic_flag m_flag = ATOMIC_FLAG_INIT;
+    std::mutex m_mutex;
     Slab* m_pFirst = nullptr;
 };
 

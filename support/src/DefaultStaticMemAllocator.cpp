@@ -1,7 +1,6 @@
 #include <velmora/DefaultStaticMemAllocator.h>
 
 #include "AccountTable.h"
-
 #include "BlockPool.h"
 
 namespace Velmora {

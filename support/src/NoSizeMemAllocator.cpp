@@ -1,7 +1,6 @@
 #include <velmora/NoSizeMemAllocator.h>
 
 #include "AccountTable.h"
-
 #include "BlockPool.h"
 
 namespace Velmora {

@@ -1,13 +1,10 @@
 #include "SlabSource.h"
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
 
 #include <sys/mman.h>
-
-#include "SpinLock.h"
 
 namespace Velmora {
 
@@ -115,7 +112,7 @@ SlabSource::Chunk* SlabSource::giveToChunk(void* in_pSlab) noexcept {
 }
 
 SlabSource::Taken SlabSource::take() noexcept {
-    const SpinLock lock(m_flag);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_uiAlone == MaxAlone) {
         return {takeFromChunk(), false};
     }
@@ -127,7 +124,7 @@ SlabSource::Taken SlabSource::take() noexcept {
 void SlabSource::give(const Taken& in_Taken) noexcept {
     void* pFree = in_Taken.m_pSlab;
     {
-        const SpinLock lock(m_flag);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (in_Taken.m_bAlone) {
             --m_uiAlone;
         } else {

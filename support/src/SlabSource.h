@@ -1,7 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
+#include <mutex>
 
 namespace Velmora {
 
@@ -36,7 +36,7 @@ private:
     void link(Chunk& inout_chunk) noexcept;
     void unlink(Chunk& inout_chunk) noexcept;
 
-    std::atomic_flag m_flag = ATOMIC_FLAG_INIT;
+    std::mutex m_mutex;
     std::size_t m_uiAlone = 0;
     /// Those that aren't full.
     Chunk* m_pFirst = nullptr;

@@ -296,6 +296,8 @@ bool Evaluator::reconfigureExpressions() const {
         VELMORA_LOG_DEBUG(getLogger(), "reconfiguring expression: " << iteEntry->first);
         // What a copy had no memory for.
         if (iteEntry->second.isNull()) {
+            VELMORA_LOG_ERROR(getLogger(), "can't reconfigure expression: "
+                                               << iteEntry->first << ", which couldn't be copied");
             return false;
         }
         auto* const pRoot = dynamic_cast<ExpressionBaseImpl*>(iteEntry->second.get());

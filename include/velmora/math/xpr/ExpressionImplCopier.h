@@ -42,9 +42,9 @@ public:
     bool registerParameter(const ParameterImpl& in_Source, const Handle<ParameterImpl>& in_pCopy);
 
 private:
-    /// Two maps, since expressions and parameters are numbered independently.
     /// Entries come by the thousand and go together.
     std::pmr::monotonic_buffer_resource m_Memory;
+    /// Two maps, since expressions and parameters are numbered independently.
     std::pmr::unordered_map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
     std::pmr::unordered_map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
 };
