@@ -81,6 +81,7 @@ void Output::openBeside(const std::string& in_strTarget, unsigned in_uiMode) {
     // The name is cut so that the temporary one isn't longer than a name may be.
     std::string strTemporary = in_strTarget.substr(0, uiName) + "." +
                                in_strTarget.substr(uiName, NAME_MAX - 16) + ".XXXXXX";
+    const TemporaryFile::Pause pause;
     m_iFile = mkostemp(strTemporary.data(), O_CLOEXEC);
     if (m_iFile < 0) {
         throw failToOpen(m_strPath, errno);

@@ -25,6 +25,19 @@ void removeAndGo(int in_iSignal) {
 
 } // namespace
 
+TemporaryFile::Pause::Pause() : m_Former() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int iSignal : SIGNALS) {
+        sigaddset(&signals, iSignal);
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, &m_Former);
+}
+
+TemporaryFile::Pause::~Pause() {
+    pthread_sigmask(SIG_SETMASK, &m_Former, nullptr);
+}
+
 void TemporaryFile::watch(const std::string& in_strPath) {
     if (in_strPath.size() >= sizeof g_szPath) {
         return;
