@@ -61,8 +61,14 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     attribute double min##name(const double* in_pFirst, const double* in_pLast) {                  \
         return extremes(in_pFirst, in_pLast).smallest;                                             \
     }                                                                                              \
-    constexpr Kernels name##Kernels{add##name, subtract##name,     multiply##name, divide##name,   \
-                                    sum##name, sumOfSquares##name, max##name,      min##name};
+    attribute Correlation correlate##name(const double* in_pFirst, std::size_t in_uiCount,         \
+                                          const double* in_pCosine, const double* in_pSine) {      \
+        return correlate(in_pFirst, in_uiCount, in_pCosine, in_pSine,                              \
+                         [](double value) { return value; });                                      \
+    }                                                                                              \
+    constexpr Kernels name##Kernels{add##name,    subtract##name, multiply##name,                  \
+                                    divide##name, sum##name,      sumOfSquares##name,              \
+                                    max##name,    min##name,      correlate##name};
 
 // NOLINTEND(bugprone-macro-parentheses)
 

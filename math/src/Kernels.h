@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "Correlation.h"
+
 namespace Velmora::Math {
 
 /// The loops over vectors that a frame consists of, in the form that suits the processor.
@@ -14,6 +16,8 @@ struct Kernels {
     using OfOne = void (*)(const double* in_pA, double in_dB, double* out_pResult,
                            std::size_t in_uiCount);
     using OfAll = double (*)(const double* in_pFirst, const double* in_pLast);
+    using OfWave = Correlation (*)(const double* in_pFirst, std::size_t in_uiCount,
+                                   const double* in_pCosine, const double* in_pSine);
 
     OfTwo m_Add;
     OfTwo m_Subtract;
@@ -23,6 +27,7 @@ struct Kernels {
     OfAll m_SumOfSquares;
     OfAll m_Max;
     OfAll m_Min;
+    OfWave m_Correlate;
 };
 
 /// The best form for this processor, once the library is loaded.

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "Correlation.h"
+#include "Kernels.h"
 #include "Sinusoid.h"
 #include "Summation.h"
 
@@ -18,60 +20,6 @@ constexpr double largestEnergy = 1e300;
 // Powers of two that bring the energy of any other finite frame between them.
 constexpr double scaleUp = 0x1p800;
 constexpr double scaleDown = 0x1p-600;
-
-/// The inner products of a frame with the cosine, the sine and itself.
-struct Products {
-    double cosine = 0.0;
-    double sine = 0.0;
-    double energy = 0.0;
-};
-
-/// Cosine and sine are symmetric about the middle of the frame, so that the sums and the
-/// differences of the samples at equal distance from it are multiplied only once. The lanes are
-/// independent sums in fixed order, whatever registers a compiler uses for them.
-template <class Scale>
-Products productsOf(const double* in_pFirst, std::size_t in_uiCount, const double* in_pCosine,
-                    const double* in_pSine, Scale in_scale) {
-    constexpr std::size_t lanes = 8;
-    double cosine[lanes] = {};
-    double sine[lanes] = {};
-    double energy[lanes] = {};
-
-    const std::size_t pairs = in_uiCount / 2;
-    const double* const behind = in_pFirst + (in_uiCount - pairs);
-    const double* const before = in_pFirst + pairs;
-    const auto add = [&](std::size_t i, std::size_t lane) {
-        const double right = in_scale(behind[i]);
-        const double left = in_scale(*(before - 1 - i));
-        cosine[lane] += (right + left) * in_pCosine[i];
-        sine[lane] += (right - left) * in_pSine[i];
-        energy[lane] += right * right + left * left;
-    };
-    std::size_t row = 0;
-    for (; row + lanes <= pairs; row += lanes) {
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            add(row + lane, lane);
-        }
-    }
-    for (std::size_t lane = 0; row + lane < pairs; ++lane) {
-        add(row + lane, lane);
-    }
-    for (std::size_t width = lanes / 2; width != 0; width /= 2) {
-        for (std::size_t lane = 0; lane < width; ++lane) {
-            cosine[lane] += cosine[lane + width];
-            sine[lane] += sine[lane + width];
-            energy[lane] += energy[lane + width];
-        }
-    }
-
-    Products result{cosine[0], sine[0], energy[0]};
-    if (in_uiCount % 2 != 0) {
-        const double middle = in_scale(*before);
-        result.cosine += middle;
-        result.energy += middle * middle;
-    }
-    return result;
-}
 
 double reciprocalNorm(double in_dSquaredNorm) {
     return in_dSquaredNorm > 0.0 ? 1.0 / std::sqrt(in_dSquaredNorm) : 0.0;
@@ -108,12 +56,13 @@ bool SinusCorrelator::compute(const double* const& in_pFirst, const double* cons
         prepare_i(count);
     }
     const Basis& basis = m_bases[count % 2];
+    const double* const cosines = basis.m_vCosine.begin();
+    const double* const sines = basis.m_vSine.begin();
     const auto productsScaledBy = [&](auto in_scale) {
-        return productsOf(in_pFirst, count, basis.m_vCosine.begin(), basis.m_vSine.begin(),
-                          in_scale);
+        return correlate(in_pFirst, count, cosines, sines, in_scale);
     };
 
-    Products products = productsScaledBy([](double value) { return value; });
+    Correlation products = kernels().m_Correlate(in_pFirst, count, cosines, sines);
     if (products.energy < smallestEnergy) {
         products = productsScaledBy([](double value) { return value * scaleUp; });
     } else if (products.energy > largestEnergy) {

@@ -99,7 +99,11 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
             return bSuccess;
         }
     }
-    if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {
+    const auto evaluateLong = [this] {
+        const SealedPlan::LongWay longWay(*m_pPlan);
+        return DeepCall::run([this] { return evaluate_i(m_pValue); });
+    };
+    if (!evaluateLong()) {
         m_pPlan->noteFailure();
         return false;
     }

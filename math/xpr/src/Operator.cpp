@@ -185,7 +185,11 @@ bool OperatorConcatenate::calculate(std::vector<Handle<ExpressionBaseImpl>>& ino
                                                 << MaxConcatenation);
             return false;
         }
-        out.insert(out.end(), pValue->begin(), pValue->end());
+        if (pValue->size() == 1) {
+            out.push_back(*pValue->begin());
+        } else {
+            out.insert(out.end(), pValue->begin(), pValue->end());
+        }
     }
     return true;
 }

@@ -7,8 +7,13 @@
 
 #include "Ahead.h"
 #include "SealedPlanBuilder.h"
+#include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
+
+SealedPlan::SealedPlan() = default;
+
+SealedPlan::~SealedPlan() = default;
 
 void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
     const auto pPlan = std::make_shared<SealedPlan>();
@@ -32,7 +37,7 @@ void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
         }
     }
     pPlan->m_bIntact = pPlan->isIntact();
-    std::for_each(pPlan->m_vSteps.begin(), pPlan->m_vSteps.end(), look);
+    pPlan->lookAtAll();
 }
 
 bool SealedPlan::areInputsValid(Index in_uiNode) const {
@@ -52,21 +57,36 @@ bool SealedPlan::isIntact() const {
 
 void SealedPlan::noteLongWay(Index in_uiNode) {
     look(m_vSteps[in_uiNode]);
+    // As long as readers are still to be computed, one of them may yet become valid above a node
+    // that has failed.
+    if (m_bIntact || !m_bUsable || m_uiLongWays != 0) {
+        return;
+    }
     // The look at all takes as long as the list; it is spread over as many frames.
     constexpr std::size_t NodesPerFrame = 16;
-    if (!m_bIntact && m_bUsable && ++m_uiLongWays % (1 + m_vSteps.size() / NodesPerFrame) == 0 &&
-        isIntact()) {
+    if (++m_uiPastLongWays % (1 + m_vSteps.size() / NodesPerFrame) == 0 && isIntact()) {
         m_bIntact = true;
-        std::for_each(m_vSteps.begin(), m_vSteps.end(), look);
+        lookAtAll();
     }
+}
+
+void SealedPlan::lookAtAll() {
+    std::for_each(m_vSteps.begin(), m_vSteps.end(), [this](Step& inout_Step) { look(inout_Step); });
 }
 
 void SealedPlan::look(Step& inout_Step) {
     if (inout_Step.m_pNode != nullptr) {
         inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
-        inout_Step.m_pScalar = nullptr;
+        setScalar(inout_Step, nullptr);
         inout_Step.m_bAhead = false;
         noteConstant(inout_Step);
+    }
+}
+
+void SealedPlan::setScalar(Step& inout_Step, double* in_pScalar) {
+    if (inout_Step.m_pScalar != in_pScalar) {
+        inout_Step.m_pScalar = in_pScalar;
+        ++m_uiScalarChanges;
     }
 }
 
@@ -74,7 +94,7 @@ void SealedPlan::look(Step& inout_Step) {
 void SealedPlan::noteConstant(Step& inout_Step) {
     if (inout_Step.m_eKind == Kind::Constant && inout_Step.m_pVector != nullptr &&
         inout_Step.m_pVector->size() == 1) {
-        inout_Step.m_pScalar = const_cast<double*>(inout_Step.m_pVector->begin());
+        setScalar(inout_Step, const_cast<double*>(inout_Step.m_pVector->begin()));
     }
 }
 
@@ -97,21 +117,18 @@ bool SealedPlan::computeVectors(Step& inout_Step) {
     const Step& first = m_vSteps[inout_Step.m_uiFirst];
     const Step& second = m_vSteps[inout_Step.m_uiSecond];
     auto& op = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode);
-    inout_Step.m_pScalar = nullptr;
     if (first.m_pVector == nullptr || second.m_pVector == nullptr) {
+        setScalar(inout_Step, nullptr);
         return op.reportNoValue();
     }
     inout_Step.m_bAhead = true;
     inout_Step.m_pNode->m_pValue = &op.m_Result;
     inout_Step.m_pVector = &op.m_Result;
-    if (!computeKnown(inout_Step.m_eKind, *first.m_pVector, *second.m_pVector, op.m_Result) &&
-        !op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result)) {
-        return false;
-    }
-    if (op.m_Result.size() == 1) {
-        inout_Step.m_pScalar = op.m_Result.begin();
-    }
-    return true;
+    const bool bComputed =
+        computeKnown(inout_Step.m_eKind, *first.m_pVector, *second.m_pVector, op.m_Result) ||
+        op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result);
+    setScalar(inout_Step, bComputed && op.m_Result.size() == 1 ? op.m_Result.begin() : nullptr);
+    return bComputed;
 }
 
 /// What the operator would do with sides that it doesn't complain of. False for others.
@@ -235,14 +252,11 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     bool bIsNear = false;
     Index uiFailed = computeNear(in_uiNode, bIsNear);
     if (!bIsNear) {
-        const NodeSet* const pNeeds = findNeeds(in_uiNode);
+        Needs* const pNeeds = findNeeds(in_uiNode);
         if (pNeeds == nullptr) {
             return false;
         }
-        uiFailed = pNeeds->m_bInOrder ? computeInListOrder(*pNeeds) : computeInOwnOrder(*pNeeds);
-        if (uiFailed != PassedOver && pNeeds->m_bInOrder) {
-            takeBack(*pNeeds, uiFailed);
-        }
+        uiFailed = computeNeeds(*pNeeds);
     }
     out_bSuccess = uiFailed == PassedOver;
     if (!out_bSuccess) {
@@ -296,11 +310,64 @@ SealedPlan::Index SealedPlan::findInvalidInput(Index in_uiNode, std::size_t& out
 }
 
 /// Computes what isn't valid; returns the same.
-SealedPlan::Index SealedPlan::computeInListOrder(const NodeSet& in_Needs) {
-    Flags* pBefore = m_vBefore.data();
-    for (const Word& word : in_Needs.m_vWords) {
-        *pBefore = m_vValid[word.m_uiPlace];
-        for (Flags flags = word.m_Flags & ~*pBefore; flags != 0; flags &= flags - 1) {
+SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
+    const ScalarProgram* const pProgram = inout_Needs.findProgram(*this);
+    Index uiFailed = PassedOver;
+    bool bComputed = false;
+    if (pProgram != nullptr && pProgram->isUsable()) {
+        bComputed = pProgram->run(*this, inout_Needs, uiFailed);
+    } else {
+        remember(inout_Needs.m_Set);
+    }
+    if (!bComputed) {
+        uiFailed = inout_Needs.m_bInOrder ? computeInListOrder(inout_Needs)
+                                          : computeInOwnOrder(inout_Needs);
+        if (uiFailed == PassedOver && pProgram == nullptr && inout_Needs.m_bRoom) {
+            makeProgram(inout_Needs);
+        }
+    }
+    if (uiFailed != PassedOver) {
+        takeBack(inout_Needs, uiFailed);
+    }
+    return uiFailed;
+}
+
+/// A program is worth its making once two evaluations in a row were alike.
+void SealedPlan::makeProgram(Needs& inout_Needs) {
+    Flags pattern = m_uiScalarChanges;
+    for (const Word& word : inout_Needs.m_Set.m_vWords) {
+        constexpr Flags Spread = 0x9e3779b97f4a7c15;
+        pattern = (pattern ^ (m_vBefore[word.m_uiPlace] & word.m_Flags)) * Spread;
+    }
+    if (pattern != inout_Needs.m_Pattern) {
+        inout_Needs.m_Pattern = pattern;
+        return;
+    }
+    inout_Needs.m_Programs[inout_Needs.m_uiNext].make(*this, inout_Needs);
+    inout_Needs.m_uiNext = (inout_Needs.m_uiNext + 1) % inout_Needs.m_Programs.size();
+}
+
+/// Every node has to be an input, a constant, or an operator.
+bool SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
+    const std::size_t uiCount = inout_Needs.m_vOrder.size();
+    const bool bRoom =
+        uiCount <= m_uiProgramRoom &&
+        std::all_of(inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(),
+                    [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind != Kind::Other; });
+    if (bRoom) {
+        m_uiProgramRoom -= uiCount;
+        m_vSources.resize(m_vSteps.size());
+        for (ScalarProgram& program : inout_Needs.m_Programs) {
+            program.reserve(*this, inout_Needs);
+        }
+    }
+    return bRoom;
+}
+
+SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
+    for (const Word& word : in_Needs.m_Set.m_vWords) {
+        for (Flags flags = word.m_Flags & ~m_vValid[word.m_uiPlace]; flags != 0;
+             flags &= flags - 1) {
             const auto uiNode =
                 static_cast<Index>(word.m_uiPlace * FlagsPerWord +
                                    static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
@@ -308,38 +375,30 @@ SealedPlan::Index SealedPlan::computeInListOrder(const NodeSet& in_Needs) {
                 return uiNode;
             }
         }
-        ++pBefore;
     }
     return PassedOver;
 }
 
 /// The same for a node to which the list, made from other roots, isn't in the recursion's order.
-SealedPlan::Index SealedPlan::computeInOwnOrder(const NodeSet& in_Needs) {
+SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
     const auto ite =
         std::find_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
                      [this](Index in_uiNode) { return !isValid(in_uiNode) && !step(in_uiNode); });
     return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
 }
 
+void SealedPlan::remember(const NodeSet& in_Set) {
+    for (const Word& word : in_Set.m_vWords) {
+        m_vBefore[word.m_uiPlace] = m_vValid[word.m_uiPlace];
+    }
+}
+
 /// Inputs and variables were computed ahead of their turn, where nobody sees it. The recursion
 /// stops where a node fails, and wouldn't have come to some of them.
-void SealedPlan::takeBack(const NodeSet& in_Needs, Index in_uiFailed) {
-    // Behind the word of the node that failed nothing was computed.
-    const std::size_t uiLastPlace = in_uiFailed / FlagsPerWord;
+void SealedPlan::takeBack(const Needs& in_Needs, Index in_uiFailed) {
     auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiFailed);
     for (; ite != in_Needs.m_vOrder.end(); ++ite) {
-        const std::size_t uiPlace = *ite / FlagsPerWord;
-        if (uiPlace > uiLastPlace) {
-            continue;
-        }
-        const auto iteWord =
-            std::lower_bound(in_Needs.m_vWords.begin(), in_Needs.m_vWords.end(), uiPlace,
-                             [](const Word& in_Word, std::size_t in_uiPlace) {
-                                 return in_Word.m_uiPlace < in_uiPlace;
-                             });
-        const Flags before =
-            m_vBefore[static_cast<std::size_t>(iteWord - in_Needs.m_vWords.begin())];
-        if ((before >> (*ite % FlagsPerWord * 8) & 1) == 0) {
+        if (!wasValid(*ite)) {
             *flagOf(*ite) = 0;
         }
     }
@@ -393,20 +452,22 @@ bool SealedPlan::isSilent(Index in_uiNode) const {
     return eKind == Kind::Constant || eKind == Kind::Input || eKind == Kind::Forward;
 }
 
-const SealedPlan::NodeSet* SealedPlan::findNeeds(Index in_uiNode) {
-    std::unique_ptr<NodeSet>& pNeeds = m_vNeeds[in_uiNode];
+SealedPlan::Needs* SealedPlan::findNeeds(Index in_uiNode) {
+    std::unique_ptr<Needs>& pNeeds = m_vNeeds[in_uiNode];
     // Listing costs as much time as memory: it ends when the room does.
     if (pNeeds == nullptr && m_uiNeedsRoom != 0) {
         std::vector<Index> vNeeds = listNeeds(in_uiNode);
-        pNeeds = std::make_unique<NodeSet>(Builder::makeSet(vNeeds));
+        pNeeds = std::make_unique<Needs>();
+        pNeeds->m_Set = Builder::makeSet(vNeeds);
         // The recursion from here may come to the nodes in another order than the list has. It
         // shows in those that log or fail.
         std::vector<Index> vShown;
         std::copy_if(vNeeds.begin(), vNeeds.end(), std::back_inserter(vShown),
                      [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
         pNeeds->m_bInOrder = std::is_sorted(vShown.begin(), vShown.end());
-        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, vNeeds.size());
         pNeeds->m_vOrder = std::move(vNeeds);
+        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vOrder.size());
+        pNeeds->m_bRoom = makeRoomForPrograms(*pNeeds);
         m_vBefore.resize(m_vValid.size());
     }
     return pNeeds.get();

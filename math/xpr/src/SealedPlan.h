@@ -32,6 +32,11 @@ public:
     using Nodes = std::vector<ExpressionBaseImpl*>;
     using Index = std::uint32_t;
 
+    SealedPlan();
+    ~SealedPlan();
+    SealedPlan(const SealedPlan&) = delete;
+    SealedPlan& operator=(const SealedPlan&) = delete;
+
     /// The index of a node that the plan passes over: an argument that operators read past.
     static constexpr Index PassedOver = UINT32_MAX;
 
@@ -69,6 +74,18 @@ public:
 
     /// The node is dying. Nothing that lives needs it.
     void noteDeath(Index in_uiNode) { m_vSteps[in_uiNode].m_pNode = nullptr; }
+
+    /// Goes on as long as the long way computes a node.
+    class LongWay {
+    public:
+        explicit LongWay(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiLongWays; }
+        ~LongWay() { --m_Plan.m_uiLongWays; }
+        LongWay(const LongWay&) = delete;
+        LongWay& operator=(const LongWay&) = delete;
+
+    private:
+        SealedPlan& m_Plan;
+    };
 
     /// The long way has computed this node. Looks, now and then, whether all is well again.
     void noteLongWay(Index in_uiNode);
@@ -133,13 +150,11 @@ private:
         /// are taken out: many words are cleared at once.
         std::vector<Flags> m_vOthers;
         std::size_t m_uiFirstPlace = 0;
-        /// For what a node needs: the order in which the recursion comes to it.
-        std::vector<Index> m_vOrder;
-        /// Is that the order of the list, as far as anybody can see?
-        bool m_bInOrder = false;
     };
 
     class Builder;
+    class ScalarProgram;
+    struct Needs;
 
     bool compute(Step& inout_Step);
     bool computeScalar(Step& inout_Step) const;
@@ -147,25 +162,38 @@ private:
     bool computeVectors(Step& inout_Step);
     static bool computeKnown(Kind in_eKind, const DoubleVector& in_Left,
                              const DoubleVector& in_Right, DoubleVector& out);
-    static void look(Step& inout_Step);
+    void lookAtAll();
+    void look(Step& inout_Step);
     static const double* findScalar(const Step& in_Step);
-    static void noteConstant(Step& inout_Step);
+    void setScalar(Step& inout_Step, double* in_pScalar);
+    void noteConstant(Step& inout_Step);
     void leave();
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     Index findInvalidInput(Index in_uiNode, std::size_t& out_uiCount) const;
-    Index computeInListOrder(const NodeSet& in_Needs);
-    Index computeInOwnOrder(const NodeSet& in_Needs);
-    void takeBack(const NodeSet& in_Needs, Index in_uiFailed);
+    Index computeNeeds(Needs& inout_Needs);
+    void makeProgram(Needs& inout_Needs);
+    bool makeRoomForPrograms(Needs& inout_Needs);
+    Index computeInListOrder(const Needs& in_Needs);
+    Index computeInOwnOrder(const Needs& in_Needs);
+    void remember(const NodeSet& in_Set);
+    void takeBack(const Needs& in_Needs, Index in_uiFailed);
     bool step(Index in_uiNode);
     bool areInputsValid(Index in_uiNode) const;
     bool isIntact() const;
     bool isSilent(Index in_uiNode) const;
-    const NodeSet* findNeeds(Index in_uiNode);
+    Needs* findNeeds(Index in_uiNode);
     std::vector<Index> listNeeds(Index in_uiNode) const;
 
     bool isValid(Index in_uiNode) const {
         return reinterpret_cast<const std::uint8_t*>(m_vValid.data())[in_uiNode] != 0;
     }
+
+    /// Was the node valid when the flags were last remembered?
+    bool wasValid(Index in_uiNode) const {
+        return reinterpret_cast<const std::uint8_t*>(m_vBefore.data())[in_uiNode] != 0;
+    }
+
+    static bool isOperator(Kind in_eKind) { return in_eKind < Kind::Forward; }
 
     std::vector<Step> m_vSteps;
     std::vector<Flags> m_vValid;
@@ -175,11 +203,18 @@ private:
     /// For an input of the graph, what reads it.
     std::vector<std::unique_ptr<NodeSet>> m_vReaders;
     /// For a node that was asked for, what it needs.
-    std::vector<std::unique_ptr<NodeSet>> m_vNeeds;
-    /// Nodes that the sets of needs may still list.
+    std::vector<std::unique_ptr<Needs>> m_vNeeds;
+    /// Nodes that the sets of needs, and their programs, may still list.
     std::size_t m_uiNeedsRoom = 0;
+    std::size_t m_uiProgramRoom = 0;
+    /// How often a step became a scalar, or ceased to be one, or has its element elsewhere.
+    std::size_t m_uiScalarChanges = 1;
+    /// Where a program that is being put together finds the element of each node.
+    std::vector<const double*> m_vSources;
+    /// Long ways that go on, one within the other, and those that are over.
     std::size_t m_uiLongWays = 0;
-    /// The flags of the words that the running evaluation came to, as they were before.
+    std::size_t m_uiPastLongWays = 0;
+    /// The flags of what the running evaluation needs, as they were before.
     std::vector<Flags> m_vBefore;
     Index m_uiFailed = PassedOver;
     bool m_bUsable = true;

@@ -14,6 +14,8 @@
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "SealedPlanNeeds.h"
+
 namespace Velmora::Math::Xpr {
 
 namespace {
@@ -35,6 +37,7 @@ void SealedPlan::Builder::build(const Nodes& in_vRoots) {
     m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
     m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
     m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vSteps.size() + 1024;
+    m_Plan.m_uiProgramRoom = 4 * m_Plan.m_vSteps.size() + 1024;
 }
 
 SealedPlan::Index SealedPlan::Builder::find(const ExpressionBaseImpl& in_Node) const {

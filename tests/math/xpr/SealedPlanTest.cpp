@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <unordered_set>
 
 #include <velmora/math/xpr/OperatorIf.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "math/xpr/OptimizerGraphs.h"
+#include "math/xpr/PlanTwins.h"
 #include "math/xpr/RandomScript.h"
 #include "math/xpr/ScriptRun.h"
 #include "support/GraphTest.h"
@@ -28,129 +28,63 @@ constexpr std::uint64_t SeedCount = 50;
 constexpr std::uint64_t SeedCount = 1000;
 #endif
 
-using Node = Handle<ExpressionBaseImpl>;
-using Nodes = std::vector<Node>;
+using Node = PlanTwins::Node;
 
-/// Every node below the features, in an order that is the same for graphs of the same shape.
-Nodes listNodes(ScriptRun& inout_Run, const std::vector<std::string>& in_vFeatures) {
-    Nodes vNodes;
-    for (const std::string& strName : in_vFeatures) {
-        vNodes.push_back(Node(inout_Run.getEvaluator().getExpression(("s." + strName).c_str())));
-    }
-    std::unordered_set<const ExpressionBaseImpl*> seen;
-    Nodes vAll;
-    for (std::size_t ui = 0; ui != vNodes.size(); ++ui) {
-        const Node pNode = vNodes[ui];
-        if (seen.insert(pNode.get()).second) {
-            vAll.push_back(pNode);
-            vNodes.insert(vNodes.end(), pNode->getChildBegin(), pNode->getChildEnd());
-        }
-    }
-    return vAll;
-}
-
-/// Makes the plans of graphs unusable, as a change of their links would.
-class LinkChange : public ExpressionBaseImpl {
+/// Something drawn at random, done to both graphs of a script.
+class RandomSteps {
 public:
-    static void tell(const ExpressionBaseImpl& in_Node) { (in_Node.*(&LinkChange::noteChange))(); }
-};
-
-void takeThePlanAway(const Nodes& in_vNodes) {
-    for (const Node& pNode : in_vNodes) {
-        LinkChange::tell(*pNode);
-    }
-}
-
-std::string describe(const Nodes& in_vNodes) {
-    std::string strFlags;
-    for (const Node& pNode : in_vNodes) {
-        strFlags += pNode->isValid() ? '1' : '0';
-    }
-    return strFlags;
-}
-
-/// Two graphs of one shape, the same done to both.
-class Twins {
-public:
-    Twins(const RandomScript& in_Script, std::uint64_t in_uiSeed)
+    RandomSteps(const RandomScript& in_Script, std::uint64_t in_uiSeed)
         : m_Random(in_uiSeed),
-          m_Planned(RandomScript::join(in_Script.getLines()), in_Script.getFeatures(), true),
-          m_pWalked(m_Planned.clone()),
-          m_vPlanned(listNodes(m_Planned, in_Script.getFeatures())),
-          m_vWalked(listNodes(*m_pWalked, in_Script.getFeatures())) {
-        takeThePlanAway(m_vWalked);
+          m_Twins(RandomScript::join(in_Script.getLines()), in_Script.getFeatures()) {
         for (std::size_t uiFrame = 0; uiFrame != 6; ++uiFrame) {
             m_vFrames.push_back(ScriptRun::makeInputs(uiFrame));
         }
     }
 
-    bool haveSameShape() const { return m_vPlanned.size() == m_vWalked.size(); }
+    bool haveSameShape() const { return m_Twins.haveSameShape(); }
 
-    /// Does something to both. What differs then, or an empty text.
+    /// What differs then, or an empty text.
     std::string step() {
-        const std::size_t uiNode = m_Random() % m_vPlanned.size();
+        const std::size_t uiNode = m_Random() % m_Twins.getNodeCount();
         const std::size_t uiInput = m_Random() % 3;
         const std::size_t uiFrame = m_Random() % m_vFrames.size();
         const std::size_t uiAction = m_Random() % 10;
-        const std::string strPlanned =
-            act(m_Planned, m_vPlanned, uiAction, uiNode, uiInput, uiFrame);
-        const std::string strWalked =
-            act(*m_pWalked, m_vWalked, uiAction, uiNode, uiInput, uiFrame);
-        if (strPlanned == strWalked) {
-            return std::string();
-        }
-        return "action " + std::to_string(uiAction) + " on node " + std::to_string(uiNode) +
-               "\nplanned: " + strPlanned + "\nwalked:  " + strWalked;
+        const std::string strDifference =
+            m_Twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
+                ExpressionBaseImpl& node = *in_vNodes[uiNode];
+                if (uiAction < 4) {
+                    const std::string strName = "s." + ScriptRun::getInputNames()[uiInput];
+                    inout_Run.getEvaluator()
+                        .getVariable(strName.c_str())
+                        ->setValue(m_vFrames[uiFrame][uiInput]);
+                } else if (uiAction < 7) {
+                    // A feature, as a host would.
+                    return PlanTwins::evaluate(*in_vNodes[uiNode % 3 % in_vNodes.size()]);
+                } else if (uiAction < 9) {
+                    return PlanTwins::evaluate(node);
+                } else {
+                    node.invalidate();
+                }
+                return std::string();
+            });
+        return strDifference.empty() ? strDifference
+                                     : "action " + std::to_string(uiAction) + " on node " +
+                                           std::to_string(uiNode) + strDifference;
     }
 
 private:
-    std::string act(ScriptRun& inout_Run, const Nodes& in_vNodes, std::size_t in_uiAction,
-                    std::size_t in_uiNode, std::size_t in_uiInput, std::size_t in_uiFrame) {
-        const LogCapture log("", log4cplus::ERROR_LOG_LEVEL);
-        std::string strResult;
-        ExpressionBaseImpl& node = *in_vNodes[in_uiNode];
-        if (in_uiAction < 4) {
-            const std::string strName = "s." + ScriptRun::getInputNames()[in_uiInput];
-            inout_Run.getEvaluator()
-                .getVariable(strName.c_str())
-                ->setValue(m_vFrames[in_uiFrame][in_uiInput]);
-        } else if (in_uiAction < 7) {
-            // A feature, as a host would.
-            strResult = evaluate(*in_vNodes[in_uiNode % 3 % in_vNodes.size()]);
-        } else if (in_uiAction < 9) {
-            strResult = evaluate(node);
-        } else {
-            node.invalidate();
-        }
-        return strResult + ' ' + std::to_string(log.count(log4cplus::ERROR_LOG_LEVEL)) +
-               " errors, flags " + describe(in_vNodes);
-    }
-
-    static std::string evaluate(ExpressionBaseImpl& inout_Node) {
-        LimitedObjPtr<DoubleVector> pValue;
-        std::ostringstream stream;
-        stream << inout_Node.evaluate(pValue) << ' ';
-        if (!pValue.isNull()) {
-            stream << *pValue;
-        }
-        return stream.str();
-    }
-
     std::mt19937_64 m_Random;
-    ScriptRun m_Planned;
-    std::unique_ptr<ScriptRun> m_pWalked;
-    Nodes m_vPlanned;
-    Nodes m_vWalked;
+    PlanTwins m_Twins;
     std::vector<std::vector<DoubleVector>> m_vFrames;
 };
 
 void compareOverSeeds(RandomScript::Failures in_eFailures) {
     for (std::uint64_t uiSeed = 0; uiSeed != SeedCount; ++uiSeed) {
         const RandomScript script(uiSeed, in_eFailures);
-        Twins twins(script, uiSeed);
-        ASSERT_TRUE(twins.haveSameShape());
+        RandomSteps steps(script, uiSeed);
+        ASSERT_TRUE(steps.haveSameShape());
         for (std::size_t uiStep = 0; uiStep != 60; ++uiStep) {
-            ASSERT_EQ(twins.step(), "") << "seed " << uiSeed << ", step " << uiStep << '\n'
+            ASSERT_EQ(steps.step(), "") << "seed " << uiSeed << ", step " << uiStep << '\n'
                                         << RandomScript::join(script.getLines());
         }
     }
@@ -162,6 +96,38 @@ TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalk) {
 
 TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhereOperatorsFail) {
     compareOverSeeds(RandomScript::Failures::Some);
+}
+
+TEST(SealedPlanTest, ReaderOfAFailedNodeKeepsItsValueWhateverElseIsComputedBeforeIt) {
+    PlanTwins twins("inputvar a\ninputvar b\nr = 1 / a + b\n", {"r"});
+    const DoubleVector vZero{0.0}, vTwo{2.0}, vFour{4.0};
+    const auto set = [&](const char* in_szName, const DoubleVector& in_vValue) {
+        EXPECT_EQ(twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes&) {
+            inout_Run.getEvaluator().getVariable(in_szName)->setValue(in_vValue);
+            return std::string();
+        }),
+                  "");
+    };
+    const auto evaluate = [&] {
+        std::string strResult;
+        EXPECT_EQ(twins.doToBoth([&](ScriptRun&, const PlanTwins::Nodes& in_vNodes) {
+            return strResult = PlanTwins::evaluate(*in_vNodes.front());
+        }),
+                  "");
+        return strResult;
+    };
+    set("s.a", vTwo);
+    set("s.b", vTwo);
+    EXPECT_EQ(evaluate(), "1 [2.5]");
+    // The division fails, then the other input is computed, and at last the sum over both.
+    set("s.a", vZero);
+    set("s.b", vFour);
+    EXPECT_EQ(evaluate(), "1 [4.5]");
+    // What is new ends at the division, which wasn't valid.
+    set("s.a", vFour);
+    EXPECT_EQ(evaluate(), "1 [4.5]");
+    set("s.b", vTwo);
+    EXPECT_EQ(evaluate(), "1 [2.25]");
 }
 
 using Testing::bind;

@@ -23,6 +23,11 @@ public:
 protected:
     /// The vector of the argument; null if there is none of that name.
     const DoubleVector* findArgument(const ArgumentMap& in_ArgNameToDomain) const {
+        // Nearly always the argument is alone, and the map needn't be searched.
+        const auto iteFirst = in_ArgNameToDomain.begin();
+        if (iteFirst != in_ArgNameToDomain.end() && iteFirst->first == m_strArgumentName) {
+            return iteFirst->second.get();
+        }
         const auto iteArgument = in_ArgNameToDomain.find(m_strArgumentName);
         return iteArgument == in_ArgNameToDomain.end() ? nullptr : iteArgument->second.get();
     }

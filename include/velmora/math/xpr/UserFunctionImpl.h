@@ -133,7 +133,7 @@ private:
         auto iteArgument = m_vArguments.begin();
         for (auto& entry : m_mapArgNameToDomain) {
             if (!iteArgument->isNull()) {
-                static_cast<void>((*iteArgument)->evaluate(entry.second));
+                readValue(**iteArgument, entry.second);
             }
             ++iteArgument;
             bComplete = bComplete && !entry.second.isNull();

@@ -1,0 +1,173 @@
+#include "ScalarProgram.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "SealedPlanNeeds.h"
+
+namespace Velmora::Math::Xpr {
+
+void SealedPlan::ScalarProgram::reserve(const SealedPlan& in_Plan, const Needs& in_Needs) {
+    const auto count = [&](auto in_isWanted) {
+        return static_cast<std::size_t>(
+            std::count_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), [&](Index in_uiNode) {
+                return in_isWanted(in_Plan.m_vSteps[in_uiNode].m_eKind);
+            }));
+    };
+    const std::size_t uiInputs = count([](Kind in_eKind) { return in_eKind == Kind::Input; });
+    m_vOperations.reserve(count(isOperator));
+    m_vForwards.reserve(count([](Kind in_eKind) { return in_eKind == Kind::Forward; }));
+    m_vInputs.reserve(uiInputs);
+    m_vElements.reserve(uiInputs);
+    m_vFetches.reserve(uiInputs);
+    m_vBefore.reserve(in_Needs.m_Set.m_vWords.size());
+}
+
+void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
+    m_vOperations.clear();
+    m_vForwards.clear();
+    m_vInputs.clear();
+    m_vElements.clear();
+    m_vFetches.clear();
+    m_vBefore.clear();
+    for (const Word& word : in_Needs.m_Set.m_vWords) {
+        m_vBefore.push_back(inout_Plan.m_vBefore[word.m_uiPlace] & word.m_Flags);
+    }
+    m_uiScalarChanges = inout_Plan.m_uiScalarChanges;
+    m_bUsable = std::all_of(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
+                            [&](Index in_uiNode) { return append(inout_Plan, in_uiNode); });
+    listFetches(inout_Plan);
+}
+
+/// False if something that is computed, or read for it, is no scalar.
+bool SealedPlan::ScalarProgram::append(SealedPlan& inout_Plan, Index in_uiNode) {
+    const Step& step = inout_Plan.m_vSteps[in_uiNode];
+    const bool bComputed = !inout_Plan.wasValid(in_uiNode);
+    const double*& pSource = inout_Plan.m_vSources[in_uiNode];
+    pSource = step.m_pScalar;
+    if (step.m_eKind == Kind::Input) {
+        m_vInputs.push_back(in_uiNode);
+        m_vElements.push_back(0.0);
+        pSource = &m_vElements.back();
+    } else if (step.m_eKind == Kind::Forward) {
+        pSource = inout_Plan.m_vSources[step.m_uiFirst];
+        if (bComputed && isElement(pSource)) {
+            m_vForwards.push_back(in_uiNode);
+        }
+    } else if (bComputed && isOperator(step.m_eKind)) {
+        const double* const pFirst = inout_Plan.m_vSources[step.m_uiFirst];
+        const double* const pSecond = inout_Plan.m_vSources[step.m_uiSecond];
+        m_vOperations.push_back({pFirst, pSecond, step.m_pScalar, in_uiNode, step.m_eKind});
+        return pFirst != nullptr && pSecond != nullptr && pSource != nullptr;
+    }
+    return pSource != nullptr || !bComputed;
+}
+
+bool SealedPlan::ScalarProgram::isElement(const double* in_pSource) const {
+    const std::less<const double*> isBefore;
+    return !isBefore(in_pSource, m_vElements.data()) &&
+           isBefore(in_pSource, m_vElements.data() + m_vElements.size());
+}
+
+/// Fetched is what is computed, and what the operations read.
+void SealedPlan::ScalarProgram::listFetches(const SealedPlan& in_Plan) {
+    const auto markRead = [this](const double* in_pSource) {
+        if (isElement(in_pSource)) {
+            m_vElements[static_cast<std::size_t>(in_pSource - m_vElements.data())] = 1.0;
+        }
+    };
+    for (const Operation& operation : m_vOperations) {
+        markRead(operation.m_pFirst);
+        markRead(operation.m_pSecond);
+    }
+    for (std::size_t ui = 0; ui != m_vInputs.size(); ++ui) {
+        if (m_vElements[ui] != 0.0 || !in_Plan.wasValid(m_vInputs[ui])) {
+            m_vFetches.push_back({m_vInputs[ui], &m_vElements[ui]});
+        }
+    }
+}
+
+bool SealedPlan::ScalarProgram::fits(const SealedPlan& in_Plan, const NodeSet& in_Set) const {
+    if (m_uiScalarChanges != in_Plan.m_uiScalarChanges) {
+        return false;
+    }
+    auto iteBefore = m_vBefore.begin();
+    return std::all_of(in_Set.m_vWords.begin(), in_Set.m_vWords.end(), [&](const Word& in_Word) {
+        return (in_Plan.m_vValid[in_Word.m_uiPlace] & in_Word.m_Flags) == *iteBefore++;
+    });
+}
+
+bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs,
+                                    Index& out_uiFailed) const {
+    if (!fetchInputs(inout_Plan)) {
+        remember(inout_Plan, in_Needs.m_Set);
+        return false;
+    }
+    out_uiFailed = PassedOver;
+    if (const Operation* const pFailed = compute(); pFailed != nullptr) {
+        remember(inout_Plan, in_Needs.m_Set);
+        for (auto ite = in_Needs.m_vOrder.begin(); *ite != pFailed->m_uiNode; ++ite) {
+            *inout_Plan.flagOf(*ite) = 1;
+        }
+        // The operator itself says what is wrong.
+        out_uiFailed = inout_Plan.computeInOwnOrder(in_Needs);
+        return true;
+    }
+    for (const Word& word : in_Needs.m_Set.m_vWords) {
+        inout_Plan.m_vValid[word.m_uiPlace] |= word.m_Flags;
+    }
+    return true;
+}
+
+void SealedPlan::ScalarProgram::remember(SealedPlan& inout_Plan, const NodeSet& in_Set) const {
+    auto iteBefore = m_vBefore.begin();
+    for (const Word& word : in_Set.m_vWords) {
+        inout_Plan.m_vBefore[word.m_uiPlace] = *iteBefore++;
+    }
+}
+
+bool SealedPlan::ScalarProgram::fetchInputs(SealedPlan& inout_Plan) const {
+    for (const Fetch& fetch : m_vFetches) {
+        Step& step = inout_Plan.m_vSteps[fetch.m_uiInput];
+        if (!inout_Plan.isValid(fetch.m_uiInput)) {
+            inout_Plan.step(fetch.m_uiInput);
+        }
+        const DoubleVector* const pVector = step.m_pVector;
+        if (pVector == nullptr || pVector->size() != 1) {
+            return false;
+        }
+        *fetch.m_pElement = *pVector->begin();
+    }
+    for (const Index uiForward : m_vForwards) {
+        inout_Plan.step(uiForward);
+    }
+    return true;
+}
+
+/// The operation that can't be computed, as it divides by zero; null if there is none.
+const SealedPlan::ScalarProgram::Operation* SealedPlan::ScalarProgram::compute() const {
+    for (const Operation& operation : m_vOperations) {
+        const double dFirst = *operation.m_pFirst;
+        const double dSecond = *operation.m_pSecond;
+        switch (operation.m_eKind) {
+        case Kind::Plus:
+            *operation.m_pResult = dFirst + dSecond;
+            break;
+        case Kind::Minus:
+            *operation.m_pResult = dFirst - dSecond;
+            break;
+        case Kind::Multiply:
+            *operation.m_pResult = dFirst * dSecond;
+            break;
+        default:
+            if (dSecond == 0.0) {
+                return &operation;
+            }
+            *operation.m_pResult = dFirst / dSecond;
+            break;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace Velmora::Math::Xpr

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "ScalarProgram.h"
+#include "SealedPlan.h"
+
+namespace Velmora::Math::Xpr {
+
+/// What a node that was asked for needs, itself included.
+struct SealedPlan::Needs {
+    NodeSet m_Set;
+    /// The order in which the recursion comes to the nodes.
+    std::vector<Index> m_vOrder;
+    /// Is that the order of the list, as far as anybody can see?
+    bool m_bInOrder = false;
+    /// Programs for the patterns of flags that came up last: a host that sets all inputs ahead of
+    /// one call and a single one ahead of the next has two.
+    std::array<ScalarProgram, 2> m_Programs;
+    bool m_bRoom = false;
+    /// A digest of the flags that were set ahead of the last evaluation without a program.
+    Flags m_Pattern = 0;
+    /// Which program gives way to the next.
+    std::size_t m_uiNext = 0;
+
+    /// The program for the plan's scalars and flags; null if there is none.
+    const ScalarProgram* findProgram(const SealedPlan& in_Plan) const {
+        const auto ite = std::find_if(
+            m_Programs.begin(), m_Programs.end(),
+            [&](const ScalarProgram& in_Program) { return in_Program.fits(in_Plan, m_Set); });
+        return ite == m_Programs.end() ? nullptr : &*ite;
+    }
+};
+
+} // namespace Velmora::Math::Xpr
