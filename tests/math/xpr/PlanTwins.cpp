@@ -1,5 +1,6 @@
 #include "PlanTwins.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 #include <unordered_set>
@@ -50,8 +51,11 @@ std::string describe(const Nodes& in_vNodes) {
 std::string doTo(ScriptRun& inout_Run, const Nodes& in_vNodes, const PlanTwins::Action& in_Action) {
     const LogCapture log("", log4cplus::ERROR_LOG_LEVEL);
     const std::string strResult = in_Action(inout_Run, in_vNodes);
-    return strResult + ' ' + std::to_string(log.count(log4cplus::ERROR_LOG_LEVEL)) +
-           " errors, flags " + describe(in_vNodes);
+    std::string strErrors;
+    for (const std::string& strError : log.messages(log4cplus::ERROR_LOG_LEVEL)) {
+        strErrors += strError + '\n';
+    }
+    return strResult + '\n' + strErrors + "flags " + describe(in_vNodes);
 }
 
 } // namespace
@@ -73,12 +77,16 @@ std::string PlanTwins::doToBoth(const Action& in_Action) {
                                    : "\nplanned: " + strPlanned + "\nwalked:  " + strWalked;
 }
 
-std::string PlanTwins::evaluate(ExpressionBaseImpl& inout_Node) {
+std::string PlanTwins::evaluate(ExpressionBaseImpl& inout_Node,
+                                const std::vector<const DoubleVector*>& in_vHostVectors) {
     LimitedObjPtr<DoubleVector> pValue;
     std::ostringstream stream;
     stream << inout_Node.evaluate(pValue) << ' ';
     if (!pValue.isNull()) {
         stream << *pValue;
+    }
+    if (std::count(in_vHostVectors.begin(), in_vHostVectors.end(), pValue.get()) != 0) {
+        stream << " at " << pValue.get();
     }
     return stream.str();
 }

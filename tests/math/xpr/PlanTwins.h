@@ -25,12 +25,14 @@ public:
     /// The nodes of each graph: the features, in their order, and then all below them.
     std::size_t getNodeCount() const { return m_vPlanned.size(); }
 
-    /// Does the same to both. An empty text if the same came of it, with as many errors in the log,
-    /// and the same nodes are valid; otherwise what differs.
+    /// Does the same to both. An empty text if the same came of it, with the same errors in the
+    /// log, and the same nodes are valid; otherwise what differs.
     std::string doToBoth(const Action& in_Action);
 
-    /// The result of an evaluation as a text.
-    static std::string evaluate(Velmora::Math::Xpr::ExpressionBaseImpl& inout_Node);
+    /// The result of an evaluation as a text. It tells which of the host's vectors was handed out.
+    static std::string
+    evaluate(Velmora::Math::Xpr::ExpressionBaseImpl& inout_Node,
+             const std::vector<const Velmora::Math::DoubleVector*>& in_vHostVectors = {});
 
 private:
     ScriptRun m_Planned;

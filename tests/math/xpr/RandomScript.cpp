@@ -4,11 +4,11 @@
 #include <random>
 #include <utility>
 
-RandomScript::RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures)
-    : RandomScript(std::mt19937_64(in_uiSeed), in_eFailures) {}
+RandomScript::RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures, Branches in_eBranches)
+    : RandomScript(std::mt19937_64(in_uiSeed), in_eFailures, in_eBranches) {}
 
-RandomScript::RandomScript(Choices in_Choices, Failures in_eFailures)
-    : m_Choices(std::move(in_Choices)), m_eFailures(in_eFailures) {
+RandomScript::RandomScript(Choices in_Choices, Failures in_eFailures, Branches in_eBranches)
+    : m_Choices(std::move(in_Choices)), m_eFailures(in_eFailures), m_eBranches(in_eBranches) {
     m_vLines = {"inputvar left", "inputvar right", "inputvar scalar"};
     m_vNames = {{"left", FrameSize}, {"right", FrameSize}, {"scalar", 1}};
     const std::size_t uiStatements = 2 + pick(7);
@@ -117,6 +117,9 @@ std::string RandomScript::operation(std::size_t in_uiSize, std::size_t in_uiDept
         return '(' + some(in_uiSize) + " / " +
                (m_eFailures == Failures::Some && chance(60) ? "scalar" : nonZero()) + ')';
     case 4:
+        if (m_eBranches == Branches::None) {
+            return some(in_uiSize);
+        }
         return "if(" + some(1) + ", " + branch(in_uiSize, in_uiDepth) + ", " +
                branch(in_uiSize, in_uiDepth) + ')';
     case 5:

@@ -22,11 +22,16 @@ public:
     /// then.
     enum class Failures { None, Some };
 
+    /// Whether there may be conditions, whose nodes choose what they read.
+    enum class Branches { None, Some };
+
     /// Numbers of which each makes one choice.
     using Choices = std::function<std::uint64_t()>;
 
-    explicit RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures = Failures::None);
-    explicit RandomScript(Choices in_Choices, Failures in_eFailures = Failures::None);
+    explicit RandomScript(std::uint64_t in_uiSeed, Failures in_eFailures = Failures::None,
+                          Branches in_eBranches = Branches::Some);
+    explicit RandomScript(Choices in_Choices, Failures in_eFailures = Failures::None,
+                          Branches in_eBranches = Branches::Some);
 
     /// One statement a line.
     const std::vector<std::string>& getLines() const { return m_vLines; }
@@ -82,4 +87,5 @@ private:
     bool m_bMemory = true;
     bool m_bMemoryUsed = false;
     Failures m_eFailures;
+    Branches m_eBranches;
 };

@@ -3,6 +3,7 @@
 #include <array>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -23,6 +24,9 @@ const Names Inputs{"a", "b", "c"};
 
 /// A script over three inputs whose nodes are all inputs, constants, variables and operators.
 struct ScalarScript {
+    ScalarScript(std::string in_strText, Names in_vFeatures)
+        : m_strText(std::move(in_strText)), m_vFeatures(std::move(in_vFeatures)) {}
+
     explicit ScalarScript(std::mt19937_64& inout_Random) {
         for (const std::string& strInput : Inputs) {
             m_strText += "inputvar " + strInput + '\n';
@@ -134,6 +138,34 @@ TEST(ScalarProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
                 ASSERT_EQ(twins.evaluate(uiSecond), "") << where();
             }
         }
+    }
+}
+
+TEST(ScalarProgramTest, FailureUnderEitherProgramLeavesTheFlagsOfTheWalk) {
+    ScalarTwins twins({"inputvar a\ninputvar b\ninputvar c\nr = 1 / a + b * c\n", {"r"}});
+    const DoubleVector vZero{0.0}, vOne{1.0};
+    EXPECT_EQ(twins.set(2, vOne), "");
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        EXPECT_EQ(twins.set(0, vOne) + twins.set(1, vOne) + twins.evaluate(0), "");
+    }
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        EXPECT_EQ(twins.set(0, vOne) + twins.evaluate(0), "");
+    }
+    EXPECT_EQ(twins.set(0, vZero) + twins.evaluate(0), "");
+    EXPECT_EQ(twins.set(0, vOne) + twins.evaluate(0), "");
+    EXPECT_EQ(twins.set(0, vZero) + twins.set(1, vOne) + twins.evaluate(0), "");
+    EXPECT_EQ(twins.set(0, vOne) + twins.evaluate(0), "");
+}
+
+TEST(ScalarProgramTest, ChainOfNamesHandsOutTheInputOfEachFrame) {
+    ScalarTwins twins({"inputvar a\ninputvar b\ninputvar c\nf0 = a\nf1 = f0\nf2 = f1\nf3 = f2\n"
+                       "f4 = f3\nf5 = f4\nf6 = f5\n",
+                       {"f6", "f3"}});
+    const DoubleVector vOne{1.0}, vTwo{2.0};
+    for (int iFrame = 0; iFrame != 6; ++iFrame) {
+        EXPECT_EQ(twins.set(0, iFrame % 2 == 0 ? vOne : vTwo), "");
+        EXPECT_EQ(twins.evaluate(0), "");
+        EXPECT_EQ(twins.evaluate(1), "");
     }
 }
 

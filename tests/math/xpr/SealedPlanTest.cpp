@@ -30,14 +30,31 @@ constexpr std::uint64_t SeedCount = 1000;
 
 using Node = PlanTwins::Node;
 
+enum class Actions { OfFrames, OfAnyHost };
+
 /// Something drawn at random, done to both graphs of a script.
 class RandomSteps {
 public:
-    RandomSteps(const RandomScript& in_Script, std::uint64_t in_uiSeed)
+    RandomSteps(const RandomScript& in_Script, std::uint64_t in_uiSeed,
+                RandomScript::Failures in_eFailures, Actions in_eActions)
         : m_Random(in_uiSeed),
+          m_eActions(in_eActions),
           m_Twins(RandomScript::join(in_Script.getLines()), in_Script.getFeatures()) {
         for (std::size_t uiFrame = 0; uiFrame != 6; ++uiFrame) {
             m_vFrames.push_back(ScriptRun::makeInputs(uiFrame));
+        }
+        if (in_eFailures == RandomScript::Failures::Some) {
+            // The inputs are left, right and scalar.
+            m_vFrames[1][2] = DoubleVector{0.0};
+            m_vFrames[2][2] = DoubleVector{1.0, 2.0};
+            m_vFrames[3][0].resize(RandomScript::FrameSize - 1);
+            m_vFrames[4][2] = DoubleVector{0.0};
+            m_vFrames[5][1].clear();
+        }
+        for (const auto& vFrame : m_vFrames) {
+            for (const DoubleVector& vInput : vFrame) {
+                m_vHostVectors.push_back(&vInput);
+            }
         }
     }
 
@@ -45,43 +62,61 @@ public:
 
     /// What differs then, or an empty text.
     std::string step() {
-        const std::size_t uiNode = m_Random() % m_Twins.getNodeCount();
-        const std::size_t uiInput = m_Random() % 3;
-        const std::size_t uiFrame = m_Random() % m_vFrames.size();
-        const std::size_t uiAction = m_Random() % 10;
+        m_uiNode = m_Random() % m_Twins.getNodeCount();
+        m_uiInput = m_Random() % 3;
+        m_uiFrame = m_Random() % m_vFrames.size();
+        // What isn't part of a frame is rare.
+        const bool bOther = m_eActions == Actions::OfAnyHost && m_Random() % 16 == 0;
+        const std::size_t uiAction = m_Random() % 10 + (bOther ? 10 : 0);
         const std::string strDifference =
             m_Twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
-                ExpressionBaseImpl& node = *in_vNodes[uiNode];
-                if (uiAction < 4) {
-                    const std::string strName = "s." + ScriptRun::getInputNames()[uiInput];
-                    inout_Run.getEvaluator()
-                        .getVariable(strName.c_str())
-                        ->setValue(m_vFrames[uiFrame][uiInput]);
-                } else if (uiAction < 7) {
-                    // A feature, as a host would.
-                    return PlanTwins::evaluate(*in_vNodes[uiNode % 3 % in_vNodes.size()]);
-                } else if (uiAction < 9) {
-                    return PlanTwins::evaluate(node);
-                } else {
-                    node.invalidate();
-                }
-                return std::string();
+                return act(uiAction, inout_Run, in_vNodes);
             });
         return strDifference.empty() ? strDifference
                                      : "action " + std::to_string(uiAction) + " on node " +
-                                           std::to_string(uiNode) + strDifference;
+                                           std::to_string(m_uiNode) + strDifference;
     }
 
 private:
+    std::string act(std::size_t in_uiAction, ScriptRun& inout_Run,
+                    const PlanTwins::Nodes& in_vNodes) const {
+        ExpressionBaseImpl& node = *in_vNodes[m_uiNode];
+        const DoubleVector& vInput = m_vFrames[m_uiFrame][m_uiInput];
+        if (in_uiAction < 4) {
+            const std::string strName = "s." + ScriptRun::getInputNames()[m_uiInput];
+            inout_Run.getEvaluator().getVariable(strName.c_str())->setValue(vInput);
+        } else if (in_uiAction < 7) {
+            // A feature, as a host would.
+            return PlanTwins::evaluate(*in_vNodes[m_uiNode % 3 % in_vNodes.size()], m_vHostVectors);
+        } else if (in_uiAction < 9) {
+            return PlanTwins::evaluate(node, m_vHostVectors);
+        } else if (in_uiAction < 10) {
+            node.invalidate();
+        } else if (in_uiAction < 16) {
+            return std::to_string(node.reset());
+        } else if (auto* const pVariable = dynamic_cast<Variable*>(&node); pVariable != nullptr) {
+            return std::to_string(pVariable->setValue(vInput));
+        }
+        return std::string();
+    }
+
     std::mt19937_64 m_Random;
+    Actions m_eActions;
     PlanTwins m_Twins;
     std::vector<std::vector<DoubleVector>> m_vFrames;
+    std::vector<const DoubleVector*> m_vHostVectors;
+    std::size_t m_uiNode = 0;
+    std::size_t m_uiInput = 0;
+    std::size_t m_uiFrame = 0;
 };
 
-void compareOverSeeds(RandomScript::Failures in_eFailures) {
+void compareOverSeeds(RandomScript::Failures in_eFailures, Actions in_eActions) {
     for (std::uint64_t uiSeed = 0; uiSeed != SeedCount; ++uiSeed) {
-        const RandomScript script(uiSeed, in_eFailures);
-        RandomSteps steps(script, uiSeed);
+        // A condition keeps what stands above it out of the plan.
+        const auto eBranches =
+            uiSeed % 4 == 0 ? RandomScript::Branches::Some : RandomScript::Branches::None;
+        const RandomScript script(uiSeed, in_eFailures, eBranches);
+        RandomSteps steps(script, uiSeed, in_eFailures, in_eActions);
         ASSERT_TRUE(steps.haveSameShape());
         for (std::size_t uiStep = 0; uiStep != 60; ++uiStep) {
             ASSERT_EQ(steps.step(), "") << "seed " << uiSeed << ", step " << uiStep << '\n'
@@ -91,11 +126,15 @@ void compareOverSeeds(RandomScript::Failures in_eFailures) {
 }
 
 TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalk) {
-    compareOverSeeds(RandomScript::Failures::None);
+    compareOverSeeds(RandomScript::Failures::None, Actions::OfFrames);
 }
 
 TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhereOperatorsFail) {
-    compareOverSeeds(RandomScript::Failures::Some);
+    compareOverSeeds(RandomScript::Failures::Some, Actions::OfFrames);
+}
+
+TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhateverTheHostDoes) {
+    compareOverSeeds(RandomScript::Failures::Some, Actions::OfAnyHost);
 }
 
 TEST(SealedPlanTest, ReaderOfAFailedNodeKeepsItsValueWhateverElseIsComputedBeforeIt) {
@@ -275,6 +314,20 @@ TEST_F(SealedPlanGraphTest, ReaderThatDiesLeavesTheOthersInWorkingOrder) {
     EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 5}));
     CountedGraph::set(graph.m_pX, graph.m_vX);
     EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 5, 1, 0, 5}));
+}
+
+TEST_F(SealedPlanGraphTest, ChangeReachesReadersThatWereSealedApart) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    const Handle<RecordingBinary> pOther =
+        CountedGraph::operatorOver(Node(graph.m_pLeft), Node(graph.m_pY));
+    pOther->seal();
+    EXPECT_EQ(evaluated(*pOther), (Values{1, 0, 5, 5}));
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 5, 1, 0, 1, 0}));
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    EXPECT_FALSE(graph.m_pTop->isValid());
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
+    EXPECT_EQ(evaluated(*pOther), (Values{2, 0, 5, 5}));
 }
 
 TEST_F(SealedPlanGraphTest, BranchThatIsNotChosenIsNotComputed) {
