@@ -26,7 +26,7 @@ public:
     void make(SealedPlan& inout_Plan, const Needs& in_Needs);
 
     /// Was it made for the plan's present scalars and flags?
-    bool fits(const SealedPlan& in_Plan, const NodeSet& in_Set) const;
+    bool fits(const SealedPlan& in_Plan, const Needs& in_Needs) const;
 
     /// Could it be made?
     bool isUsable() const { return m_bUsable; }
@@ -52,7 +52,7 @@ private:
     };
 
     bool append(SealedPlan& inout_Plan, Index in_uiNode);
-    void remember(SealedPlan& inout_Plan, const NodeSet& in_Set) const;
+    void remember(SealedPlan& inout_Plan, const Needs& in_Needs) const;
     void listFetches(const SealedPlan& in_Plan);
     bool fetchInputs(SealedPlan& inout_Plan) const;
     const Operation* compute() const;

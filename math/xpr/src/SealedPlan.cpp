@@ -349,14 +349,22 @@ void SealedPlan::makeProgram(Needs& inout_Needs) {
 
 /// Every node has to be an input, a constant, or an operator.
 bool SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
-    const std::size_t uiCount = inout_Needs.m_vOrder.size();
+    const std::vector<Word>& vWords = inout_Needs.m_Set.m_vWords;
+    const std::size_t uiFirst = vWords.front().m_uiPlace;
+    const std::size_t uiPlaces = vWords.back().m_uiPlace - uiFirst + 1;
+    constexpr std::size_t MaxGap = 4;
     const bool bRoom =
-        uiCount <= m_uiProgramRoom &&
+        uiPlaces <= MaxGap * vWords.size() && inout_Needs.m_vOrder.size() <= m_uiProgramRoom &&
         std::all_of(inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(),
                     [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind != Kind::Other; });
     if (bRoom) {
-        m_uiProgramRoom -= uiCount;
+        m_uiProgramRoom -= inout_Needs.m_vOrder.size();
         m_vSources.resize(m_vSteps.size());
+        inout_Needs.m_uiFirstPlace = uiFirst;
+        inout_Needs.m_vFlags.resize(uiPlaces);
+        for (const Word& word : vWords) {
+            inout_Needs.m_vFlags[word.m_uiPlace - uiFirst] = word.m_Flags;
+        }
         for (ScalarProgram& program : inout_Needs.m_Programs) {
             program.reserve(*this, inout_Needs);
         }

@@ -21,6 +21,9 @@ struct SealedPlan::Needs {
     /// one call and a single one ahead of the next has two.
     std::array<ScalarProgram, 2> m_Programs;
     bool m_bRoom = false;
+    /// For the programs, the flags of the set word after word, those between its words included.
+    std::vector<Flags> m_vFlags;
+    std::size_t m_uiFirstPlace = 0;
     /// A digest of the flags that were set ahead of the last evaluation without a program.
     Flags m_Pattern = 0;
     /// Which program gives way to the next.
@@ -30,7 +33,7 @@ struct SealedPlan::Needs {
     const ScalarProgram* findProgram(const SealedPlan& in_Plan) const {
         const auto ite = std::find_if(
             m_Programs.begin(), m_Programs.end(),
-            [&](const ScalarProgram& in_Program) { return in_Program.fits(in_Plan, m_Set); });
+            [&](const ScalarProgram& in_Program) { return in_Program.fits(in_Plan, *this); });
         return ite == m_Programs.end() ? nullptr : &*ite;
     }
 };
