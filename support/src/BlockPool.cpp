@@ -8,14 +8,11 @@
 #include <mutex>
 #include <new>
 
+#include "Sanitizers.h"
 #include "SlabSource.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_ADDRESS_SANITIZER) || defined(VELMORA_THREAD_SANITIZER)
 #define VELMORA_PLAIN_BLOCKS
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define VELMORA_PLAIN_BLOCKS
-#endif
 #endif
 
 namespace Velmora {

@@ -10,10 +10,12 @@
 #include <new>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__)
+#include "Sanitizers.h"
+
+#if defined(VELMORA_ADDRESS_SANITIZER)
 #include <sanitizer/common_interface_defs.h>
 #endif
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
 #include <sanitizer/tsan_interface.h>
 #endif
 
@@ -21,14 +23,15 @@ namespace Velmora {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__OPTIMIZE__)
+#if defined(VELMORA_ADDRESS_SANITIZER) || defined(VELMORA_THREAD_SANITIZER) ||                     \
+    !defined(__OPTIMIZE__)
 constexpr std::size_t Reserve = std::size_t(160) * 1024;
 #else
 constexpr std::size_t Reserve = std::size_t(64) * 1024;
 #endif
 
 /// Taken from the system page by page as it is used.
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
 // The sanitizer follows 65,536 calls on one stack.
 constexpr std::size_t FreshSize = std::size_t(4) * 1024 * 1024;
 #else
@@ -95,12 +98,12 @@ thread_local Stack t_Spare;
 /// What the sanitizers are told when the stack changes.
 struct Switch {
     void leave([[maybe_unused]] const void* in_pLowest, [[maybe_unused]] std::size_t in_uiSize) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(VELMORA_ADDRESS_SANITIZER)
         __sanitizer_start_switch_fiber(&m_pFakeStack, in_pLowest, in_uiSize);
 #endif
     }
     void arrive() {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(VELMORA_ADDRESS_SANITIZER)
         __sanitizer_finish_switch_fiber(m_pFakeStack, nullptr, nullptr);
 #endif
     }
@@ -115,7 +118,7 @@ struct Call {
     ucontext_t m_Deep;
     const void* m_pCallerLowest = nullptr;
     std::size_t m_uiCallerSize = 0;
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
     void* m_pCallerFiber = nullptr;
 #endif
 };
@@ -123,7 +126,7 @@ struct Call {
 void enter(unsigned int in_uiHigh, unsigned int in_uiLow) {
     const auto uiAddress = (static_cast<std::uintptr_t>(in_uiHigh) << 32) | in_uiLow;
     Call& call = *reinterpret_cast<Call*>(uiAddress);
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(VELMORA_ADDRESS_SANITIZER)
     __sanitizer_finish_switch_fiber(nullptr, &call.m_pCallerLowest, &call.m_uiCallerSize);
 #endif
     try {
@@ -131,11 +134,11 @@ void enter(unsigned int in_uiHigh, unsigned int in_uiLow) {
     } catch (...) {
         call.m_pException = std::current_exception();
     }
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(VELMORA_ADDRESS_SANITIZER)
     // Null: this stack doesn't come back.
     __sanitizer_start_switch_fiber(nullptr, call.m_pCallerLowest, call.m_uiCallerSize);
 #endif
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
     __tsan_switch_to_fiber(call.m_pCallerFiber, 0);
 #endif
     setcontext(&call.m_Caller);
@@ -169,14 +172,14 @@ void DeepCall::call(void (*in_pFunction)(void*), void* in_pArgument) {
     const char* const pLowMark = std::exchange(t_pLowMark, stack.lowest() + Reserve);
     Switch toDeep;
     toDeep.leave(stack.lowest(), stack.size());
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
     deepCall.m_pCallerFiber = __tsan_get_current_fiber();
     void* const pFiber = __tsan_create_fiber(0);
     __tsan_switch_to_fiber(pFiber, 0);
 #endif
     swapcontext(&deepCall.m_Caller, &deepCall.m_Deep);
     toDeep.arrive();
-#if defined(__SANITIZE_THREAD__)
+#if defined(VELMORA_THREAD_SANITIZER)
     __tsan_destroy_fiber(pFiber);
 #endif
     t_pLowMark = pLowMark;
