@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 #include <limits>
 #include <map>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -289,6 +291,60 @@ INSTANTIATE_TEST_SUITE_P(Everything, AllocationFailureTest,
 
 TEST_P(AllocationFailureTest, EachAllocationOfARunMayFail) {
     failAll(GetParam() == log4cplus::ERROR_LOG_LEVEL ? 97 : 1999);
+}
+
+/// Frames of a few features, of which the first runs out of memory at that allocation. What the
+/// later ones gave.
+Values computeFramesBehindAFailure(std::size_t in_uiAllocation, bool& out_bFailed) {
+    Evaluator evaluator;
+    std::istringstream script("inputvar x\ninputvar y\n"
+                              "a = (x + y) * 2 - x / y\nb = a + x\nc = {sum(b), a, x}\n");
+    if (!evaluator.configure(scriptsIn("."), newFiles()) || !evaluator.addScript(script, "s") ||
+        !evaluator.link(true) || !evaluator.reconfigureExpressions()) {
+        throw std::runtime_error("the evaluator can't be set up");
+    }
+    const Handle<Variable> pX = evaluator.getVariable("s.x");
+    const Handle<Variable> pY = evaluator.getVariable("s.y");
+    const std::array<Handle<Expression>, 3> features{evaluator.getExpression("s.b"),
+                                                     evaluator.getExpression("s.c"),
+                                                     evaluator.getExpression("s.a")};
+    LimitedObjPtr<DoubleVector> pValue;
+    pX->setValue(input(0, 0));
+    pY->setValue(input(0, 1));
+    Allocations::failBehind(in_uiAllocation);
+    try {
+        for (const auto& pFeature : features) {
+            static_cast<void>(pFeature->evaluate(pValue));
+        }
+    } catch (const std::bad_alloc&) {
+    }
+    Allocations::stopFailing();
+    out_bFailed = Allocations::hasFailed();
+    Values vValues;
+    for (std::size_t uiFrame = 0; uiFrame != 6; ++uiFrame) {
+        pX->setValue(input(uiFrame, 0));
+        pY->setValue(input(uiFrame, 1));
+        for (const auto& pFeature : features) {
+            if (pFeature->evaluate(pValue)) {
+                vValues.insert(vValues.end(), pValue->begin(), pValue->end());
+            }
+        }
+    }
+    return vValues;
+}
+
+TEST(FrameAllocationTest, FramesBehindOneThatRanOutOfMemoryAreRight) {
+    bool bFailed = false;
+    constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
+    const Values vExpected = computeFramesBehindAFailure(Never, bFailed);
+    ASSERT_EQ(vExpected.size(), 30u);
+    std::size_t uiAllocation = 0;
+    do {
+        EXPECT_EQ(computeFramesBehindAFailure(uiAllocation, bFailed), vExpected)
+            << "allocation " << uiAllocation;
+        ++uiAllocation;
+    } while (bFailed);
+    EXPECT_GT(uiAllocation, std::size_t(20));
 }
 
 } // namespace

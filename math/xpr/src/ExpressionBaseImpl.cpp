@@ -15,6 +15,7 @@
 #include "AncestorWalk.h"
 #include "DeadParent.h"
 #include "DeferredRelease.h"
+#include "FailedTries.h"
 #include "GraphWalk.h"
 #include "GraphvizFrame.h"
 #include "GraphvizNodes.h"
@@ -89,6 +90,7 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
     const bool bPassedOver = m_uiPlanIndex == SealedPlan::PassedOver;
     if (!bPassedOver && !isValid()) {
         if (m_pPlan->takeFailure(m_uiPlanIndex)) {
+            FailedTries::note(*this);
             return false;
         }
         bool bSuccess = false;
@@ -100,8 +102,16 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
         }
     }
     const auto evaluateLong = [this] {
+        const FailedTries::Evaluation evaluation;
         const SealedPlan::LongWay longWay(*m_pPlan);
-        return DeepCall::run([this] { return evaluate_i(m_pValue); });
+        if (FailedTries::isUseless(*this)) {
+            return false;
+        }
+        const bool bEvaluated = DeepCall::run([this] { return evaluate_i(m_pValue); });
+        if (!bEvaluated) {
+            FailedTries::note(*this);
+        }
+        return bEvaluated;
     };
     if (!evaluateLong()) {
         m_pPlan->noteFailure();

@@ -464,21 +464,26 @@ SealedPlan::Needs* SealedPlan::findNeeds(Index in_uiNode) {
     std::unique_ptr<Needs>& pNeeds = m_vNeeds[in_uiNode];
     // Listing costs as much time as memory: it ends when the room does.
     if (pNeeds == nullptr && m_uiNeedsRoom != 0) {
-        std::vector<Index> vNeeds = listNeeds(in_uiNode);
-        pNeeds = std::make_unique<Needs>();
-        pNeeds->m_Set = Builder::makeSet(vNeeds);
-        // The recursion from here may come to the nodes in another order than the list has. It
-        // shows in those that log or fail.
-        std::vector<Index> vShown;
-        std::copy_if(vNeeds.begin(), vNeeds.end(), std::back_inserter(vShown),
-                     [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
-        pNeeds->m_bInOrder = std::is_sorted(vShown.begin(), vShown.end());
-        pNeeds->m_vOrder = std::move(vNeeds);
-        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vOrder.size());
-        pNeeds->m_bRoom = makeRoomForPrograms(*pNeeds);
+        // Memory may run out at any of these: what is found here is whole.
         m_vBefore.resize(m_vValid.size());
+        pNeeds = makeNeeds(in_uiNode);
+        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vOrder.size());
     }
     return pNeeds.get();
+}
+
+std::unique_ptr<SealedPlan::Needs> SealedPlan::makeNeeds(Index in_uiNode) {
+    auto pNeeds = std::make_unique<Needs>();
+    pNeeds->m_vOrder = listNeeds(in_uiNode);
+    pNeeds->m_Set = Builder::makeSet(pNeeds->m_vOrder);
+    // The recursion from here may come to the nodes in another order than the list has. It shows in
+    // those that log or fail.
+    std::vector<Index> vShown;
+    std::copy_if(pNeeds->m_vOrder.begin(), pNeeds->m_vOrder.end(), std::back_inserter(vShown),
+                 [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
+    pNeeds->m_bInOrder = std::is_sorted(vShown.begin(), vShown.end());
+    pNeeds->m_bRoom = makeRoomForPrograms(*pNeeds);
+    return pNeeds;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -182,6 +182,7 @@ private:
     bool isIntact() const;
     bool isSilent(Index in_uiNode) const;
     Needs* findNeeds(Index in_uiNode);
+    std::unique_ptr<Needs> makeNeeds(Index in_uiNode);
     std::vector<Index> listNeeds(Index in_uiNode) const;
 
     bool isValid(Index in_uiNode) const {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <random>
 
 #include <velmora/math/xpr/OperatorIf.h>
@@ -167,6 +168,41 @@ TEST(SealedPlanTest, ReaderOfAFailedNodeKeepsItsValueWhateverElseIsComputedBefor
     EXPECT_EQ(evaluate(), "1 [4.5]");
     set("s.b", vTwo);
     EXPECT_EQ(evaluate(), "1 [2.25]");
+}
+
+/// Every definition uses the one before twice; the first adds vectors of two sizes.
+std::string doublingOverAFailure(int in_iLines) {
+    std::string strText = "inputvar x\nv0 = x + {1, 2}\n";
+    for (int iLine = 1; iLine <= in_iLines; ++iLine) {
+        const std::string strBefore = 'v' + std::to_string(iLine - 1);
+        strText += 'v' + std::to_string(iLine) + " = " + strBefore + " + " + strBefore + '\n';
+    }
+    return strText;
+}
+
+TEST(SealedPlanTest, FailureBelowManyPathsIsTriedForEachReaderUpToALimit) {
+    const DoubleVector vOne{1.0}, vPair{1.0, 1.0};
+    for (const int iLines : {8, 40}) {
+        const std::string strLast = 'v' + std::to_string(iLines);
+        ScriptRun run(doublingOverAFailure(iLines), {strLast}, true);
+        const Handle<Variable> pX = run.getEvaluator().getVariable("s.x");
+        const Handle<Expression> pLast = run.getEvaluator().getExpression(("s." + strLast).c_str());
+        DoubleVector vResult;
+        pX->setValue(vOne);
+        {
+            const LogCapture log("", log4cplus::ERROR_LOG_LEVEL);
+            EXPECT_FALSE(pLast->evaluate(vResult));
+            // One for each failure: 2^9 - 1, or the limit, and then one more of each operator; and
+            // the line of the feature that has no value.
+            EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL), iLines == 8 ? 512u : 1066u);
+        }
+        pX->setValue(vPair);
+        // What is new ends at what failed.
+        Handle<ExpressionBaseImpl>(pLast)->invalidate();
+        ASSERT_TRUE(pLast->evaluate(vResult));
+        EXPECT_EQ(std::vector<double>(vResult.begin(), vResult.end()),
+                  (std::vector<double>{std::ldexp(2.0, iLines), std::ldexp(3.0, iLines)}));
+    }
 }
 
 using Testing::bind;
