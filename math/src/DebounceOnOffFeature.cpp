@@ -3,6 +3,7 @@
 #include <velmora/math/DoubleVector.h>
 
 #include "FeatureParameters.h"
+#include "Room.h"
 #include "SingleValue.h"
 
 namespace Velmora::Math {
@@ -19,6 +20,7 @@ bool DebounceOnOffFeature::compute(const DoubleVector& in_vInput, DoubleVector& 
     if (m_debounceOnValue == 0 || m_debounceOffValue == 0 || in_vInput.empty()) {
         return false;
     }
+    makeRoom(out_vResult, 1);
     if (in_vInput[0] != 0.0) {
         m_offCount = 0;
         if (++m_onCount >= m_debounceOnValue) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "FeatureParameters.h"
+#include "Room.h"
 
 namespace Velmora::Math {
 
@@ -18,6 +19,7 @@ bool SlidingWindowFeature::compute(const DoubleVector& in_vInput, DoubleVector& 
     if (m_windowSize == 0) {
         return false;
     }
+    makeRoom(out_vResult, std::min(m_window.size() + in_vInput.size(), m_windowSize));
     slide_i(in_vInput);
     out_vResult.resize(m_window.size());
     copyWindow_i(out_vResult.begin());

@@ -1,5 +1,6 @@
 #include <velmora/math/TappedDelayFeature.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include <velmora/LogSite.h>
 
 #include "FeatureParameters.h"
+#include "Room.h"
 
 namespace Velmora::Math {
 
@@ -31,11 +33,14 @@ bool TappedDelayFeature::compute(const DoubleVector& in_vInput, DoubleVector& ou
     if (m_windowSize == 0) {
         return false;
     }
+    const std::size_t leading = m_bIncludeUsedTapeSizeInOutput ? 1 : 0;
+    const std::size_t filled = m_window.size() + in_vInput.size();
+    makeRoom(out_vResult,
+             leading + (m_vPaddingValues.empty() ? std::min(filled, m_windowSize) : m_windowSize));
     slide_i(in_vInput);
 
     const std::size_t used = m_window.size();
     const std::size_t padded = m_vPaddingValues.empty() ? 0 : m_windowSize - used;
-    const std::size_t leading = m_bIncludeUsedTapeSizeInOutput ? 1 : 0;
     out_vResult.resize(leading + padded + used);
     if (m_bIncludeUsedTapeSizeInOutput) {
         out_vResult[0] = static_cast<double>(used);

@@ -30,6 +30,9 @@ constexpr std::size_t Reserve = std::size_t(160) * 1024;
 constexpr std::size_t Reserve = std::size_t(64) * 1024;
 #endif
 
+/// What is taken to be left where the size of a stack can't be told.
+constexpr std::size_t Little = std::size_t(8) * 1024;
+
 /// Taken from the system page by page as it is used.
 #if defined(VELMORA_THREAD_SANITIZER)
 // The sanitizer follows 65,536 calls on one stack.
@@ -44,7 +47,8 @@ __attribute__((tls_model("initial-exec"))) thread_local const char* t_pLowMark =
 const char* findLowMark() noexcept {
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
-        return nullptr;
+        // For the main thread that reads a file, and may fail. A little is left in any case.
+        return static_cast<const char*>(__builtin_frame_address(0)) - Little;
     }
     void* pLowest = nullptr;
     std::size_t uiSize = 0;

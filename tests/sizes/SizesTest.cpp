@@ -6,11 +6,13 @@
 
 #include <velmora/math/xpr/Xpr.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <pthread.h>
 #include <sys/resource.h>
@@ -57,6 +59,9 @@ std::string numbered(const std::string& in_strLine, std::size_t in_uiFirst, std:
     return strResult;
 }
 
+/// In place of the size of a stack.
+constexpr std::size_t MainThread = 0;
+
 /// The most memory that the process has had, in bytes.
 std::size_t peakMemory() {
     rusage usage{};
@@ -72,8 +77,12 @@ protected:
         setrlimit(RLIMIT_AS, &limit);
     }
 
-    /// Calls the function on a stack of that size.
+    /// Calls the function on a stack of that size, or on that of the main thread.
     static void call(std::function<void()> in_Function) {
+        if (GetParam() == MainThread) {
+            in_Function();
+            return;
+        }
         pthread_attr_t attributes;
         pthread_attr_init(&attributes);
         pthread_attr_setstacksize(&attributes, GetParam());
@@ -137,6 +146,7 @@ protected:
     }
 };
 
+INSTANTIATE_TEST_SUITE_P(MainThread, SizesTest, ::testing::Values(MainThread));
 INSTANTIATE_TEST_SUITE_P(StackOf8MiB, SizesTest, ::testing::Values(8 * Mebibyte));
 INSTANTIATE_TEST_SUITE_P(StackOf256KiB, SizesTest, ::testing::Values(Mebibyte / 4));
 
@@ -258,13 +268,58 @@ TEST_P(LengthTest, NamesOfOneHashCostNoMoreThanOthers) {
     expectWorks(strScript, 1);
 }
 
-TEST_P(LengthTest, AnUnclosedCommentBehindManyDefinitionsIsRefusedAtItsPlace) {
+TEST_P(LengthTest, WhatNothingClosesIsRefusedAtItsPlaceBehindAnythingThatIsLong) {
+    struct Beginning {
+        std::string m_strText;
+        std::size_t m_uiLine;
+    };
+    const std::vector<Beginning> vBeginnings{
+        {"y = 1 ", 1},
+        {numbered("x#=1\n", 0, 999999) + "y = ", 1000000},
+        {"y = " + repeated("(", ScriptParser::MaxNesting - 1), 1},
+        {"y = 1" + repeated("+1", ScriptParser::MaxOperatorDepth - 1) + "+", 1},
+        {std::string(1000000, 'n') + " = ", 1},
+        {"y = 1" + repeated("\\\n", 1000000) + "+", 1}};
+    for (const Beginning& beginning : vBeginnings) {
+        for (const char* szOpening : {"/*", "f<\""}) {
+            call([&] {
+                const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+                Evaluator evaluator;
+                EXPECT_FALSE(
+                    load(evaluator, beginning.m_strText + szOpening + std::string(1000000, 'a')));
+                const std::string strPlace = "syntax error:<file_position fileName=\"s\" line=\"" +
+                                             std::to_string(beginning.m_uiLine) +
+                                             "\" column=\"1\"/>";
+                EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, strPlace), 1U);
+                EXPECT_LE(log.count(log4cplus::ERROR_LOG_LEVEL), 24U);
+            });
+        }
+    }
+}
+
+TEST_P(LengthTest, AFrameOf100MillionSamplesIsComputedOrRefused) {
     call([] {
-        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
         Evaluator evaluator;
-        EXPECT_FALSE(load(evaluator,
-                          numbered("x#=1\n", 0, 200000) + "y = 1 /*" + std::string(10000000, 'a')));
-        EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "line=\"200001\""), 2U);
+        ASSERT_TRUE(load(evaluator, "inputvar x\ns = sum(x)\nm = max(x)\nc = {x, 1}\n"));
+        ASSERT_TRUE(evaluator.link(true));
+        ASSERT_TRUE(evaluator.reconfigureExpressions());
+        DoubleVector vFrame;
+        vFrame.resize(100000000);
+        std::fill(vFrame.begin(), vFrame.end(), 0.5);
+        evaluator.getVariable("s.x")->setValue(vFrame);
+        const std::size_t uiBefore = peakMemory();
+        DoubleVector vValue;
+        ASSERT_TRUE(evaluator.getExpression("s.s")->evaluate(vValue));
+        EXPECT_EQ(vValue[0], 5e7);
+        ASSERT_TRUE(evaluator.getExpression("s.m")->evaluate(vValue));
+        EXPECT_EQ(vValue[0], 0.5);
+        EXPECT_LT(peakMemory() - uiBefore, 64 * Mebibyte);
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        EXPECT_FALSE(evaluator.getExpression("s.c")->evaluate(vValue) && vValue.size() > 1);
+        EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL,
+                            "<file_position fileName=\"s\" line=\"4\" column=\"7\"/>:the "
+                            "concatenation has more elements than the limit of 16777216"),
+                  1U);
     });
 }
 

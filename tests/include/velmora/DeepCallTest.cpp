@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -65,6 +67,20 @@ TEST(DeepCallTest, RecursionGoesDeepOnASmallThread) {
     pthread_attr_destroy(&attributes);
     EXPECT_EQ(uiLevels, 20000U);
 }
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST(DeepCallDeathTest, RecursionGoesDeepOnAMainThreadThatCannotTellItsStack) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            // The stack of the main thread is read from a file.
+            const rlimit none = {};
+            setrlimit(RLIMIT_NOFILE, &none);
+            _exit(descend(200000) == 200000 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST(DeepCallTest, ExceptionComesThroughFromADeepLevel) {
     EXPECT_THROW(fall(100000), std::runtime_error);
