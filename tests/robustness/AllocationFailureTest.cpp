@@ -159,9 +159,14 @@ bool runHost(const Evaluator& in_Running, Values& out_vValues) {
     }
     const std::unique_ptr<Cloneable> pClone(evaluator.clone());
     auto* const pCopy = dynamic_cast<Evaluator*>(pClone.get());
-    if (pCopy == nullptr || !evaluate(*pCopy, 2, out_vValues) ||
-        !evaluate(evaluator, 2, out_vValues) || !evaluator.dump("/dev/null") ||
-        !evaluator.getExpression("s.all")->reset() || !evaluate(evaluator, 0, out_vValues)) {
+    if (pCopy == nullptr) {
+        // A null is a report of its own.
+        ++s_uiReports;
+        return false;
+    }
+    if (!evaluate(*pCopy, 2, out_vValues) || !evaluate(evaluator, 2, out_vValues) ||
+        !evaluator.dump("/dev/null") || !evaluator.getExpression("s.all")->reset() ||
+        !evaluate(evaluator, 0, out_vValues)) {
         return false;
     }
     Evaluator ofRunning(in_Running);
