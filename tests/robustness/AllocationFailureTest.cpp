@@ -312,7 +312,7 @@ Values computeFramesOverAFailure(std::size_t in_uiAllocation, bool in_bOptimize,
         "d = {slidingWindow<5>(x), tappedDelay<4, 0, \"\">(x), tappedDelay<2, 1, "
         "\"7\">(y)}\n"
         "e = {delta(c), debounce<2>(y), debounceOnOff<2, 2>(x), "
-        "vad<-40.0, 2>(x * x)}\n");
+        "vad<-40.0, 2>(x * x)}\nf = {c, d, 1 / (x - 1)}\n");
     if (!evaluator.configure(scriptsIn("."), newFiles()) || !evaluator.addScript(script, "s") ||
         !evaluator.link(in_bOptimize) || !evaluator.reconfigureExpressions()) {
         throw std::runtime_error("the evaluator can't be set up");
@@ -320,13 +320,13 @@ Values computeFramesOverAFailure(std::size_t in_uiAllocation, bool in_bOptimize,
     const Handle<Variable> pX = evaluator.getVariable("s.x");
     const Handle<Variable> pY = evaluator.getVariable("s.y");
     std::vector<Handle<Expression>> vFeatures;
-    for (const char* szName : {"s.b", "s.e", "s.d", "s.c", "s.a"}) {
+    for (const char* szName : {"s.f", "s.b", "s.e", "s.d", "s.c", "s.a"}) {
         vFeatures.push_back(evaluator.getExpression(szName));
     }
     const auto evaluateAll = [&](Values& inout_vValues) {
         for (const auto& pFeature : vFeatures) {
             LimitedObjPtr<DoubleVector> pValue;
-            if (pFeature->evaluate(pValue)) {
+            if (pFeature->evaluate(pValue) && !pValue.isNull()) {
                 inout_vValues.insert(inout_vValues.end(), pValue->begin(), pValue->end());
             }
         }
@@ -365,6 +365,40 @@ TEST(FrameAllocationTest, FrameThatRanOutOfMemoryCanBeTriedAgainAndCountsOnce) {
             ++uiAllocation;
         } while (bFailed);
         EXPECT_GT(uiAllocation, std::size_t(20));
+    }
+}
+
+TEST(FrameAllocationTest, FailureBehindWhichMemoryRanOutIsForgottenWithTheFrame) {
+    const DoubleVector vOne{1.0}, vLong{1.0, 2.0, 3.0}, vZero{0.0}, vTwo{2.0};
+    bool bFailed = true;
+    for (std::size_t uiAllocation = 0; bFailed; ++uiAllocation) {
+        Evaluator evaluator;
+        std::istringstream script("inputvar a\ninputvar b\nr = {a, 1 / b}\n");
+        ASSERT_TRUE(evaluator.configure(scriptsIn("."), newFiles()) &&
+                    evaluator.addScript(script, "s") && evaluator.link(true));
+        const Handle<Variable> pA = evaluator.getVariable("s.a");
+        const Handle<Variable> pB = evaluator.getVariable("s.b");
+        const Handle<Expression> pR = evaluator.getExpression("s.r");
+        DoubleVector vResult;
+        pA->setValue(vOne);
+        pB->setValue(vTwo);
+        ASSERT_TRUE(pR->evaluate(vResult));
+        pA->setValue(vLong);
+        pB->setValue(vZero);
+        LimitedObjPtr<DoubleVector> pValue;
+        Allocations::failBehind(uiAllocation);
+        try {
+            static_cast<void>(pR->evaluate(pValue));
+        } catch (const std::bad_alloc&) {
+        }
+        Allocations::stopFailing();
+        bFailed = Allocations::hasFailed();
+        if (bFailed) {
+            pB->setValue(vTwo);
+            ASSERT_TRUE(pR->evaluate(vResult));
+            EXPECT_EQ(Values(vResult.begin(), vResult.end()), (Values{1.0, 2.0, 3.0, 0.5}))
+                << "allocation " << uiAllocation;
+        }
     }
 }
 

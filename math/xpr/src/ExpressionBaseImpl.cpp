@@ -441,6 +441,8 @@ void ExpressionBaseImpl::seal() {
 
 void ExpressionBaseImpl::sealAlongPaths() {
     m_Parents.seal();
+    // A plan that doesn't know the new readers isn't used any more, even if this goes wrong.
+    noteChange();
     m_bSealed = true;
     seal_i();
     for (const auto& pChild : m_Childs) {

@@ -72,6 +72,8 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     }
     const Nodes vNodes = GraphWalk().collectAll(in_vRoots);
     forEachAhead(vNodes, [](ExpressionBaseImpl& inout_Node) {
+        // A plan that doesn't know the new readers isn't used any more, even if this goes wrong.
+        inout_Node.noteChange();
         inout_Node.m_bSealed = true;
         inout_Node.seal_i();
     });

@@ -37,6 +37,7 @@ bool ScriptFunctionImpl::setImplementation(const Handle<Expression>& in_pImpleme
         return false;
     }
     addChild(pImplementation, true);
+    noteChange();
     m_pImplementation = pImplementation;
     return true;
 }

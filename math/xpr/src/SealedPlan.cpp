@@ -36,6 +36,11 @@ void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
             pPlan->m_bUsable = false;
         }
     }
+    // What an operator reads needn't be below it: its arguments may have been replaced behind its
+    // back.
+    const auto isOfPlan = [&](const Step& in_Step) { return in_Step.m_pNode->m_pPlan == pPlan; };
+    pPlan->m_bUsable =
+        pPlan->m_bUsable && std::all_of(pPlan->m_vSteps.begin(), pPlan->m_vSteps.end(), isOfPlan);
     pPlan->m_bIntact = pPlan->isIntact();
     pPlan->lookAtAll();
 }
@@ -320,8 +325,10 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
         remember(inout_Needs.m_Set);
     }
     if (!bComputed) {
-        uiFailed = inout_Needs.m_bInOrder ? computeInListOrder(inout_Needs)
-                                          : computeInOwnOrder(inout_Needs);
+        uiFailed = inout_Needs.m_bInOrder && inout_Needs.m_bComputed
+                       ? computeInListOrder(inout_Needs)
+                       : computeInOwnOrder(inout_Needs);
+        inout_Needs.m_bComputed = inout_Needs.m_bComputed || uiFailed == PassedOver;
         if (uiFailed == PassedOver && pProgram == nullptr && inout_Needs.m_bRoom) {
             makeProgram(inout_Needs);
         }

@@ -25,8 +25,8 @@ class BinaryOperatorImplNoT;
 /// valid nodes only. A node that fails breaks that: its reader goes on with the value of an earlier
 /// frame and becomes valid above a node that isn't. From then on the plan steps aside, and the
 /// recursion does the work, until all is well again. It steps aside for good when the structure
-/// changes after sealing. Graphs with nodes that choose what they read, or that it doesn't know,
-/// have no plan; nor have the parts above such a node.
+/// changes after sealing. What stands above a node that chooses what it reads, or that isn't known,
+/// is left to the recursion; in such a graph invalidation climbs as well.
 class SealedPlan {
 public:
     using Nodes = std::vector<ExpressionBaseImpl*>;
@@ -49,8 +49,9 @@ public:
         return reinterpret_cast<std::uint8_t*>(m_vValid.data()) + in_uiNode;
     }
 
-    /// Computes the node and what it needs. False, and nothing has happened, if the plan can't; the
-    /// caller takes the long way then. `out_bSuccess` is what the evaluation returns.
+    /// Computes the node and what it needs. False if the plan can't, or came to a node that failed;
+    /// the caller takes the long way then, which finds valid what was computed ahead of that.
+    /// `out_bSuccess` is what the evaluation returns.
     bool evaluate(Index in_uiNode, bool& out_bSuccess);
 
     /// Clears the flag of the node and of all that reads it. False, and nothing has happened, if
@@ -72,14 +73,22 @@ public:
         m_bUsable = false;
     }
 
-    /// The node is dying. Nothing that lives needs it.
-    void noteDeath(Index in_uiNode) { m_vSteps[in_uiNode].m_pNode = nullptr; }
+    /// The node is dying. Nothing that lives needs it, and nothing is asked of its flag.
+    void noteDeath(Index in_uiNode) {
+        m_vSteps[in_uiNode].m_pNode = nullptr;
+        *flagOf(in_uiNode) = 0;
+    }
 
     /// Goes on as long as the long way computes a node.
     class LongWay {
     public:
         explicit LongWay(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiLongWays; }
-        ~LongWay() { --m_Plan.m_uiLongWays; }
+        ~LongWay() {
+            // A failure that no reader has asked for is of no evaluation any more.
+            if (--m_Plan.m_uiLongWays == 0) {
+                m_Plan.m_uiFailed = PassedOver;
+            }
+        }
         LongWay(const LongWay&) = delete;
         LongWay& operator=(const LongWay&) = delete;
 

@@ -17,6 +17,9 @@ struct SealedPlan::Needs {
     std::vector<Index> m_vOrder;
     /// Is that the order of the list, as far as anybody can see?
     bool m_bInOrder = false;
+    /// Has all of it been computed? From then on every variable points where it always will: one
+    /// that was computed ahead of its turn can be taken back without a trace.
+    bool m_bComputed = false;
     /// Programs for the patterns of flags that came up last: a host that sets all inputs ahead of
     /// one call and a single one ahead of the next has two.
     std::array<ScalarProgram, 2> m_Programs;

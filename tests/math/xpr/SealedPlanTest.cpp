@@ -170,6 +170,24 @@ TEST(SealedPlanTest, ReaderOfAFailedNodeKeepsItsValueWhateverElseIsComputedBefor
     EXPECT_EQ(evaluate(), "1 [2.25]");
 }
 
+TEST(SealedPlanTest, VariableThatTheWalkDoesNotComeToBehindAFailureHasNoValue) {
+    PlanTwins twins("inputvar a\ninputvar b\nu = 1 / a\nr = u * {1 / b, sum(u)}\n", {"r", "u"});
+    const DoubleVector vZero{0.0}, vOne{1.0}, vTwo{2.0};
+    const auto computeFrame = [&](const DoubleVector& in_vA, const DoubleVector& in_vB) {
+        return twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
+            inout_Run.getEvaluator().getVariable("s.a")->setValue(in_vA);
+            inout_Run.getEvaluator().getVariable("s.b")->setValue(in_vB);
+            in_vNodes.front()->invalidate();
+            return PlanTwins::evaluate(*in_vNodes.front());
+        });
+    };
+    // 1 / b fails in the very first frame, ahead of the second use of u.
+    EXPECT_EQ(computeFrame(vTwo, vZero), "");
+    EXPECT_EQ(computeFrame(vZero, vOne), "");
+    EXPECT_EQ(computeFrame(vTwo, vTwo), "");
+    EXPECT_EQ(computeFrame(vZero, vTwo), "");
+}
+
 /// Every definition uses the one before twice; the first adds vectors of two sizes.
 std::string doublingOverAFailure(int in_iLines) {
     std::string strText = "inputvar x\nv0 = x + {1, 2}\n";

@@ -101,8 +101,12 @@ protected:
 
     /// Reads its arguments themselves, and not past them.
     bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override {
-        for (auto ite = getArgumentBegin(); ite != getArgumentEnd(); ++ite) {
-            const Handle<VariableImpl> pArgument = FunctionBaseImpl::getArgument(ite);
+        auto iteArgument = getArgumentBegin();
+        for (std::size_t i = 0; i < m_vArgumentNames.size() && iteArgument != getArgumentEnd();
+             ++i, ++iteArgument) {
+            const Handle<VariableImpl> pArgument = i < m_vArguments.size()
+                                                       ? m_vArguments[i]
+                                                       : FunctionBaseImpl::getArgument(iteArgument);
             if (pArgument.isNull()) {
                 return false;
             }
