@@ -8,6 +8,13 @@
 
 #include <dlfcn.h>
 
+#if defined(__SANITIZE_THREAD__)
+// The loader has locks of its own, which the sanitizer doesn't see.
+extern "C" const char* __tsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier)
+    return "called_from_lib:ld-linux\n";
+}
+#endif
+
 namespace {
 
 constexpr int Threads = 4;
