@@ -80,20 +80,21 @@ VELMORA_KERNELS(Avx512, __attribute__((target("avx512f"))))
 
 #undef VELMORA_KERNELS
 
-const Kernels& choose() {
+} // namespace
+
+std::vector<const Kernels*> listKernels() {
+    std::vector<const Kernels*> vKernels{&BaselineKernels};
 #if defined(__x86_64__)
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f")) {
-        return Avx512Kernels;
-    }
     if (__builtin_cpu_supports("avx2")) {
-        return Avx2Kernels;
+        vKernels.push_back(&Avx2Kernels);
+    }
+    if (__builtin_cpu_supports("avx512f")) {
+        vKernels.push_back(&Avx512Kernels);
     }
 #endif
-    return BaselineKernels;
+    return vKernels;
 }
-
-} // namespace
 
 // The bits are the same in all forms: a static initialiser that computes before this one has run
 // is served by the first.
@@ -101,7 +102,7 @@ const Kernels* g_pKernels = &BaselineKernels;
 
 namespace {
 
-[[maybe_unused]] const bool g_bChosen = (g_pKernels = &choose(), true);
+[[maybe_unused]] const bool g_bChosen = (g_pKernels = listKernels().back(), true);
 
 } // namespace
 

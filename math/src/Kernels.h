@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "Correlation.h"
 
@@ -29,6 +30,9 @@ struct Kernels {
     OfAll m_Min;
     OfWave m_Correlate;
 };
+
+/// The forms that this processor can run, the best one last.
+std::vector<const Kernels*> listKernels();
 
 /// The best form for this processor, once the library is loaded.
 extern const Kernels* g_pKernels;

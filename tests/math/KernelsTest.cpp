@@ -1,0 +1,118 @@
+// The loops for every kind of processor that this one can stand for, against the plainest.
+
+#include "math/src/Kernels.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Velmora::Math;
+
+using Values = std::vector<double>;
+
+/// Any number that isn't one is as good as any other.
+bool haveSameBits(double in_dA, double in_dB) {
+    return std::memcmp(&in_dA, &in_dB, sizeof(in_dA)) == 0 ||
+           (std::isnan(in_dA) && std::isnan(in_dB));
+}
+
+void expectSameBits(const Values& in_vA, const Values& in_vB, const char* in_szKernel) {
+    ASSERT_EQ(in_vA.size(), in_vB.size());
+    for (std::size_t ui = 0; ui != in_vA.size(); ++ui) {
+        EXPECT_TRUE(haveSameBits(in_vA[ui], in_vB[ui]))
+            << in_szKernel << ' ' << ui << ": " << in_vA[ui] << ", " << in_vB[ui];
+    }
+}
+
+struct Inputs {
+    Inputs(std::size_t in_uiCount, std::uint64_t in_uiSeed, bool in_bHostile) {
+        std::mt19937_64 random(in_uiSeed);
+        std::uniform_real_distribution<double> number(-1.0, 1.0);
+        constexpr double Infinity = std::numeric_limits<double>::infinity();
+        const Values vHostile{0.0, -0.0, Infinity, -Infinity, 5e-324, -1e308, 1e308};
+        const auto draw = [&] {
+            return in_bHostile && random() % 4 == 0
+                       ? vHostile[random() % vHostile.size()]
+                       : std::ldexp(number(random), static_cast<int>(random() % 40) - 20);
+        };
+        for (std::size_t ui = 0; ui != in_uiCount; ++ui) {
+            m_vA.push_back(draw());
+            m_vB.push_back(draw());
+        }
+        m_dNumber = number(random) + 1.5;
+    }
+
+    Values m_vA;
+    Values m_vB;
+    double m_dNumber = 0.0;
+};
+
+/// What all kernels make of the inputs.
+Values compute(const Kernels& in_Kernels, const Inputs& in_Inputs) {
+    const double* const pA = in_Inputs.m_vA.data();
+    const double* const pB = in_Inputs.m_vB.data();
+    const std::size_t uiCount = in_Inputs.m_vA.size();
+    Values vAll;
+    Values vResult(uiCount);
+    const auto keep = [&] { vAll.insert(vAll.end(), vResult.begin(), vResult.end()); };
+    in_Kernels.m_Add(pA, pB, vResult.data(), uiCount);
+    keep();
+    in_Kernels.m_Subtract(pA, pB, vResult.data(), uiCount);
+    keep();
+    in_Kernels.m_Multiply(pA, in_Inputs.m_dNumber, vResult.data(), uiCount);
+    keep();
+    in_Kernels.m_Divide(pA, in_Inputs.m_dNumber, vResult.data(), uiCount);
+    keep();
+    vAll.push_back(in_Kernels.m_Sum(pA, pA + uiCount));
+    vAll.push_back(in_Kernels.m_SumOfSquares(pA, pA + uiCount));
+    if (uiCount != 0) {
+        vAll.push_back(in_Kernels.m_Max(pA, pA + uiCount));
+        vAll.push_back(in_Kernels.m_Min(pA, pA + uiCount));
+    }
+    // The tables of a wave are half as long as the frame.
+    const Correlation correlation = in_Kernels.m_Correlate(pA, uiCount, pB, pB + uiCount / 2);
+    vAll.push_back(correlation.cosine);
+    vAll.push_back(correlation.sine);
+    vAll.push_back(correlation.energy);
+    return vAll;
+}
+
+TEST(KernelsTest, AllFormsGiveTheSameBits) {
+    const std::vector<const Kernels*> vForms = listKernels();
+    ASSERT_FALSE(vForms.empty());
+    for (const bool bHostile : {false, true}) {
+        for (std::size_t uiCount = 0; uiCount != 400; ++uiCount) {
+            const Inputs inputs(uiCount, uiCount, bHostile);
+            const Values vExpected = compute(*vForms.front(), inputs);
+            for (const Kernels* pForm : vForms) {
+                expectSameBits(compute(*pForm, inputs), vExpected, bHostile ? "hostile" : "usual");
+            }
+        }
+    }
+}
+
+TEST(KernelsTest, BestFormIsChosen) {
+    EXPECT_EQ(&kernels(), listKernels().back());
+}
+
+TEST(KernelsTest, CorrelationIsThatOfThePlainSums) {
+    // Cosine and sine of 1, 2, ... half samples beside the middle.
+    const Values vFrame{1.0, 2.0, 4.0, 8.0, 16.0};
+    const Values vCosine{0.5, 0.25};
+    const Values vSine{0.75, 2.0};
+    for (const Kernels* pForm : listKernels()) {
+        const Correlation correlation =
+            pForm->m_Correlate(vFrame.data(), vFrame.size(), vCosine.data(), vSine.data());
+        EXPECT_EQ(correlation.cosine, (8.0 + 2.0) * 0.5 + (16.0 + 1.0) * 0.25 + 4.0);
+        EXPECT_EQ(correlation.sine, (8.0 - 2.0) * 0.75 + (16.0 - 1.0) * 2.0);
+        EXPECT_EQ(correlation.energy, 1.0 + 4.0 + 16.0 + 64.0 + 256.0);
+    }
+}
+
+} // namespace
