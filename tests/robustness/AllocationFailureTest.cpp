@@ -20,9 +20,12 @@
 #include <log4cplus/spi/loggingevent.h>
 
 #include <velmora/Assertion.h>
+#include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/Evaluator.h>
 #include <velmora/math/xpr/FeatureComputerWithInputs.h>
+#include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/Variable.h>
+#include <velmora/math/xpr/VariableImpl.h>
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -400,6 +403,51 @@ TEST(FrameAllocationTest, FailureBehindWhichMemoryRanOutIsForgottenWithTheFrame)
                 << "allocation " << uiAllocation;
         }
     }
+}
+
+TEST(SealAllocationTest,
+     GraphBesideOneWhoseSealRanOutOfMemoryStaysRightAndTheOtherCanBeSealedAgain) {
+    const DoubleVector vOne{1.0}, vTwo{2.0}, vFive{5.0};
+    std::size_t uiFollowed = 0;
+    bool bFailed = true;
+    for (std::size_t uiAllocation = 0; bFailed; ++uiAllocation) {
+        const Handle<VariableImpl> pX(new VariableImpl);
+        Variable& x = *pX;
+        x.setValue(vOne);
+        const auto addOne = [&] {
+            const Handle<OperatorPlus> pSum(new OperatorPlus);
+            pSum->getLeftArgument()->setValue(Handle<Expression>(pX));
+            pSum->getRightArgument()->setValue(Handle<Expression>(new ConstantImpl(vOne)));
+            return pSum;
+        };
+        const Handle<OperatorPlus> pSealed = addOne();
+        pSealed->seal();
+        const Handle<OperatorPlus> pOther = addOne();
+        Allocations::failBehind(uiAllocation);
+        try {
+            pOther->seal();
+        } catch (const std::bad_alloc&) {
+        }
+        Allocations::stopFailing();
+        bFailed = Allocations::hasFailed();
+        const auto valueFor = [&](const Handle<OperatorPlus>& in_pSum, const DoubleVector& in_vX) {
+            x.setValue(in_vX);
+            DoubleVector vResult;
+            return in_pSum->evaluate(vResult) ? vResult[0] : 0.0;
+        };
+        EXPECT_EQ(valueFor(pSealed, vTwo), 3.0) << "allocation " << uiAllocation;
+        EXPECT_EQ(valueFor(pSealed, vFive), 6.0) << "allocation " << uiAllocation;
+        // Where all nodes know their readers already, the failed seal is as good as a whole one.
+        if (bFailed && valueFor(pOther, vOne) == 2.0 && valueFor(pOther, vTwo) == 3.0) {
+            ++uiFollowed;
+        }
+        pOther->seal();
+        for (const auto& pSum : {pSealed, pOther}) {
+            EXPECT_EQ(valueFor(pSum, vOne), 2.0) << "allocation " << uiAllocation;
+            EXPECT_EQ(valueFor(pSum, vFive), 6.0) << "allocation " << uiAllocation;
+        }
+    }
+    EXPECT_GT(uiFollowed, 5u);
 }
 
 } // namespace

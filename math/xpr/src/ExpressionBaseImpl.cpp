@@ -15,7 +15,6 @@
 #include "AncestorWalk.h"
 #include "DeadParent.h"
 #include "DeferredRelease.h"
-#include "FailedTries.h"
 #include "GraphWalk.h"
 #include "GraphvizFrame.h"
 #include "GraphvizNodes.h"
@@ -90,7 +89,7 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
     const bool bPassedOver = m_uiPlanIndex == SealedPlan::PassedOver;
     if (!bPassedOver && !isValid()) {
         if (m_pPlan->takeFailure(m_uiPlanIndex)) {
-            FailedTries::note(*this);
+            m_pPlan->failedTries().note(*this);
             return false;
         }
         bool bSuccess = false;
@@ -102,14 +101,13 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
         }
     }
     const auto evaluateLong = [this] {
-        const FailedTries::Evaluation evaluation;
         const SealedPlan::LongWay longWay(*m_pPlan);
-        if (FailedTries::isUseless(*this)) {
+        if (m_pPlan->failedTries().isUseless(*this)) {
             return false;
         }
         const bool bEvaluated = DeepCall::run([this] { return evaluate_i(m_pValue); });
         if (!bEvaluated) {
-            FailedTries::note(*this);
+            m_pPlan->failedTries().note(*this);
         }
         return bEvaluated;
     };

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
-#include <velmora/math/xpr/ExpressionBaseImpl.h>
+#include "GraphWalk.h"
 
 namespace Velmora::Math::Xpr {
 
-/// The failures of the evaluation that runs on this thread, so that it comes to an end.
+/// The failures of one evaluation, so that it comes to an end.
 ///
 /// A node that fails isn't valid and is tried again for each of its readers. Where every definition
 /// uses the one before twice, and none has a value yet, that would double with each of them. So
@@ -14,23 +15,35 @@ namespace Velmora::Math::Xpr {
 /// have changed.
 class FailedTries {
 public:
-    /// The failures of one evaluation up to which every reader has a try of its own.
+    /// The failures up to which every reader has a try of its own.
     static constexpr std::size_t MaxForEachReader = 1024;
 
-    /// Goes on as long as a node is evaluated; the outermost one starts anew.
-    class Evaluation {
-    public:
-        Evaluation();
-        ~Evaluation();
-        Evaluation(const Evaluation&) = delete;
-        Evaluation& operator=(const Evaluation&) = delete;
-    };
-
     /// The node has failed.
-    static void note(ExpressionBaseImpl& inout_Node);
+    void note(ExpressionBaseImpl& inout_Node) {
+        if (++m_uiFailures <= MaxForEachReader) {
+            return;
+        }
+        if (!m_Walk.has_value()) {
+            m_Walk.emplace();
+        }
+        m_Walk->enter(inout_Node);
+    }
 
     /// Would another try be one too many?
-    static bool isUseless(const ExpressionBaseImpl& in_Node);
+    bool isUseless(const ExpressionBaseImpl& in_Node) const {
+        return m_Walk.has_value() && m_Walk->hasEntered(in_Node);
+    }
+
+    /// The evaluation is over.
+    void forget() {
+        m_uiFailures = 0;
+        m_Walk.reset();
+    }
+
+private:
+    std::size_t m_uiFailures = 0;
+    /// Has been where a node failed beyond the limit.
+    std::optional<GraphWalk> m_Walk;
 };
 
 } // namespace Velmora::Math::Xpr

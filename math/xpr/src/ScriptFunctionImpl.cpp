@@ -37,7 +37,6 @@ bool ScriptFunctionImpl::setImplementation(const Handle<Expression>& in_pImpleme
         return false;
     }
     addChild(pImplementation, true);
-    noteChange();
     m_pImplementation = pImplementation;
     return true;
 }

@@ -329,7 +329,7 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
                        ? computeInListOrder(inout_Needs)
                        : computeInOwnOrder(inout_Needs);
         inout_Needs.m_bComputed = inout_Needs.m_bComputed || uiFailed == PassedOver;
-        if (uiFailed == PassedOver && pProgram == nullptr && inout_Needs.m_bRoom) {
+        if (uiFailed == PassedOver && pProgram == nullptr && !inout_Needs.m_Programs.empty()) {
             makeProgram(inout_Needs);
         }
     }
@@ -337,46 +337,6 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
         takeBack(inout_Needs, uiFailed);
     }
     return uiFailed;
-}
-
-/// A program is worth its making once two evaluations in a row were alike.
-void SealedPlan::makeProgram(Needs& inout_Needs) {
-    Flags pattern = m_uiScalarChanges;
-    for (const Word& word : inout_Needs.m_Set.m_vWords) {
-        constexpr Flags Spread = 0x9e3779b97f4a7c15;
-        pattern = (pattern ^ (m_vBefore[word.m_uiPlace] & word.m_Flags)) * Spread;
-    }
-    if (pattern != inout_Needs.m_Pattern) {
-        inout_Needs.m_Pattern = pattern;
-        return;
-    }
-    inout_Needs.m_Programs[inout_Needs.m_uiNext].make(*this, inout_Needs);
-    inout_Needs.m_uiNext = (inout_Needs.m_uiNext + 1) % inout_Needs.m_Programs.size();
-}
-
-/// Every node has to be an input, a constant, or an operator.
-bool SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
-    const std::vector<Word>& vWords = inout_Needs.m_Set.m_vWords;
-    const std::size_t uiFirst = vWords.front().m_uiPlace;
-    const std::size_t uiPlaces = vWords.back().m_uiPlace - uiFirst + 1;
-    constexpr std::size_t MaxGap = 4;
-    const bool bRoom =
-        uiPlaces <= MaxGap * vWords.size() && inout_Needs.m_vOrder.size() <= m_uiProgramRoom &&
-        std::all_of(inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(),
-                    [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind != Kind::Other; });
-    if (bRoom) {
-        m_uiProgramRoom -= inout_Needs.m_vOrder.size();
-        m_vSources.resize(m_vSteps.size());
-        inout_Needs.m_uiFirstPlace = uiFirst;
-        inout_Needs.m_vFlags.resize(uiPlaces);
-        for (const Word& word : vWords) {
-            inout_Needs.m_vFlags[word.m_uiPlace - uiFirst] = word.m_Flags;
-        }
-        for (ScalarProgram& program : inout_Needs.m_Programs) {
-            program.reserve(*this, inout_Needs);
-        }
-    }
-    return bRoom;
 }
 
 SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
@@ -437,60 +397,6 @@ bool SealedPlan::invalidate(Index in_uiNode) {
         m_vValid[word.m_uiPlace] &= ~word.m_Flags;
     }
     return true;
-}
-
-std::vector<SealedPlan::Index> SealedPlan::listNeeds(Index in_uiNode) const {
-    std::vector<bool> vSeen(m_vSteps.size());
-    std::vector<Index> vNeeds;
-    std::vector<std::pair<Index, Index>> vPath;
-    const auto enter = [&](Index in_uiNeeded) {
-        if (!vSeen[in_uiNeeded]) {
-            vSeen[in_uiNeeded] = true;
-            vPath.emplace_back(in_uiNeeded, m_vInputsBegin[in_uiNeeded]);
-        }
-    };
-    enter(in_uiNode);
-    while (!vPath.empty()) {
-        auto& place = vPath.back();
-        if (place.second != m_vInputsBegin[place.first + 1]) {
-            enter(m_vInputs[place.second++]);
-        } else {
-            vNeeds.push_back(place.first);
-            vPath.pop_back();
-        }
-    }
-    return vNeeds;
-}
-
-bool SealedPlan::isSilent(Index in_uiNode) const {
-    const Kind eKind = m_vSteps[in_uiNode].m_eKind;
-    return eKind == Kind::Constant || eKind == Kind::Input || eKind == Kind::Forward;
-}
-
-SealedPlan::Needs* SealedPlan::findNeeds(Index in_uiNode) {
-    std::unique_ptr<Needs>& pNeeds = m_vNeeds[in_uiNode];
-    // Listing costs as much time as memory: it ends when the room does.
-    if (pNeeds == nullptr && m_uiNeedsRoom != 0) {
-        // Memory may run out at any of these: what is found here is whole.
-        m_vBefore.resize(m_vValid.size());
-        pNeeds = makeNeeds(in_uiNode);
-        m_uiNeedsRoom -= std::min(m_uiNeedsRoom, pNeeds->m_vOrder.size());
-    }
-    return pNeeds.get();
-}
-
-std::unique_ptr<SealedPlan::Needs> SealedPlan::makeNeeds(Index in_uiNode) {
-    auto pNeeds = std::make_unique<Needs>();
-    pNeeds->m_vOrder = listNeeds(in_uiNode);
-    pNeeds->m_Set = Builder::makeSet(pNeeds->m_vOrder);
-    // The recursion from here may come to the nodes in another order than the list has. It shows in
-    // those that log or fail.
-    std::vector<Index> vShown;
-    std::copy_if(pNeeds->m_vOrder.begin(), pNeeds->m_vOrder.end(), std::back_inserter(vShown),
-                 [this](Index in_uiNeeded) { return !isSilent(in_uiNeeded); });
-    pNeeds->m_bInOrder = std::is_sorted(vShown.begin(), vShown.end());
-    pNeeds->m_bRoom = makeRoomForPrograms(*pNeeds);
-    return pNeeds;
 }
 
 } // namespace Velmora::Math::Xpr

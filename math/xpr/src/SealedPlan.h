@@ -7,6 +7,8 @@
 
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
+#include "FailedTries.h"
+
 namespace Velmora::Math::Xpr {
 
 class BinaryOperatorImplNoT;
@@ -84,9 +86,10 @@ public:
     public:
         explicit LongWay(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiLongWays; }
         ~LongWay() {
-            // A failure that no reader has asked for is of no evaluation any more.
             if (--m_Plan.m_uiLongWays == 0) {
+                // Neither is of the next evaluation, even if no reader has asked for the failure.
                 m_Plan.m_uiFailed = PassedOver;
+                m_Plan.m_FailedTries.forget();
             }
         }
         LongWay(const LongWay&) = delete;
@@ -95,6 +98,9 @@ public:
     private:
         SealedPlan& m_Plan;
     };
+
+    /// What has failed since the outermost long way began.
+    FailedTries& failedTries() { return m_FailedTries; }
 
     /// The long way has computed this node. Looks, now and then, whether all is well again.
     void noteLongWay(Index in_uiNode);
@@ -181,7 +187,7 @@ private:
     Index findInvalidInput(Index in_uiNode, std::size_t& out_uiCount) const;
     Index computeNeeds(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
-    bool makeRoomForPrograms(Needs& inout_Needs);
+    void makeRoomForPrograms(Needs& inout_Needs);
     Index computeInListOrder(const Needs& in_Needs);
     Index computeInOwnOrder(const Needs& in_Needs);
     void remember(const NodeSet& in_Set);
@@ -224,6 +230,7 @@ private:
     /// Long ways that go on, one within the other, and those that are over.
     std::size_t m_uiLongWays = 0;
     std::size_t m_uiPastLongWays = 0;
+    FailedTries m_FailedTries;
     /// The flags of what the running evaluation needs, as they were before.
     std::vector<Flags> m_vBefore;
     Index m_uiFailed = PassedOver;

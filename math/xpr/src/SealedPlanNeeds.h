@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -21,13 +20,13 @@ struct SealedPlan::Needs {
     /// that was computed ahead of its turn can be taken back without a trace.
     bool m_bComputed = false;
     /// Programs for the patterns of flags that came up last: a host that sets all inputs ahead of
-    /// one call and a single one ahead of the next has two.
-    std::array<ScalarProgram, 2> m_Programs;
-    bool m_bRoom = false;
+    /// one call and a single one ahead of the next has two. None where there can't be any.
+    std::vector<ScalarProgram> m_Programs;
     /// For the programs, the flags of the set word after word, those between its words included.
     std::vector<Flags> m_vFlags;
     std::size_t m_uiFirstPlace = 0;
-    /// A digest of the flags that were set ahead of the last evaluation without a program.
+    /// A digest of the flags that were set ahead of the last evaluation without a program, and of
+    /// the plan's scalars.
     Flags m_Pattern = 0;
     /// Which program gives way to the next.
     std::size_t m_uiNext = 0;

@@ -8,6 +8,8 @@
 #include <random>
 
 #include <velmora/math/xpr/OperatorIf.h>
+#include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/Registry.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "math/xpr/OptimizerGraphs.h"
@@ -382,6 +384,39 @@ TEST_F(SealedPlanGraphTest, ChangeReachesReadersThatWereSealedApart) {
     EXPECT_FALSE(graph.m_pTop->isValid());
     EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
     EXPECT_EQ(evaluated(*pOther), (Values{2, 0, 5, 5}));
+}
+
+TEST_F(SealedPlanGraphTest, OperatorWhoseArgumentWasReplacedFollowsWhatItReads) {
+    const DoubleVector vOne{1.0}, vTwo{2.0}, vFive{5.0};
+    const Handle<VariableImpl> pX = variable("x");
+    const Handle<VariableImpl> pY = variable("y");
+    CountedGraph::set(pX, vOne);
+    CountedGraph::set(pY, vFive);
+    const Handle<OperatorPlus> pSum = Testing::binary(Node(pX), Node(pY));
+    // From here on it holds the argument itself.
+    ASSERT_FALSE(pSum->getLeftArgument().isNull());
+    pSum->addArgument("Left");
+    pSum->seal();
+    EXPECT_EQ(evaluated(*pSum), (Values{6}));
+    CountedGraph::set(pX, vTwo);
+    EXPECT_FALSE(pSum->isValid());
+    EXPECT_EQ(evaluated(*pSum), (Values{7}));
+}
+
+TEST_F(SealedPlanGraphTest, ArgumentThatABuiltInDoesNotReadIsNotEvaluated) {
+    const Handle<Expression> pCreated(Registry::getInstance().newExpression("sum"));
+    const Handle<FunctionBaseImpl> pSum(pCreated);
+    const DoubleVector vPair{1.0, 2.0}, vNext{3.0, 4.0};
+    const Handle<VariableImpl> pInput = variable("x");
+    CountedGraph::set(pInput, vPair);
+    bind(*pSum, 0, Node(pInput));
+    pSum->addArgument("extra");
+    pSum->seal();
+    const LogCapture log("", log4cplus::ERROR_LOG_LEVEL);
+    EXPECT_EQ(evaluated(*pSum), (Values{3}));
+    CountedGraph::set(pInput, vNext);
+    EXPECT_EQ(evaluated(*pSum), (Values{7}));
+    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL), 0u);
 }
 
 TEST_F(SealedPlanGraphTest, BranchThatIsNotChosenIsNotComputed) {

@@ -137,7 +137,7 @@ private:
         auto iteArgument = m_vArguments.begin();
         for (auto& entry : m_mapArgNameToDomain) {
             if (!iteArgument->isNull()) {
-                readValue(**iteArgument, entry.second);
+                static_cast<void>((*iteArgument)->evaluate(entry.second));
             }
             ++iteArgument;
             bComplete = bComplete && !entry.second.isNull();
