@@ -8,5 +8,8 @@
 int main(int in_iArguments, char** in_pArguments) {
     using namespace Velmora::Benchmarks;
     return runProgram(in_iArguments, in_pArguments,
-                      {{"W6", measureChain}, {"load", measureLoading}, {"memory", measureMemory}});
+                      {{"W6", measureChain},
+                       {"load", measureLoading},
+                       {"refusal", measureRefusals},
+                       {"memory", measureMemory}});
 }

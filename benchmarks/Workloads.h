@@ -31,6 +31,9 @@ void measureChain(Report& inout_Report, Effort in_eEffort);
 /// The stages of loading, for scripts of several sizes and orders.
 void measureLoading(Report& inout_Report, Effort in_eEffort);
 
+/// How soon a script that is too large, too deep or without an end is refused.
+void measureRefusals(Report& inout_Report, Effort in_eEffort);
+
 /// What a graph that is ready for its frames takes.
 void measureMemory(Report& inout_Report, Effort in_eEffort);
 

@@ -1,5 +1,6 @@
 #include "Resolver.h"
 
+#include <utility>
 #include <vector>
 
 #include <velmora/DeepCall.h>
@@ -39,6 +40,7 @@ Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions
 
 bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
     const std::string strName(inout_pExpression->getName());
+    m_bRefused = m_bRefused && !in_bTopLevel;
     return enter(strName, inout_pExpression, in_bTopLevel) &&
            leave(strName, resolveExpressionLinks(inout_pExpression, in_bTopLevel));
 }
@@ -46,6 +48,10 @@ bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
 bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel) {
     if (in_strName.empty()) {
         VELMORA_ASSERT_FAIL_L(getLogger(), "! strExprName.empty()");
+        return false;
+    }
+    if (m_RefusedNames.count(in_strName) != 0) {
+        m_bRefused = true;
         return false;
     }
     if (!in_bTopLevel && m_uiFailures >= MaxFailures && m_FailedNames.count(in_strName) != 0) {
@@ -57,10 +63,18 @@ bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, 
     }
     if (m_mapExpressionCalls.size() > MaxNames) {
         m_mapExpressionCalls.erase(in_strName);
-        m_Log.tooManyNames(*in_pExpression, MaxNames);
+        if (refuse()) {
+            m_Log.tooManyNames(*in_pExpression, MaxNames);
+        }
         return false;
     }
     return true;
+}
+
+/// To be called where a limit is reached. True if it is to be reported.
+bool Resolver::refuse() {
+    m_bRefused = true;
+    return !std::exchange(m_bLimitReported, true);
 }
 
 bool Resolver::leave(const std::string& in_strName, bool in_bResolved) {
@@ -71,6 +85,9 @@ bool Resolver::leave(const std::string& in_strName, bool in_bResolved) {
     if (!in_bResolved) {
         ++m_uiFailures;
         m_FailedNames.insert(in_strName);
+        if (m_bRefused) {
+            m_RefusedNames.insert(in_strName);
+        }
     }
     return in_bResolved;
 }
@@ -156,7 +173,9 @@ bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChi
     std::string strCandidate;
     const Node pExpression(findCandidate(*in_pUnknown, strCandidate));
     if (pExpression.isNull()) {
-        m_Log.unresolved(*in_pUnknown);
+        if (!m_bRefused) {
+            m_Log.unresolved(*in_pUnknown);
+        }
         return false;
     }
     m_Log.resolvedUnknown(*in_pUnknown, strCandidate.c_str());
@@ -199,6 +218,9 @@ Handle<ExpressionBaseImpl> Resolver::findCandidate(const ExpressionBaseImpl& in_
         if (!pExpression.isNull()) {
             out_strCandidate = std::move(strCandidate);
             return pExpression;
+        }
+        if (m_bRefused) {
+            break;
         }
     }
     return Node();
@@ -309,7 +331,9 @@ bool Resolver::addLinkedExpression(const Node& in_pExpression, bool in_bIgnoreDu
 Handle<ExpressionBaseImpl> Resolver::copyPrototype(const Node& in_pPrototype,
                                                    const ExpressionBaseImpl& in_Unknown) {
     if (!m_Copier.fits(in_pPrototype)) {
-        m_Log.tooManyCopies(in_Unknown, PrototypeCopier::MaxNodes);
+        if (refuse()) {
+            m_Log.tooManyCopies(in_Unknown, PrototypeCopier::MaxNodes);
+        }
         return Node();
     }
     Node pCopy(m_Copier.copy(in_pPrototype));

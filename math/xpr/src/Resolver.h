@@ -50,6 +50,7 @@ public:
 private:
     using Node = Handle<ExpressionBaseImpl>;
 
+    bool refuse();
     bool enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel);
     bool leave(const std::string& in_strName, bool in_bResolved);
 
@@ -90,6 +91,12 @@ private:
     bool m_bForeignLinks = false;
     std::unordered_set<std::string> m_FailedNames;
     std::size_t m_uiFailures = 0;
+    /// The names that failed since a limit of the run was reached below them. The limit is reported
+    /// once; a line for each name above it would bury it.
+    std::unordered_set<std::string> m_RefusedNames;
+    /// Does what is being resolved fail for a limit?
+    bool m_bRefused = false;
+    bool m_bLimitReported = false;
     /// A script that was loaded once counts as loaded at every further try.
     std::unordered_set<std::string> m_LoadedScripts;
 };
