@@ -13,6 +13,13 @@ auto objectPart(T* in_p) noexcept {
     return static_cast<Part*>(in_p);
 }
 
+/// A quicker way to the result of a cast that the library makes all the time. Whoever declares `U`
+/// specialises it beside it, with a `cast` that gives what the checked cast would.
+template <class T, class U>
+struct ObjectCastShortcut {
+    static constexpr bool EXISTS = false;
+};
+
 /// The cast between interfaces of one object: the object as a `T`, or null if it isn't one.
 ///
 /// It is checked at run time, from the object's `Object` part. Where the conversion is known to
@@ -21,6 +28,8 @@ template <class T, class U>
 T* objectCast(U* in_p) noexcept {
     if constexpr (std::is_convertible_v<U*, T*>) {
         return in_p;
+    } else if constexpr (ObjectCastShortcut<T, U>::EXISTS) {
+        return in_p == nullptr ? nullptr : ObjectCastShortcut<T, U>::cast(*in_p);
     } else {
         return dynamic_cast<T*>(objectPart(in_p));
     }

@@ -8,7 +8,10 @@
 namespace Velmora {
 
 UUID::UUID() {
-    const boost::uuids::uuid uuid = boost::uuids::random_generator()();
+    // The system is asked for randomness once a thread: a list in a script takes one for each
+    // element.
+    thread_local boost::uuids::random_generator_mt19937 t_generator;
+    const boost::uuids::uuid uuid = t_generator();
     std::copy(uuid.begin(), uuid.end(), m_bytes.begin());
 }
 

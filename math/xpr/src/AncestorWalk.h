@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <unordered_set>
-#include <vector>
+
+#include <boost/container/small_vector.hpp>
 
 namespace Velmora::Math::Xpr {
 
@@ -39,7 +40,7 @@ private:
         return m_Seen.insert(in_pNode).second;
     }
 
-    std::vector<const ExpressionBaseImpl*> m_vNodes;
+    boost::container::small_vector<const ExpressionBaseImpl*, SearchLimit> m_vNodes;
     std::size_t m_uiNext = 0;
     std::unordered_set<const ExpressionBaseImpl*> m_Seen;
 };

@@ -19,6 +19,13 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
 
 namespace {
 
+/// Most entries are variables, and a cast that fails is dear.
+Handle<Function> asFunction(const Handle<Expression>& in_pExpression) {
+    const Handle<ExpressionBaseImpl> pNode(in_pExpression);
+    return !pNode.isNull() && pNode->asVariable() != nullptr ? Handle<Function>()
+                                                             : Handle<Function>(in_pExpression);
+}
+
 /// A definition of two operators.
 constexpr std::size_t NodesPerDefinition = 8;
 
@@ -100,7 +107,7 @@ bool Dictionnary::takeKey(const char* in_szName) const {
 
 bool Dictionnary::add(const Handle<Expression>& in_pExpression, bool in_bIgnoreDuplicate) {
     const char* szName = nullptr;
-    if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
+    if (const Handle<Function> pFunction(asFunction(in_pExpression)); !pFunction.isNull()) {
         szName = pFunction->getName();
         VELMORA_LOG_DEBUG(getLogger(), "add function \"" << szName << "\"");
     } else if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {

@@ -12,8 +12,6 @@ namespace Velmora::Math::Xpr {
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
 
 namespace classic = boost::spirit::classic;
-using classic::alnum_p;
-using classic::alpha_p;
 using classic::ch_p;
 using classic::end_p;
 using classic::eps_p;
@@ -46,7 +44,6 @@ ScriptParser::ScriptParserImpl::Definition::Definition(ScriptParserImpl& inout_S
     : m_Construction(constructionMutex()), m_pSelf(&inout_Self) {
     m_Construction.unlock();
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::definition::definition");
-    defineNames();
     defineStatements();
     defineFunctionDefinition();
     defineVariableDefinition();
@@ -85,15 +82,17 @@ auto ScriptParser::ScriptParserImpl::Definition::tried(StatementGuard::Rule in_R
     return TriedParser<ParserT>(in_Parser, in_Rule, m_pSelf->m_Guard);
 }
 
-void ScriptParser::ScriptParserImpl::Definition::defineNames() {
-    m_identifier =
-        lexeme_d[(alpha_p | '_') >> *(alnum_p | '_')]
-                [m_identifier.val = bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+auto ScriptParser::ScriptParserImpl::Definition::identifier() const {
+    return NameToken<ScriptParserImpl, false>(*m_pSelf);
+}
 
-    m_qualifiedName =
-        (m_identifier >>
-         *('.' >> m_identifier))[m_qualifiedName.val =
-                                     bind(m_pSelf, &ScriptParserImpl::makeName)(arg1, arg2)];
+auto ScriptParser::ScriptParserImpl::Definition::qualifiedName() const {
+    return NameToken<ScriptParserImpl, true>(*m_pSelf);
+}
+
+template <class ParserT>
+auto ScriptParser::ScriptParserImpl::Definition::called(const ParserT& in_Parser) const {
+    return CallParser<ParserT, ScriptParserImpl>(in_Parser, *m_pSelf);
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineStatements() {
@@ -116,20 +115,20 @@ void ScriptParser::ScriptParserImpl::Definition::defineFunctionDefinition() {
     const auto addArgument = bind(m_pSelf, &ScriptParserImpl::addFunctionArgument)(val, arg1);
     const auto savePosition = bind(m_pSelf, &ScriptParserImpl::savePosition)(val, arg1);
 
-    const auto name = m_identifier[m_functionDefinition.val =
+    const auto name = identifier()[m_functionDefinition.val =
                                        bind(m_pSelf, &ScriptParserImpl::newFunctionDef)(arg1)];
     const auto parameters =
-        '<' >> m_identifier[addParameter] >> *(',' >> m_identifier[addParameter]) >> closingAngle();
-    const auto arguments = '(' >> m_identifier[addArgument] >>
-                           *(',' >> m_identifier[addArgument]) >> closingParenthesis();
+        '<' >> identifier()[addParameter] >> *(',' >> identifier()[addParameter]) >> closingAngle();
+    const auto arguments = '(' >> identifier()[addArgument] >>
+                           *(',' >> identifier()[addArgument]) >> closingParenthesis();
     const auto body =
         '=' >> m_expression[bind(m_pSelf, &ScriptParserImpl::setFunctionImplementation)(val, arg1)];
 
-    m_functionDefinition =
+    m_functionDefinition = called(
         (name >> parameters >> arguments >> body)[savePosition] |
         (name >> parameters >> openingParenthesis() >> closingParenthesis() >> body)[savePosition] |
         (name >> arguments >> body)[savePosition] |
-        (name >> '(' >> closingParenthesis() >> body)[savePosition];
+        (name >> '(' >> closingParenthesis() >> body)[savePosition]);
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineVariableDefinition() {
@@ -140,9 +139,9 @@ void ScriptParser::ScriptParserImpl::Definition::defineVariableDefinition() {
     const auto newDomainVariableDef = bind(m_pSelf, &ScriptParserImpl::newDomainVariableDef)(arg1);
 
     m_variableDefinition =
-        (m_identifier[m_variableDefinition.val = newVariableDef] >> '=' >>
+        (identifier()[m_variableDefinition.val = newVariableDef] >> '=' >>
          m_expression[setVariable])[savePosition] |
-        ("inputvar" >> m_identifier[m_variableDefinition.val = newDomainVariableDef]);
+        ("inputvar" >> identifier()[m_variableDefinition.val = newDomainVariableDef]);
 }
 
 void ScriptParser::ScriptParserImpl::Definition::defineExpressions() {
@@ -194,11 +193,11 @@ void ScriptParser::ScriptParserImpl::Definition::defineFactors() {
         bind(m_pSelf, &ScriptParserImpl::saveReferencePosition)(m_factor.val, arg1);
     const auto call = m_functionCall(ParsedCall(), std::size_t{0}, std::size_t{0});
     // The empty parser in front makes a sequence, whose action gets the place and not the value.
-    const auto reference = eps_p >> m_qualifiedName[m_factor.val = newVariable];
+    const auto reference = eps_p >> qualifiedName()[m_factor.val = newVariable];
 
     m_factor = RealNumberToken<false>()[m_factor.val = newConstant] |
                tried(StatementGuard::Rule::IfOperation, m_ifOperation)[m_factor.val = arg1] |
-               tried(StatementGuard::Rule::FunctionCall, call)[m_factor.val = arg1] |
+               tried(StatementGuard::Rule::FunctionCall, called(call))[m_factor.val = arg1] |
                reference[savePosition] |
                ('(' >> m_expression[m_factor.val = arg1] >> closingParenthesis()) |
                m_concatenateOperation[m_factor.val = arg1] |
@@ -233,7 +232,7 @@ void ScriptParser::ScriptParserImpl::Definition::defineCalls() {
         val, m_functionCall.argumentIndex, arg1);
     const auto savePosition = bind(m_pSelf, &ScriptParserImpl::saveCallPosition)(val, arg1);
 
-    const auto name = m_qualifiedName[m_functionCall.val = newFunction];
+    const auto name = qualifiedName()[m_functionCall.val = newFunction];
     const auto parameters = '<' >> m_parameterValue[setParameter] >>
                             *(',' >> m_parameterValue[setParameter]) >> closingAngle();
     const auto arguments = '(' >> m_expression[setArgument] >>
@@ -260,7 +259,7 @@ void ScriptParser::ScriptParserImpl::Definition::defineParameterValues() {
                                        lexeme_d[ch_p('0') >> oct_p[val = newSizeT]] |
                                        RealNumberToken<true>()[val = newDouble]];
 
-    m_parameterValue = m_identifier[val = newValue] | stringLiteral[val = newText] | numberValue;
+    m_parameterValue = identifier()[val = newValue] | stringLiteral[val = newText] | numberValue;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -28,7 +28,6 @@ class ScriptParser::ScriptParserImpl::Definition {
     struct ValueClosure : boost::spirit::classic::closure<ValueClosure<T>, T> {
         typename ValueClosure::member1 val;
     };
-    using StringClosure = ValueClosure<std::string>;
     using ExpressionClosure = ValueClosure<ParsedExpression>;
     using ParameterClosure = ValueClosure<Handle<Parameter>>;
     using FunctionDefinitionClosure = ValueClosure<Handle<ScriptFunctionImpl>>;
@@ -60,7 +59,6 @@ public:
     const PlainRule& start() const { return m_statement; }
 
 private:
-    void defineNames();
     void defineStatements();
     void defineFunctionDefinition();
     void defineVariableDefinition();
@@ -74,6 +72,10 @@ private:
     auto closingParenthesis() const;
     auto openingParenthesis() const;
     auto closingAngle() const;
+    auto identifier() const;
+    auto qualifiedName() const;
+    template <class ParserT>
+    auto called(const ParserT& in_Parser) const;
     template <class ParserT>
     auto nested(const ParserT& in_Parser) const;
     template <class ParserT>
@@ -87,8 +89,6 @@ private:
 
     PlainRule m_statement;
     PlainRule m_endOfStatement;
-    Rule<StringClosure> m_identifier;
-    Rule<StringClosure> m_qualifiedName;
     Rule<FunctionDefinitionClosure> m_functionDefinition;
     Rule<VariableDefinitionClosure> m_variableDefinition;
     Rule<ExpressionClosure> m_expression;

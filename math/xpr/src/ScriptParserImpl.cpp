@@ -78,7 +78,13 @@ void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_p
         VELMORA_ASSERT_FAIL("!pExpressionImpl.isNull() && \"invalid expression type\"");
         return;
     }
-    pExpressionImpl->setSourceInfo(positionText(in_Position).c_str());
+    setSourceInfo(*pExpressionImpl, in_Position);
+}
+
+void ScriptParser::ScriptParserImpl::setSourceInfo(ExpressionBaseImpl& inout_Node,
+                                                   const ScriptIterator& in_Position) {
+    writePosition(in_Position, m_strPosition);
+    inout_Node.setSourceInfo(m_strPosition.c_str());
 }
 
 void ScriptParser::ScriptParserImpl::saveNodePosition(const ParsedExpression& in_Node,
@@ -97,7 +103,7 @@ void ScriptParser::ScriptParserImpl::saveReferencePosition(const ParsedExpressio
                                                            const ScriptIterator& in_Position) {
     const Handle<UnknownVariable> pVariable(in_Node.m_pNode);
     if (!pVariable.isNull()) {
-        pVariable->setSourceInfo(positionText(in_Position).c_str());
+        setSourceInfo(*pVariable, in_Position);
     }
 }
 
@@ -139,6 +145,10 @@ std::string ScriptParser::ScriptParserImpl::makeName(const ScriptIterator& in_Fi
     VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::makeName");
     *m_pScriptParser->m_pLastNamePosition = in_Last;
     return rawText(in_First, in_Last);
+}
+
+bool ScriptParser::ScriptParserImpl::isWatched() const {
+    return detail::isSiteEnabled(fileLogger(), log4cplus::DEBUG_LOG_LEVEL);
 }
 
 void ScriptParser::ScriptParserImpl::reportMissing(const char* in_szMessage,

@@ -58,6 +58,12 @@ public:
     /// Writes the report of a token that is missing at a place.
     void reportMissing(const char* in_szMessage, const ScriptIterator& in_Position);
 
+    /// The text of a name, which becomes the place of the last name.
+    std::string makeName(const ScriptIterator& in_First, const ScriptIterator& in_Last);
+
+    /// Does anybody see what is tried? Every trial has its lines in the log.
+    bool isWatched() const;
+
 private:
     /// The rules, in ScriptGrammar.h.
     class Definition;
@@ -65,13 +71,13 @@ private:
     /// ScriptParserImpl.cpp: statements, positions, errors.
     void saveExpression(const Handle<Expression>& in_pExpression);
     void savePosition(const Handle<Expression>& in_pExpression, const ScriptIterator& in_Position);
+    void setSourceInfo(ExpressionBaseImpl& inout_Node, const ScriptIterator& in_Position);
     void saveNodePosition(const ParsedExpression& in_Node, const ScriptIterator& in_Position);
     void saveCallPosition(const ParsedCall& in_Call, const ScriptIterator& in_Position);
     void saveReferencePosition(const ParsedExpression& in_Node, const ScriptIterator& in_Position);
     void checkDepth(const ParsedExpression& in_Node, const ScriptIterator& in_Position);
     void logFound(const char* in_szLiteral, const ScriptIterator& in_Position);
     void foundStatement(const ScriptIterator& in_First, const ScriptIterator& in_Last);
-    std::string makeName(const ScriptIterator& in_First, const ScriptIterator& in_Last);
 
     /// ScriptParserDefinitions.cpp: definitions and references.
     Handle<VariableImpl> newVariableDef(const std::string& in_strName);
@@ -146,6 +152,7 @@ private:
     /// What the script has made so far, failed alternatives included.
     std::size_t m_uiOperands = 0;
     std::size_t m_uiListedIndices = 0;
+    std::string m_strPosition;
 };
 
 } // namespace Velmora::Math::Xpr

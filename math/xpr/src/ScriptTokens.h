@@ -1,11 +1,14 @@
 #pragma once
 
+#include <string>
+
 #include <boost/spirit/include/classic_core.hpp>
 
 #include <velmora/DeepCall.h>
 
 #include "RealNumber.h"
 #include "ScriptIterator.h"
+#include "ScriptNames.h"
 #include "StatementGuard.h"
 
 namespace Velmora::Math::Xpr {
@@ -33,6 +36,67 @@ public:
         const double dValue = RealNumber::value(first.getText(), in_Scanner.first.getText());
         return in_Scanner.create_match(number.m_uiLength, dValue, first, in_Scanner.first);
     }
+};
+
+/// A name; with `bQualified` one of parts with points between them, whose text may hold what can
+/// be skipped. `NamerT` makes the value, of each part and then of the whole.
+template <class NamerT, bool bQualified>
+class NameToken : public boost::spirit::classic::parser<NameToken<NamerT, bQualified>> {
+public:
+    template <class ScannerT>
+    struct result { // NOLINT(readability-identifier-naming): the parser library's name
+        using type = typename boost::spirit::classic::match_result<ScannerT, std::string>::type;
+    };
+
+    explicit NameToken(NamerT& inout_Namer) : m_Namer(inout_Namer) {}
+
+    template <class ScannerT>
+    typename result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        in_Scanner.skip(in_Scanner);
+        const ScriptIterator first(in_Scanner.first);
+        std::string strName;
+        if (!readPart(in_Scanner.first, strName)) {
+            return in_Scanner.no_match();
+        }
+        if (bQualified) {
+            while (readFurtherPart(in_Scanner)) {
+            }
+            strName = m_Namer.makeName(first, in_Scanner.first);
+        }
+        return in_Scanner.create_match(strName.size(), strName, first, in_Scanner.first);
+    }
+
+private:
+    bool readPart(ScriptIterator& inout_Position, std::string& out_strPart) const {
+        const ScriptIterator first(inout_Position);
+        for (const char* pEnd = nameEnd(first.getText(), first.getTextEnd());
+             inout_Position.getText() != pEnd;) {
+            ++inout_Position;
+        }
+        if (inout_Position.getText() == first.getText()) {
+            return false;
+        }
+        out_strPart = m_Namer.makeName(first, inout_Position);
+        return true;
+    }
+
+    template <class ScannerT>
+    bool readFurtherPart(const ScannerT& in_Scanner) const {
+        const ScriptIterator behind(in_Scanner.first);
+        std::string strPart;
+        in_Scanner.skip(in_Scanner);
+        if (!in_Scanner.first.isAtEnd() && *in_Scanner.first == '.') {
+            ++in_Scanner.first;
+            in_Scanner.skip(in_Scanner);
+            if (readPart(in_Scanner.first, strPart)) {
+                return true;
+            }
+        }
+        in_Scanner.first = behind;
+        return false;
+    }
+
+    NamerT& m_Namer;
 };
 
 /// The base of a parser that adds something to another one and has its value.
@@ -75,6 +139,30 @@ public:
 private:
     const char* m_szMessage;
     ReporterT& m_Reporter;
+};
+
+/// A rule of which all begins with a name and one of "(" and "<". As long as nobody sees what is
+/// tried in vain, it isn't tried where something else stands.
+template <class ParserT, class WatchT>
+class CallParser : public WrappedParser<CallParser<ParserT, WatchT>, ParserT> {
+    using Base = WrappedParser<CallParser<ParserT, WatchT>, ParserT>;
+
+public:
+    CallParser(const ParserT& in_Parser, const WatchT& in_Watch)
+        : Base(in_Parser), m_Watch(in_Watch) {}
+
+    template <class ScannerT>
+    typename Base::template result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
+        in_Scanner.skip(in_Scanner);
+        if (!mayBeginCall(in_Scanner.first.getText(), in_Scanner.first.getTextEnd()) &&
+            !m_Watch.isWatched()) {
+            return in_Scanner.no_match();
+        }
+        return this->subject().parse(in_Scanner);
+    }
+
+private:
+    const WatchT& m_Watch;
 };
 
 /// One level of nesting, on whatever stack the thread has. Throws `ScriptSyntaxError` when it is

@@ -432,30 +432,6 @@ TEST(ScriptGraphTest, EveryActionIsTraced) {
     EXPECT_EQ(countTraces(vLines, "ScriptParserImpl::definition::definition"), 2U);
 }
 
-/// Blocks that an account has given out while a script was read.
-std::size_t blocksOf(const char* in_szAccount, const char* in_szScript) {
-    const auto total = [&] {
-        for (const MemAccount& account : MemAccounts::snapshot()) {
-            if (account.name == in_szAccount) {
-                return account.totalBlocks;
-            }
-        }
-        return std::size_t{0};
-    };
-    const std::size_t uiBefore = total();
-    const ParsedScript script(in_szScript);
-    return total() - uiBefore;
-}
-
-TEST(ScriptGraphTest, FailedAlternativesMakeNodesAndDropThem) {
-    EXPECT_EQ(blocksOf("ScriptFunctionImpl", "x = 1"), 4U);
-    EXPECT_EQ(blocksOf("UnknownFunction", "x = a"), 4U);
-    EXPECT_EQ(blocksOf("UnknownVariable", "x = a"), 1U);
-    EXPECT_EQ(blocksOf("UnknownFunction", "x = a<1>()"), 2U);
-    // An integer, an unsigned one, and the octal one that counts.
-    EXPECT_EQ(blocksOf("ParameterImpl", "x = a<012>(b)"), 3U + 1U);
-}
-
 TEST(ScriptGraphTest, NothingOutlivesTheDefinitions) {
     const auto live = [] {
         std::size_t uiBlocks = 0;

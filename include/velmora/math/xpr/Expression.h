@@ -3,12 +3,15 @@
 #include <velmora/Export.h>
 #include <velmora/LimitedObjPtr.h>
 #include <velmora/Object.h>
+#include <velmora/ObjectCast.h>
 #include <velmora/OutputStreamable.h>
 #include <velmora/TSHandle.h>
 #include <velmora/VirtualFileSystem.h>
 #include <velmora/math/DoubleVector.h>
 
 namespace Velmora::Math::Xpr {
+
+class ExpressionBaseImpl;
 
 /// A value of a frame: a node of the graph of expressions, as a host sees it.
 ///
@@ -37,6 +40,22 @@ public:
     /// Forgets the values and the memory between frames of the node and everything below it; keeps
     /// the configuration and the values that were set.
     virtual bool reset() = 0;
+
+    /// The same object as a node of the library; null for a host's own expression. A cast to
+    /// `ExpressionBaseImpl` asks it.
+    virtual ExpressionBaseImpl* asNode() noexcept { return nullptr; }
 };
 
 } // namespace Velmora::Math::Xpr
+
+namespace Velmora {
+
+template <>
+struct ObjectCastShortcut<Math::Xpr::ExpressionBaseImpl, Math::Xpr::Expression> {
+    static constexpr bool EXISTS = true;
+    static Math::Xpr::ExpressionBaseImpl* cast(Math::Xpr::Expression& in_Expression) noexcept {
+        return in_Expression.asNode();
+    }
+};
+
+} // namespace Velmora

@@ -56,6 +56,7 @@ public:
     bool evaluate(LimitedObjPtr<DoubleVector>& out) override;
     bool dump(const char* in_szFileName) const override;
     bool reset() override;
+    ExpressionBaseImpl* asNode() noexcept override { return this; }
 
     /// The name for people and dictionaries. Need not be unique.
     virtual const char* getName() const = 0;
