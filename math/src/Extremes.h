@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 
+#include "Lanes.h"
+
 namespace Velmora::Math {
 
 /// The largest and the smallest value of a range, found among whole numbers.
@@ -35,7 +37,8 @@ struct Extremes {
 };
 
 /// Both are the first value that isn't a number, if there is one. The range isn't empty.
-[[gnu::always_inline]] inline Extremes extremes(const double* in_pFirst, const double* in_pLast) {
+[[gnu::always_inline]] inline Extremes extremesInOrder(const double* in_pFirst,
+                                                       const double* in_pLast) {
     std::int64_t smallest = std::numeric_limits<std::int64_t>::max();
     std::int64_t largest = std::numeric_limits<std::int64_t>::min();
     for (const double* p = in_pFirst; p != in_pLast; ++p) {
@@ -50,6 +53,58 @@ struct Extremes {
         return {*pNotNumber, *pNotNumber};
     }
     return {valueOf(smallest), valueOf(largest)};
+}
+
+enum class Extreme { Smallest, Largest };
+
+template <Extreme which, std::size_t Bytes>
+[[gnu::always_inline]] inline void moveTo(const Lanes<Bytes>& in_values,
+                                          Lanes<Bytes>& inout_extreme, Lanes<Bytes>& inout_check) {
+    if (which == Extreme::Largest) {
+        inout_extreme.raiseTo(in_values);
+    } else {
+        inout_extreme.lowerTo(in_values);
+    }
+    Lanes<Bytes> check(in_values);
+    check.subtract(in_values);
+    inout_check.add(check);
+}
+
+/// One of the two, in registers of that many bytes.
+///
+/// Doubles are compared as such while all are finite and the extreme isn't zero: then it doesn't
+/// depend on the order either. A value less itself is zero for a finite one only.
+template <Extreme which, std::size_t Bytes>
+[[gnu::always_inline]] inline double extreme(const double* in_pFirst, const double* in_pLast) {
+    constexpr std::size_t row = Lanes<Bytes>::count;
+    const auto inOrder = [&] {
+        const Extremes both = extremesInOrder(in_pFirst, in_pLast);
+        return which == Extreme::Largest ? both.largest : both.smallest;
+    };
+    const auto size = static_cast<std::size_t>(in_pLast - in_pFirst);
+    if (size < 2 * row) {
+        return inOrder();
+    }
+    Lanes<Bytes> a(in_pFirst);
+    Lanes<Bytes> b(in_pFirst + row);
+    Lanes<Bytes> checkA;
+    Lanes<Bytes> checkB;
+    for (std::size_t i = 0; i + 2 * row <= size; i += 2 * row) {
+        moveTo<which>(Lanes<Bytes>(in_pFirst + i), a, checkA);
+        moveTo<which>(Lanes<Bytes>(in_pFirst + i + row), b, checkB);
+    }
+    // Some values twice, which doesn't matter.
+    moveTo<which>(Lanes<Bytes>(in_pLast - 2 * row), a, checkA);
+    moveTo<which>(Lanes<Bytes>(in_pLast - row), b, checkB);
+    moveTo<which>(b, a, checkA);
+    checkA.add(checkB);
+    double values[row];
+    a.store(values);
+    double result = values[0];
+    for (const double value : values) {
+        result = (which == Extreme::Largest ? value > result : value < result) ? value : result;
+    }
+    return checkA.total() == 0.0 && result != 0.0 ? result : inOrder();
 }
 
 } // namespace Velmora::Math

@@ -30,9 +30,10 @@ constexpr auto Minus = [](double in_dA, double in_dB) { return in_dA - in_dB; };
 constexpr auto Times = [](double in_dA, double in_dB) { return in_dA * in_dB; };
 constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
 
-// One set of functions for a processor; the loops are the same in all.
+// One set of functions for a processor, and the width of its registers; the loops are the same in
+// all.
 // NOLINTBEGIN(bugprone-macro-parentheses)
-#define VELMORA_KERNELS(name, attribute)                                                           \
+#define VELMORA_KERNELS(name, attribute, bytes)                                                    \
     attribute void add##name(const double* in_pA, const double* in_pB, double* out_pResult,        \
                              std::size_t in_uiCount) {                                             \
         forTwo(in_pA, in_pB, out_pResult, in_uiCount, Plus);                                       \
@@ -50,16 +51,16 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
         forOne(in_pA, in_dB, out_pResult, in_uiCount, Over);                                       \
     }                                                                                              \
     attribute double sum##name(const double* in_pFirst, const double* in_pLast) {                  \
-        return sum(in_pFirst, in_pLast);                                                           \
+        return sumOf<Term::Value, bytes>(in_pFirst, in_pLast);                                     \
     }                                                                                              \
     attribute double sumOfSquares##name(const double* in_pFirst, const double* in_pLast) {         \
-        return sumOfSquares(in_pFirst, in_pLast);                                                  \
+        return sumOf<Term::Square, bytes>(in_pFirst, in_pLast);                                    \
     }                                                                                              \
     attribute double max##name(const double* in_pFirst, const double* in_pLast) {                  \
-        return extremes(in_pFirst, in_pLast).largest;                                              \
+        return extreme<Extreme::Largest, bytes>(in_pFirst, in_pLast);                              \
     }                                                                                              \
     attribute double min##name(const double* in_pFirst, const double* in_pLast) {                  \
-        return extremes(in_pFirst, in_pLast).smallest;                                             \
+        return extreme<Extreme::Smallest, bytes>(in_pFirst, in_pLast);                             \
     }                                                                                              \
     attribute Correlation correlate##name(const double* in_pFirst, std::size_t in_uiCount,         \
                                           const double* in_pCosine, const double* in_pSine) {      \
@@ -72,10 +73,10 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
 
 // NOLINTEND(bugprone-macro-parentheses)
 
-VELMORA_KERNELS(Baseline, )
+VELMORA_KERNELS(Baseline, , 16)
 #if defined(__x86_64__)
-VELMORA_KERNELS(Avx2, __attribute__((target("avx2"))))
-VELMORA_KERNELS(Avx512, __attribute__((target("avx512f"))))
+VELMORA_KERNELS(Avx2, __attribute__((target("avx2"))), 32)
+VELMORA_KERNELS(Avx512, __attribute__((target("avx512f"))), 64)
 #endif
 
 #undef VELMORA_KERNELS

@@ -7,7 +7,6 @@
 #include "Correlation.h"
 #include "Kernels.h"
 #include "Sinusoid.h"
-#include "Summation.h"
 
 namespace Velmora::Math {
 
@@ -100,9 +99,10 @@ void SinusCorrelator::prepare_i(std::size_t in_uiCount) {
     }
     const double* const cosine = basis.m_vCosine.begin();
     const double* const sine = basis.m_vSine.begin();
+    const Kernels::OfAll pSumOfSquares = kernels().m_SumOfSquares;
     m_dCosineScale =
-        reciprocalNorm(2.0 * sumOfSquares(cosine, cosine + pairs) + static_cast<double>(odd));
-    m_dSineScale = reciprocalNorm(2.0 * sumOfSquares(sine, sine + pairs));
+        reciprocalNorm(2.0 * pSumOfSquares(cosine, cosine + pairs) + static_cast<double>(odd));
+    m_dSineScale = reciprocalNorm(2.0 * pSumOfSquares(sine, sine + pairs));
     m_uiCount = in_uiCount;
 }
 

@@ -2,52 +2,81 @@
 
 #include <cstddef>
 
+#include "Lanes.h"
+
 namespace Velmora::Math {
 
 /// Sums of a range whose bits depend on the values and their number alone.
 ///
-/// The range is cut into blocks of summationBlock values. A block is summed into summationLanes
-/// independent sums, value i of the block into lane i modulo the number of lanes; a compiler may
-/// keep the lanes in vector registers of any width without changing the order of a single
-/// addition. The lanes, and then the blocks, are added up by pairs in a binary tree. A value takes
-/// part in at most summationBlock / summationLanes + log2(summationLanes) + log2(blocks) + 1
-/// roundings, so that the relative error (against the sum of the absolute values) grows with the
-/// logarithm of the number of values. Fewer than half as many values as lanes are added one after
-/// the other, which is faster for the one-element vectors that most expressions are.
+/// The range is cut into blocks of summationBlock values. A block is summed into 32 independent
+/// sums, value i of the block into sum i modulo 32, by rows of 32 and, at its end, of 16 and of 8;
+/// the last seven values at most are added up one after the other. The sums, and then the blocks,
+/// are added up by pairs in a binary tree; registers may be of any width without changing the order
+/// of a single addition. A value takes part in at most
+/// summationBlock / 32 + 9 + log2(blocks) roundings, so that the relative error (against the sum of
+/// the absolute values) grows with the logarithm of the number of values. Fewer than eight values
+/// are added one after the other, which is faster for the one-element vectors that most expressions
+/// are.
 ///
 /// Nothing is allocated. A sum of nothing, and one of zeros, is +0.
-constexpr std::size_t summationLanes = 16;
-constexpr std::size_t summationBlock = 128;
+constexpr std::size_t summationBlock = 512;
 
-/// The lanes' total, added up by neighbouring pairs.
-[[gnu::always_inline]] inline double sumOfLanes(const double* in_pLanes) {
-    double level[summationLanes / 2];
-    for (std::size_t i = 0; i < summationLanes / 2; ++i) {
-        level[i] = in_pLanes[2 * i] + in_pLanes[2 * i + 1];
+/// What is summed.
+enum class Term { Value, Square };
+
+template <Term term>
+[[gnu::always_inline]] inline double termOf(double in_dValue) {
+    return term == Term::Square ? in_dValue * in_dValue : in_dValue;
+}
+
+template <Term term, std::size_t Bytes>
+[[gnu::always_inline]] inline void addTerms(const double* in_pValues, Lanes<Bytes>& inout_sum) {
+    Lanes<Bytes> values(in_pValues);
+    if (term == Term::Square) {
+        values.square();
     }
-    for (std::size_t width = summationLanes / 4; width != 0; width /= 2) {
-        for (std::size_t i = 0; i < width; ++i) {
-            level[i] = level[2 * i] + level[2 * i + 1];
-        }
+    inout_sum.add(values);
+}
+
+template <Term term>
+[[gnu::always_inline]] inline double sumInTurn(const double* in_pFirst, const double* in_pLast) {
+    double result = 0.0;
+    for (; in_pFirst != in_pLast; ++in_pFirst) {
+        result += termOf<term>(*in_pFirst);
     }
-    return level[0];
+    return result;
 }
 
 /// One block of up to summationBlock values.
-template <class Term>
-[[gnu::always_inline]] inline double sumOfBlock(const double* in_pFirst, std::size_t in_uiCount,
-                                                Term in_term) {
-    double lanes[summationLanes] = {};
-    std::size_t row = 0;
-    for (; row + summationLanes <= in_uiCount; row += summationLanes) {
-        for (std::size_t lane = 0; lane < summationLanes; ++lane) {
-            lanes[lane] += in_term(in_pFirst[row + lane]);
-        }
+template <Term term, std::size_t Bytes>
+[[gnu::always_inline]] inline double sumOfBlock(const double* in_pFirst, const double* in_pLast) {
+    constexpr std::size_t row = Lanes<Bytes>::count;
+    Lanes<Bytes> a;
+    Lanes<Bytes> b;
+    Lanes<Bytes> c;
+    Lanes<Bytes> d;
+    auto left = static_cast<std::size_t>(in_pLast - in_pFirst);
+    for (; left >= 4 * row; left -= 4 * row) {
+        addTerms<term>(in_pFirst, a);
+        addTerms<term>(in_pFirst + row, b);
+        addTerms<term>(in_pFirst + 2 * row, c);
+        addTerms<term>(in_pFirst + 3 * row, d);
+        in_pFirst += 4 * row;
     }
-    for (std::size_t lane = 0; row + lane < in_uiCount; ++lane) {
-        lanes[lane] += in_term(in_pFirst[row + lane]);
+    if (left >= 2 * row) {
+        addTerms<term>(in_pFirst, a);
+        addTerms<term>(in_pFirst + row, b);
+        in_pFirst += 2 * row;
+        left -= 2 * row;
     }
-    return sumOfLanes(lanes);
+    if (left >= row) {
+        addTerms<term>(in_pFirst, c);
+        in_pFirst += row;
+    }
+    a.add(b);
+    c.add(d);
+    a.add(c);
+    return a.total() + sumInTurn<term>(in_pFirst, in_pLast);
 }
 
 /// Adds up partial sums by pairs, as a binary counter carries: partial sums of equal weight are
@@ -79,34 +108,19 @@ private:
     std::size_t m_uiCount = 0;
 };
 
-template <class Term>
-[[gnu::always_inline]] inline double sumOf(const double* in_pFirst, const double* in_pLast,
-                                           Term in_term) {
-    if (in_pLast - in_pFirst < static_cast<std::ptrdiff_t>(summationLanes / 2)) {
-        double result = 0.0;
-        for (; in_pFirst != in_pLast; ++in_pFirst) {
-            result += in_term(*in_pFirst);
-        }
-        return result;
+/// The sum of [first, last), in registers of that many bytes.
+template <Term term, std::size_t Bytes>
+[[gnu::always_inline]] inline double sumOf(const double* in_pFirst, const double* in_pLast) {
+    if (in_pLast - in_pFirst < static_cast<std::ptrdiff_t>(Lanes<Bytes>::count)) {
+        return sumInTurn<term>(in_pFirst, in_pLast);
     }
     PairwiseSum sum;
-    while (in_pFirst != in_pLast) {
-        const auto left = static_cast<std::size_t>(in_pLast - in_pFirst);
-        const std::size_t count = left < summationBlock ? left : summationBlock;
-        sum.add(sumOfBlock(in_pFirst, count, in_term));
-        in_pFirst += count;
+    while (in_pLast - in_pFirst > static_cast<std::ptrdiff_t>(summationBlock)) {
+        sum.add(sumOfBlock<term, Bytes>(in_pFirst, in_pFirst + summationBlock));
+        in_pFirst += summationBlock;
     }
+    sum.add(sumOfBlock<term, Bytes>(in_pFirst, in_pLast));
     return sum.total();
-}
-
-/// The sum of [first, last).
-[[gnu::always_inline]] inline double sum(const double* in_pFirst, const double* in_pLast) {
-    return sumOf(in_pFirst, in_pLast, [](double value) { return value; });
-}
-
-/// The sum of the squares of [first, last).
-[[gnu::always_inline]] inline double sumOfSquares(const double* in_pFirst, const double* in_pLast) {
-    return sumOf(in_pFirst, in_pLast, [](double value) { return value * value; });
 }
 
 } // namespace Velmora::Math

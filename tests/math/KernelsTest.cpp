@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "math/src/Extremes.h"
+
 namespace {
 
 using namespace Velmora::Math;
@@ -30,16 +32,27 @@ void expectSameBits(const Values& in_vA, const Values& in_vB, const char* in_szK
     }
 }
 
+/// What may stand among usual numbers.
+enum class Guests { None, Borders, NoNumbers, OnlyZeros };
+
 struct Inputs {
-    Inputs(std::size_t in_uiCount, std::uint64_t in_uiSeed, bool in_bHostile) {
+    Inputs(std::size_t in_uiCount, std::uint64_t in_uiSeed, Guests in_eGuests) {
         std::mt19937_64 random(in_uiSeed);
         std::uniform_real_distribution<double> number(-1.0, 1.0);
         constexpr double Infinity = std::numeric_limits<double>::infinity();
-        const Values vHostile{0.0, -0.0, Infinity, -Infinity, 5e-324, -1e308, 1e308};
+        constexpr double Nan = std::numeric_limits<double>::quiet_NaN();
+        const Values vBorders{0.0, -0.0, Infinity, -Infinity, 5e-324, -1e308, 1e308};
         const auto draw = [&] {
-            return in_bHostile && random() % 4 == 0
-                       ? vHostile[random() % vHostile.size()]
-                       : std::ldexp(number(random), static_cast<int>(random() % 40) - 20);
+            if (in_eGuests == Guests::Borders && random() % 4 == 0) {
+                return vBorders[random() % vBorders.size()];
+            }
+            if (in_eGuests == Guests::NoNumbers && random() % 64 == 0) {
+                return random() % 2 == 0 ? Nan : -Nan;
+            }
+            if (in_eGuests == Guests::OnlyZeros) {
+                return random() % 2 == 0 ? 0.0 : -0.0;
+            }
+            return std::ldexp(number(random), static_cast<int>(random() % 40) - 20);
         };
         for (std::size_t ui = 0; ui != in_uiCount; ++ui) {
             m_vA.push_back(draw());
@@ -86,12 +99,29 @@ Values compute(const Kernels& in_Kernels, const Inputs& in_Inputs) {
 TEST(KernelsTest, AllFormsGiveTheSameBits) {
     const std::vector<const Kernels*> vForms = listKernels();
     ASSERT_FALSE(vForms.empty());
-    for (const bool bHostile : {false, true}) {
-        for (std::size_t uiCount = 0; uiCount != 400; ++uiCount) {
-            const Inputs inputs(uiCount, uiCount, bHostile);
+    for (const Guests eGuests :
+         {Guests::None, Guests::Borders, Guests::NoNumbers, Guests::OnlyZeros}) {
+        for (std::size_t uiCount = 0; uiCount < 2000; uiCount += 1 + uiCount / 300) {
+            const Inputs inputs(uiCount, uiCount, eGuests);
             const Values vExpected = compute(*vForms.front(), inputs);
             for (const Kernels* pForm : vForms) {
-                expectSameBits(compute(*pForm, inputs), vExpected, bHostile ? "hostile" : "usual");
+                expectSameBits(compute(*pForm, inputs), vExpected, "values");
+            }
+        }
+    }
+}
+
+TEST(KernelsTest, ExtremesAreThoseInOrder) {
+    for (const Guests eGuests :
+         {Guests::None, Guests::Borders, Guests::NoNumbers, Guests::OnlyZeros}) {
+        for (std::size_t uiCount = 1; uiCount != 100; ++uiCount) {
+            const Inputs inputs(uiCount, uiCount, eGuests);
+            const double* const pFirst = inputs.m_vA.data();
+            const Extremes expected = extremesInOrder(pFirst, pFirst + uiCount);
+            for (const Kernels* pForm : listKernels()) {
+                expectSameBits({pForm->m_Min(pFirst, pFirst + uiCount),
+                                pForm->m_Max(pFirst, pFirst + uiCount)},
+                               {expected.smallest, expected.largest}, "extremes");
             }
         }
     }

@@ -61,34 +61,54 @@ TEST(SumFeatureTest, ErrorGrowsWithTheLogarithmOfTheSizeOnly) {
     };
     ASSERT_GT(errorOf(naive), 1e-12);
     SumFeature feature;
-    // 8 additions in a lane, 4 over the lanes, 13 over the blocks, and one rounding unit each.
-    EXPECT_LT(errorOf(resultOf(feature, input).front()), 25 * 1.2e-16);
+    // 16 additions a sum, 5 over the sums, one of the end, 11 over the blocks, a rounding unit
+    // each.
+    EXPECT_LT(errorOf(resultOf(feature, input).front()), 33 * 1.2e-16);
+}
+
+/// One block of at most 512 values, as sums are defined.
+double sumOfBlock(const double* in_pFirst, const double* in_pLast) {
+    Values sums(32, 0.0);
+    for (const std::size_t width : {32, 16, 8}) {
+        // Behind the rows of 32, one of 16 goes into the first half, and one of 8 into the third
+        // quarter.
+        const std::size_t first = width == 8 ? 16 : 0;
+        while (static_cast<std::size_t>(in_pLast - in_pFirst) >= width) {
+            for (std::size_t i = 0; i < width; ++i) {
+                sums[first + i] += *in_pFirst++;
+            }
+        }
+    }
+    for (std::size_t i = 0; i < 8; ++i) {
+        sums[i] = (sums[i] + sums[i + 8]) + (sums[i + 16] + sums[i + 24]);
+    }
+    for (const std::size_t half : {4, 2, 1}) {
+        for (std::size_t i = 0; i < half; ++i) {
+            sums[i] += sums[i + half];
+        }
+    }
+    double end = 0.0;
+    while (in_pFirst != in_pLast) {
+        end += *in_pFirst++;
+    }
+    return sums[0] + end;
 }
 
 TEST(SumFeatureTest, BitsAreThoseOfTheOrderInWhichSumsAreDefined) {
     Values input;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         input.push_back(1.0 / (i + 1));
     }
-    // Sixteen lanes over blocks of 128, pairs of lanes, pairs of blocks.
-    Values partials;
-    for (std::size_t block = 0; block < input.size(); block += 128) {
-        Values lanes(16, 0.0);
-        for (std::size_t i = block; i < std::min(block + 128, input.size()); ++i) {
-            lanes[(i - block) % 16] += input[i];
-        }
-        while (lanes.size() > 1) {
-            for (std::size_t i = 0; i < lanes.size() / 2; ++i) {
-                lanes[i] = lanes[2 * i] + lanes[2 * i + 1];
-            }
-            lanes.resize(lanes.size() / 2);
-        }
-        partials.push_back(lanes.front());
-    }
-    ASSERT_EQ(partials.size(), 8u);
-    const double expected = ((partials[0] + partials[1]) + (partials[2] + partials[3])) +
-                            ((partials[4] + partials[5]) + (partials[6] + partials[7]));
     SumFeature feature;
+    for (const std::size_t size : {8u, 13u, 31u, 160u, 255u, 512u}) {
+        const Values part(input.begin(), input.begin() + static_cast<std::ptrdiff_t>(size));
+        const double expected = sumOfBlock(part.data(), part.data() + size);
+        EXPECT_THAT(resultOf(feature, part), HasValues(Values{expected})) << size;
+    }
+    const double* const first = input.data();
+    const double expected =
+        (sumOfBlock(first, first + 512) + sumOfBlock(first + 512, first + 1024)) +
+        sumOfBlock(first + 1024, first + 1500);
     EXPECT_THAT(resultOf(feature, input), HasValues(Values{expected}));
 }
 
