@@ -75,10 +75,7 @@ public:
         if (pMemory == MAP_FAILED) {
             throw std::bad_alloc();
         }
-        if (mprotect(pMemory, GuardSize, PROT_NONE) != 0) {
-            munmap(pMemory, FreshSize);
-            throw std::bad_alloc();
-        }
+        mprotect(pMemory, GuardSize, PROT_NONE);
         m_pMemory = static_cast<char*>(pMemory);
     }
 

@@ -12,6 +12,8 @@
 #include <velmora/math/xpr/Linker.h>
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/Optimizer.h>
+#include <velmora/math/xpr/Registry.h>
+#include <velmora/math/xpr/ScriptLoaderStdIO.h>
 #include <velmora/math/xpr/ScriptLoaderVFS.h>
 #include <velmora/math/xpr/ScriptParser.h>
 #include <velmora/math/xpr/VariableImpl.h>
@@ -286,6 +288,181 @@ TEST(CallOrderTest, Dictionnary) {
          [](State&) { return Conditions{"0 != in_szFileName"}; }},
     };
     report("Dictionnary", callPairs(vOperations, {"add a variable", "add a function"}));
+}
+
+// --- Registry ----------------------------------------------------------------------------------
+
+struct OwnRegistry : public Registry {};
+
+struct RegistrySubject {
+    struct State {
+        bool m_bFunction = false;
+        bool m_bVariable = false;
+    };
+    OwnRegistry m_Registry;
+};
+
+TEST(CallOrderTest, Registry) {
+    using Call = Operation<RegistrySubject>;
+    using State = RegistrySubject::State;
+    using FunctionAllocator = Registry::ExpressionAllocatorT<OperatorPlus>;
+    using VariableAllocator = Registry::ExpressionAllocatorT<VariableImpl>;
+    const char* const NoFunction =
+        "!pFunction.isNull()&& \"the registered class is not a function \" \"expression.\"";
+    const char* const NoVariable =
+        "!pVariable.isNull()&& \"the registered class is not a variable \" \"expression.\"";
+    const auto always = [](const char* in_szCondition) {
+        return [=](State&) { return Conditions{in_szCondition}; };
+    };
+    const char* const NullDescription = "0 != in_szName && 0 != in_szDescription";
+    const std::vector<Call> vOperations{
+        {"registerFunction",
+         [](auto& s) { s.m_Registry.registerFunction("f", new FunctionAllocator); },
+         [](auto& st) {
+             st.m_bFunction = true;
+             return Conditions();
+         }},
+        {"registerFunction of a variable",
+         [](auto& s) { s.m_Registry.registerFunction("f", new VariableAllocator); },
+         always(NoFunction)},
+        {"registerFunction null", [](auto& s) { s.m_Registry.registerFunction("f", nullptr); },
+         always(NoFunction)},
+        {"registerFunction without a name",
+         [](auto& s) { s.m_Registry.registerFunction(nullptr, new FunctionAllocator); },
+         always(NullName)},
+        {"registerFunction without anything",
+         [](auto& s) { s.m_Registry.registerFunction(nullptr, nullptr); }, always(NoFunction)},
+        {"registerVariable",
+         [](auto& s) { s.m_Registry.registerVariable("v", new VariableAllocator); },
+         [](auto& st) {
+             st.m_bVariable = true;
+             return Conditions();
+         }},
+        {"registerVariable of a function",
+         [](auto& s) { s.m_Registry.registerVariable("v", new FunctionAllocator); },
+         always(NoVariable)},
+        {"registerVariable null", [](auto& s) { s.m_Registry.registerVariable("v", nullptr); },
+         always(NoVariable)},
+        {"registerVariable without a name",
+         [](auto& s) { s.m_Registry.registerVariable(nullptr, new VariableAllocator); },
+         always(NullName)},
+        {"newExpression",
+         [](auto& s) { const Handle<Expression> p(s.m_Registry.newExpression("f")); },
+         nothing<State>},
+        {"newExpression null",
+         [](auto& s) { EXPECT_EQ(s.m_Registry.newExpression(nullptr), nullptr); },
+         always(NullName)},
+        {"newFunction", [](auto& s) { const Handle<Function> p(s.m_Registry.newFunction("f")); },
+         nothing<State>},
+        {"newFunction of a variable",
+         [](auto& s) { EXPECT_EQ(s.m_Registry.newFunction("v"), nullptr); },
+         [](auto& st) {
+             return st.m_bVariable
+                        ? Conditions{"pFunction && \"requested expression is not a function\""}
+                        : Conditions();
+         }},
+        {"newFunction null", [](auto& s) { EXPECT_EQ(s.m_Registry.newFunction(nullptr), nullptr); },
+         always(NullName)},
+        {"newVariable", [](auto& s) { const Handle<Variable> p(s.m_Registry.newVariable("v")); },
+         nothing<State>},
+        {"newVariable of a function",
+         [](auto& s) { EXPECT_EQ(s.m_Registry.newVariable("f"), nullptr); },
+         [](auto& st) {
+             return st.m_bFunction
+                        ? Conditions{"pVariable && \"requested expression is not a variable\""}
+                        : Conditions();
+         }},
+        {"newVariable null", [](auto& s) { EXPECT_EQ(s.m_Registry.newVariable(nullptr), nullptr); },
+         always(NullName)},
+        {"getNames",
+         [](auto& s) {
+             std::vector<std::string> vNames;
+             s.m_Registry.getNames(vNames);
+         },
+         nothing<State>},
+        {"describe", [](auto& s) { s.m_Registry.describe("f", "a function"); }, nothing<State>},
+        {"describe null", [](auto& s) { s.m_Registry.describe(nullptr, "a function"); },
+         always(NullDescription)},
+        {"describe by null", [](auto& s) { s.m_Registry.describe("f", nullptr); },
+         always(NullDescription)},
+        {"getDescription", [](auto& s) { EXPECT_NE(s.m_Registry.getDescription("f"), nullptr); },
+         nothing<State>},
+        {"getDescription null",
+         [](auto& s) { EXPECT_STREQ(s.m_Registry.getDescription(nullptr), ""); }, nothing<State>},
+        {"write",
+         [](auto& s) {
+             std::ostringstream stream;
+             s.m_Registry.write(stream);
+         },
+         nothing<State>},
+    };
+    report("Registry", callPairs(vOperations, {"registerFunction", "registerVariable"}));
+}
+
+// --- Loaders -----------------------------------------------------------------------------------
+
+struct FileLoader : public ScriptLoaderStdIO {};
+
+struct TextLoader : public ScriptLoaderVFS {
+    TextLoader() : ScriptLoaderVFS(newFiles()) {}
+};
+
+struct LoaderWithoutFiles : public ScriptLoaderVFS {
+    LoaderWithoutFiles() : ScriptLoaderVFS(TSHandle<VirtualFileSystem>()) {}
+};
+
+template <class Loader>
+struct LoaderSubject {
+    struct State {};
+    Loader m_Loader;
+    Dictionnary m_Dictionnary{"d"};
+};
+
+template <class Loader>
+class LoaderCallOrderTest : public testing::Test {};
+
+using Loaders = testing::Types<FileLoader, TextLoader, LoaderWithoutFiles>;
+TYPED_TEST_SUITE(LoaderCallOrderTest, Loaders);
+
+TYPED_TEST(LoaderCallOrderTest, ScriptLoader) {
+    using Subject = LoaderSubject<TypeParam>;
+    using State = typename Subject::State;
+    const auto load = [](Subject& inout_Subject, const char* in_szName) {
+        std::istringstream stream(Script);
+        ScriptLoader& loader = inout_Subject.m_Loader;
+        loader.run(stream, in_szName, inout_Subject.m_Dictionnary);
+    };
+    const auto open = [](Subject& inout_Subject, const char* in_szName, bool in_bReport) {
+        ScriptLoader& loader = inout_Subject.m_Loader;
+        loader.run(in_szName, inout_Subject.m_Dictionnary, in_bReport);
+    };
+    const auto always = [](const char* in_szCondition) {
+        return [=](State&) { return Conditions{in_szCondition}; };
+    };
+    const std::vector<Operation<Subject>> vOperations{
+        {"configure", [](auto& s) { s.m_Loader.configure(scriptsIn(".")); }, nothing<State>},
+        {"configure without directories", [](auto& s) { s.m_Loader.configure(ParameterTrie()); },
+         nothing<State>},
+        {"run", [=](auto& s) { open(s, "s", true); }, nothing<State>},
+        {"run of an unknown name", [=](auto& s) { open(s, "unknown", false); }, nothing<State>},
+        {"run without a name", [=](auto& s) { open(s, nullptr, true); },
+         always("0 != in_szScriptName")},
+        {"run of a stream", [=](auto& s) { load(s, "s"); }, nothing<State>},
+        {"run of a stream without a name", [=](auto& s) { load(s, nullptr); },
+         always("OS::stripFileName( in_szFilePath, strFileDirectory )")},
+        {"run of a stream with an empty name", [=](auto& s) { load(s, ""); },
+         always("OS::stripPathAndExtension( in_szScriptName, m_strScriptName )")},
+        {"run of no stream",
+         [](auto& s) {
+             std::istream stream(nullptr);
+             ScriptLoader& loader = s.m_Loader;
+             loader.run(stream, "s", s.m_Dictionnary);
+         },
+         nothing<State>},
+        {"clone", [](auto& s) { const std::unique_ptr<Cloneable> p(s.m_Loader.clone()); },
+         nothing<State>},
+    };
+    report("a loader", callPairs(vOperations, {"configure", "run"}));
 }
 
 } // namespace

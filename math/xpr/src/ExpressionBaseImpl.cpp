@@ -86,8 +86,7 @@ bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
 }
 
 bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
-    const bool bPassedOver = m_uiPlanIndex == SealedPlan::PassedOver;
-    if (!bPassedOver && !isValid()) {
+    if (m_uiPlanIndex != SealedPlan::PassedOver && !isValid()) {
         if (m_pPlan->takeFailure(m_uiPlanIndex)) {
             m_pPlan->failedTries().note(*this);
             return false;
@@ -100,7 +99,11 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
             return bSuccess;
         }
     }
-    const auto evaluateLong = [this] {
+    return evaluateTheLongWay(out);
+}
+
+bool ExpressionBaseImpl::evaluateTheLongWay(LimitedObjPtr<DoubleVector>& out) {
+    const auto evaluateNode = [this] {
         const SealedPlan::LongWay longWay(*m_pPlan);
         if (m_pPlan->failedTries().isUseless(*this)) {
             return false;
@@ -111,7 +114,8 @@ bool ExpressionBaseImpl::evaluateSealed(LimitedObjPtr<DoubleVector>& out) {
         }
         return bEvaluated;
     };
-    if (!evaluateLong()) {
+    const bool bPassedOver = m_uiPlanIndex == SealedPlan::PassedOver;
+    if (!evaluateNode()) {
         m_pPlan->noteFailure();
         return false;
     }

@@ -59,10 +59,23 @@ bool SealedPlan::ScalarProgram::append(SealedPlan& inout_Plan, Index in_uiNode) 
     } else if (bComputed && isOperator(step.m_eKind)) {
         const double* const pFirst = inout_Plan.m_vSources[step.m_uiFirst];
         const double* const pSecond = inout_Plan.m_vSources[step.m_uiSecond];
-        m_vOperations.push_back({pFirst, pSecond, step.m_pScalar, in_uiNode, step.m_eKind});
+        m_vOperations.push_back(
+            {pFirst, pSecond, step.m_pScalar, in_uiNode, codeOf(step.m_eKind, pFirst, pSecond)});
         return pFirst != nullptr && pSecond != nullptr && pSource != nullptr;
     }
     return pSource != nullptr || !bComputed;
+}
+
+SealedPlan::ScalarProgram::Code SealedPlan::ScalarProgram::codeOf(Kind in_eKind,
+                                                                  const double* in_pFirst,
+                                                                  const double* in_pSecond) const {
+    constexpr int Forms = 3;
+    const int iPlain = Forms * static_cast<int>(in_eKind);
+    const double* const pLast = m_vOperations.empty() ? nullptr : m_vOperations.back().m_pResult;
+    if (pLast == nullptr || (in_pFirst == pLast) == (in_pSecond == pLast)) {
+        return static_cast<Code>(iPlain);
+    }
+    return static_cast<Code>(iPlain + (in_pSecond == pLast ? 1 : 2));
 }
 
 bool SealedPlan::ScalarProgram::isElement(const double* in_pSource) const {
@@ -154,26 +167,48 @@ bool SealedPlan::ScalarProgram::fetchInputs(SealedPlan& inout_Plan) const {
 
 /// The operation that can't be computed, as it divides by zero; null if there is none.
 const SealedPlan::ScalarProgram::Operation* SealedPlan::ScalarProgram::compute() const {
+    double dLast = 0.0;
     for (const Operation& operation : m_vOperations) {
-        const double dFirst = *operation.m_pFirst;
-        const double dSecond = *operation.m_pSecond;
-        switch (operation.m_eKind) {
-        case Kind::Plus:
-            *operation.m_pResult = dFirst + dSecond;
+        switch (operation.m_eCode) {
+        case Code::Add:
+            dLast = *operation.m_pFirst + *operation.m_pSecond;
             break;
-        case Kind::Minus:
-            *operation.m_pResult = dFirst - dSecond;
+        case Code::AddLast:
+            dLast = *operation.m_pFirst + dLast;
             break;
-        case Kind::Multiply:
-            *operation.m_pResult = dFirst * dSecond;
+        case Code::AddToLast:
+            dLast = dLast + *operation.m_pSecond;
+            break;
+        case Code::Subtract:
+            dLast = *operation.m_pFirst - *operation.m_pSecond;
+            break;
+        case Code::SubtractLast:
+            dLast = *operation.m_pFirst - dLast;
+            break;
+        case Code::SubtractFromLast:
+            dLast = dLast - *operation.m_pSecond;
+            break;
+        case Code::Multiply:
+            dLast = *operation.m_pFirst * *operation.m_pSecond;
+            break;
+        case Code::MultiplyByLast:
+            dLast = *operation.m_pFirst * dLast;
+            break;
+        case Code::MultiplyLast:
+            dLast = dLast * *operation.m_pSecond;
             break;
         default:
-            if (dSecond == 0.0) {
+            const double dDividend =
+                operation.m_eCode == Code::DivideLast ? dLast : *operation.m_pFirst;
+            const double dDivisor =
+                operation.m_eCode == Code::DivideByLast ? dLast : *operation.m_pSecond;
+            if (dDivisor == 0.0) {
                 return &operation;
             }
-            *operation.m_pResult = dFirst / dSecond;
+            dLast = dDividend / dDivisor;
             break;
         }
+        *operation.m_pResult = dLast;
     }
     return nullptr;
 }

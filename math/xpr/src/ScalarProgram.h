@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "SealedPlan.h"
@@ -37,12 +38,29 @@ public:
     bool run(SealedPlan& inout_Plan, const Needs& in_Needs, Index& out_uiFailed) const;
 
 private:
+    /// What is computed, and which side is the result of the operation ahead. Most are computed for
+    /// the sake of the next, which needn't wait until memory has the number.
+    enum class Code : std::uint8_t {
+        Add,
+        AddLast,
+        AddToLast,
+        Subtract,
+        SubtractLast,
+        SubtractFromLast,
+        Multiply,
+        MultiplyByLast,
+        MultiplyLast,
+        Divide,
+        DivideByLast,
+        DivideLast
+    };
+
     struct Operation {
         const double* m_pFirst;
         const double* m_pSecond;
         double* m_pResult;
         Index m_uiNode;
-        Kind m_eKind;
+        Code m_eCode;
     };
 
     /// An input, and where its element is put.
@@ -51,6 +69,7 @@ private:
         double* m_pElement;
     };
 
+    Code codeOf(Kind in_eKind, const double* in_pFirst, const double* in_pSecond) const;
     bool append(SealedPlan& inout_Plan, Index in_uiNode);
     void remember(SealedPlan& inout_Plan, const Needs& in_Needs) const;
     void listFetches(const SealedPlan& in_Plan);

@@ -146,6 +146,8 @@ private:
         bool m_bPlanned = false;
         /// Does the operator lack the pointers that it would have read through?
         bool m_bAhead = false;
+        /// Evaluations during which nobody looks whether all that isn't valid is near this node.
+        std::uint8_t m_uiFar = 0;
     };
 
     /// Eight flags, a byte each, the first in the lowest.
@@ -172,6 +174,8 @@ private:
     struct Needs;
 
     bool compute(Step& inout_Step);
+    void passOn(Step& inout_Step);
+    bool computeOne(Index in_uiNode);
     bool computeScalar(Step& inout_Step) const;
     bool computeOperator(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
@@ -184,7 +188,7 @@ private:
     void noteConstant(Step& inout_Step);
     void leave();
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
-    Index findInvalidInput(Index in_uiNode, std::size_t& out_uiCount) const;
+    bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
     void makeRoomForPrograms(Needs& inout_Needs);

@@ -244,6 +244,7 @@ private:
     bool checkNewChild(const Handle<ExpressionBaseImpl>& in_pChild) const;
     Loop findLoop(const Handle<ExpressionBaseImpl>& in_pChild) const;
     bool evaluateSealed(LimitedObjPtr<DoubleVector>& out);
+    bool evaluateTheLongWay(LimitedObjPtr<DoubleVector>& out);
     void joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
     bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
     void sealAlongPaths();

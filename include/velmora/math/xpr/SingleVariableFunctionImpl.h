@@ -25,7 +25,7 @@ protected:
     const DoubleVector* findArgument(const ArgumentMap& in_ArgNameToDomain) const {
         // Nearly always the argument is alone, and the map needn't be searched.
         const auto iteFirst = in_ArgNameToDomain.begin();
-        if (iteFirst != in_ArgNameToDomain.end() && iteFirst->first == m_strArgumentName) {
+        if (iteFirst != in_ArgNameToDomain.end() && isArgumentName(iteFirst->first)) {
             return iteFirst->second.get();
         }
         const auto iteArgument = in_ArgNameToDomain.find(m_strArgumentName);
@@ -38,6 +38,13 @@ protected:
     }
 
 private:
+    /// Most names are one letter, which is compared in less time than a call takes.
+    bool isArgumentName(const std::string& in_strName) const {
+        return in_strName.size() == 1 && m_strArgumentName.size() == 1
+                   ? in_strName.front() == m_strArgumentName.front()
+                   : in_strName == m_strArgumentName;
+    }
+
     std::string m_strFunctionName;
     std::string m_strArgumentName;
 };

@@ -67,7 +67,7 @@ protected:
         if (m_vArguments.empty()) {
             findArguments();
         }
-        if (m_mapArgNameToDomain.empty()) {
+        if (m_vValues.empty()) {
             makeEntries();
         }
         if (!evaluateArguments()) {
@@ -126,8 +126,12 @@ private:
     /// Arguments beyond those that the function declared, which a host may have added, get none.
     void makeEntries() {
         const std::size_t uiCount = std::min(m_vArguments.size(), m_vArgumentNames.size());
+        m_vValues.reserve(uiCount);
         for (std::size_t i = 0; i < uiCount; ++i) {
             m_mapArgNameToDomain[m_vArgumentNames[i]] = nullptr;
+        }
+        for (auto& entry : m_mapArgNameToDomain) {
+            m_vValues.push_back(&entry.second);
         }
     }
 
@@ -135,12 +139,12 @@ private:
     bool evaluateArguments() {
         bool bComplete = true;
         auto iteArgument = m_vArguments.begin();
-        for (auto& entry : m_mapArgNameToDomain) {
+        for (LimitedObjPtr<DoubleVector>* const pValue : m_vValues) {
             if (!iteArgument->isNull()) {
-                static_cast<void>((*iteArgument)->evaluate(entry.second));
+                static_cast<void>((*iteArgument)->evaluate(*pValue));
             }
             ++iteArgument;
-            bComplete = bComplete && !entry.second.isNull();
+            bComplete = bComplete && !pValue->isNull();
         }
         return bComplete || reportNoValue();
     }
@@ -149,6 +153,8 @@ private:
     std::vector<std::string> m_vArgumentNames;
     std::vector<Handle<VariableImpl>> m_vArguments;
     FunctionAdaptor::ArgumentMap m_mapArgNameToDomain;
+    /// The pointers in the map, in its order.
+    std::vector<LimitedObjPtr<DoubleVector>*> m_vValues;
     DoubleVector m_vResult;
 };
 

@@ -1,0 +1,277 @@
+// How the nodes of a plan are computed, one by one.
+
+#include "SealedPlan.h"
+
+#include <utility>
+
+#include <velmora/math/xpr/BinaryOperatorImpl.h>
+#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+
+namespace Velmora::Math::Xpr {
+
+void SealedPlan::look(Step& inout_Step) {
+    if (inout_Step.m_pNode != nullptr) {
+        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+        setScalar(inout_Step, nullptr);
+        inout_Step.m_bAhead = false;
+        noteConstant(inout_Step);
+    }
+}
+
+void SealedPlan::setScalar(Step& inout_Step, double* in_pScalar) {
+    if (inout_Step.m_pScalar != in_pScalar) {
+        inout_Step.m_pScalar = in_pScalar;
+        ++m_uiScalarChanges;
+    }
+}
+
+/// A constant never changes, so that its element can be read without asking for the size.
+void SealedPlan::noteConstant(Step& inout_Step) {
+    if (inout_Step.m_eKind == Kind::Constant && inout_Step.m_pVector != nullptr &&
+        inout_Step.m_pVector->size() == 1) {
+        setScalar(inout_Step, const_cast<double*>(inout_Step.m_pVector->begin()));
+    }
+}
+
+/// What the operator would do with sides that it doesn't complain of. False for others.
+inline bool SealedPlan::computeKnown(Kind in_eKind, const DoubleVector& in_Left,
+                                     const DoubleVector& in_Right, DoubleVector& out) {
+    const std::size_t uiLeft = in_Left.size();
+    const std::size_t uiRight = in_Right.size();
+    if (uiLeft == 0 || uiRight == 0) {
+        return false;
+    }
+    switch (in_eKind) {
+    case Kind::Plus:
+        if (uiLeft == uiRight) {
+            out.setSum(in_Left, in_Right);
+        }
+        return uiLeft == uiRight;
+    case Kind::Minus:
+        if (uiLeft == uiRight) {
+            out.setDifference(in_Left, in_Right);
+        }
+        return uiLeft == uiRight;
+    case Kind::Multiply:
+        if (uiLeft == 1) {
+            out.setProduct(in_Right, *in_Left.begin());
+        } else if (uiRight == 1) {
+            out.setProduct(in_Left, *in_Right.begin());
+        }
+        return uiLeft == 1 || uiRight == 1;
+    default:
+        const bool bKnown = in_eKind == Kind::Divide && uiRight == 1 && *in_Right.begin() != 0.0;
+        if (bKnown) {
+            out.setQuotient(in_Left, *in_Right.begin());
+        }
+        return bKnown;
+    }
+}
+
+bool SealedPlan::computeVectors(Step& inout_Step) {
+    const Step& first = m_vSteps[inout_Step.m_uiFirst];
+    const Step& second = m_vSteps[inout_Step.m_uiSecond];
+    auto& op = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode);
+    if (first.m_pVector == nullptr || second.m_pVector == nullptr) {
+        setScalar(inout_Step, nullptr);
+        return op.reportNoValue();
+    }
+    inout_Step.m_bAhead = true;
+    inout_Step.m_pNode->m_pValue = &op.m_Result;
+    inout_Step.m_pVector = &op.m_Result;
+    const bool bComputed =
+        computeKnown(inout_Step.m_eKind, *first.m_pVector, *second.m_pVector, op.m_Result) ||
+        op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result);
+    setScalar(inout_Step, bComputed && op.m_Result.size() == 1 ? op.m_Result.begin() : nullptr);
+    return bComputed;
+}
+
+/// The element of a value of one element; null for others.
+const double* SealedPlan::findScalar(const Step& in_Step) {
+    if (in_Step.m_pScalar != nullptr) {
+        return in_Step.m_pScalar;
+    }
+    const DoubleVector* const pVector = in_Step.m_pVector;
+    return pVector != nullptr && pVector->size() == 1 ? pVector->begin() : nullptr;
+}
+
+/// A scalar that stays one is written in its place. False, and nothing has happened, for all else.
+inline bool SealedPlan::computeScalar(Step& inout_Step) const {
+    if (inout_Step.m_pScalar == nullptr || inout_Step.m_eKind > Kind::Multiply) {
+        return false;
+    }
+    const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
+    const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
+    if (pFirst == nullptr || pSecond == nullptr) {
+        return false;
+    }
+    switch (inout_Step.m_eKind) {
+    case Kind::Plus:
+        *inout_Step.m_pScalar = *pFirst + *pSecond;
+        break;
+    case Kind::Minus:
+        *inout_Step.m_pScalar = *pFirst - *pSecond;
+        break;
+    default:
+        *inout_Step.m_pScalar = *pFirst * *pSecond;
+        break;
+    }
+    return true;
+}
+
+bool SealedPlan::computeOperator(Step& inout_Step) {
+    if (inout_Step.m_eKind == Kind::Divide && inout_Step.m_pScalar != nullptr) {
+        const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
+        const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
+        if (pFirst != nullptr && pSecond != nullptr && *pSecond != 0.0) {
+            *inout_Step.m_pScalar = *pFirst / *pSecond;
+            return true;
+        }
+    }
+    return computeVectors(inout_Step);
+}
+
+inline void SealedPlan::passOn(Step& inout_Step) {
+    const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
+    if (inout_Step.m_pVector != pVector) {
+        inout_Step.m_pVector = pVector;
+        inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
+    }
+}
+
+inline bool SealedPlan::compute(Step& inout_Step) {
+    switch (inout_Step.m_eKind) {
+    case Kind::Input: {
+        const auto& input = static_cast<const DomainValueNoCopyImpl&>(*inout_Step.m_pNode);
+        const DoubleVector& vValue = input.DomainValueNoCopyImpl::getValue();
+        inout_Step.m_pVector = &vValue;
+        inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(&vValue);
+        return true;
+    }
+    case Kind::Constant:
+    case Kind::Other:
+        if (!inout_Step.m_pNode->evaluate_i(inout_Step.m_pNode->m_pValue)) {
+            return false;
+        }
+        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+        noteConstant(inout_Step);
+        return true;
+    case Kind::Forward:
+        passOn(inout_Step);
+        return true;
+    default:
+        return computeOperator(inout_Step);
+    }
+}
+
+bool SealedPlan::step(Index in_uiNode) {
+    Step& step = m_vSteps[in_uiNode];
+    if (!computeScalar(step) && !compute(step)) {
+        noteFailure();
+        return false;
+    }
+    *flagOf(in_uiNode) = 1;
+    return true;
+}
+
+/// Computes a variable that is one operation on scalars, as features are that scale a common one.
+/// False, and nothing has happened, for all else.
+inline bool SealedPlan::computeOne(Index in_uiNode) {
+    Step& variable = m_vSteps[in_uiNode];
+    if (variable.m_eKind != Kind::Forward || isValid(variable.m_uiFirst)) {
+        return false;
+    }
+    Step& operation = m_vSteps[variable.m_uiFirst];
+    if (operation.m_eKind > Kind::Multiply || !isValid(operation.m_uiFirst) ||
+        !isValid(operation.m_uiSecond) || !computeScalar(operation)) {
+        return false;
+    }
+    *flagOf(variable.m_uiFirst) = 1;
+    passOn(variable);
+    *flagOf(in_uiNode) = 1;
+    return true;
+}
+
+/// Computes a node below which one node after the other is all that isn't valid, as in a feature
+/// that shares most of its work with one that was asked for before. `out_bIsNear` tells whether it
+/// is so. Returns the node that failed, or `PassedOver`.
+SealedPlan::Index SealedPlan::computeNear(Index in_uiNode, bool& out_bIsNear) {
+    constexpr std::size_t MaxNear = 4;
+    Index uiPath[MaxNear];
+    std::size_t uiDepth = 0;
+    out_bIsNear = false;
+    for (Index uiNode = in_uiNode; uiNode != PassedOver;) {
+        if (uiDepth == MaxNear || !findInvalidInput(uiNode, uiPath[uiDepth])) {
+            return PassedOver;
+        }
+        std::swap(uiNode, uiPath[uiDepth++]);
+    }
+    out_bIsNear = true;
+    while (uiDepth != 0) {
+        if (!step(uiPath[--uiDepth])) {
+            return uiPath[uiDepth];
+        }
+    }
+    return PassedOver;
+}
+
+/// The only input that isn't valid, or `PassedOver`. False if there are several.
+inline bool SealedPlan::findInvalidInput(Index in_uiNode, Index& out_uiInput) const {
+    const Step& step = m_vSteps[in_uiNode];
+    out_uiInput = PassedOver;
+    if (step.m_eKind <= Kind::Forward) {
+        const bool bFirst = isValid(step.m_uiFirst);
+        if (!isValid(step.m_uiSecond)) {
+            out_uiInput = step.m_uiSecond;
+            return bFirst || step.m_uiSecond == step.m_uiFirst;
+        }
+        if (!bFirst) {
+            out_uiInput = step.m_uiFirst;
+        }
+        return true;
+    }
+    for (Index ui = m_vInputsBegin[in_uiNode]; ui != m_vInputsBegin[in_uiNode + 1]; ++ui) {
+        if (!isValid(m_vInputs[ui])) {
+            if (out_uiInput != PassedOver) {
+                return false;
+            }
+            out_uiInput = m_vInputs[ui];
+        }
+    }
+    return true;
+}
+
+bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
+    if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
+        return false;
+    }
+    if (computeOne(in_uiNode)) {
+        out_bSuccess = true;
+        return true;
+    }
+    Step& step = m_vSteps[in_uiNode];
+    bool bIsNear = false;
+    Index uiFailed = PassedOver;
+    if (step.m_uiFar == 0) {
+        uiFailed = computeNear(in_uiNode, bIsNear);
+    }
+    if (!bIsNear) {
+        // What was far is likely to be far in the next frame too.
+        constexpr std::uint8_t EvaluationsUntilNextLook = 32;
+        step.m_uiFar = step.m_uiFar == 0 ? EvaluationsUntilNextLook : step.m_uiFar - 1;
+        Needs* const pNeeds = findNeeds(in_uiNode);
+        if (pNeeds == nullptr) {
+            return false;
+        }
+        uiFailed = computeNeeds(*pNeeds);
+    }
+    out_bSuccess = uiFailed == PassedOver;
+    if (!out_bSuccess) {
+        // The long way goes on from here: the reader that needs this node is the first that the
+        // recursion comes to.
+        m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
+    }
+    return out_bSuccess || uiFailed == in_uiNode;
+}
+
+} // namespace Velmora::Math::Xpr
