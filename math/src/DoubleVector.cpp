@@ -98,12 +98,16 @@ DoubleVector::~DoubleVector() {
     release(m_pBegin, capacity());
 }
 
-void DoubleVector::prepare(std::size_t in_uiCount) {
+void DoubleVector::renew_i(std::size_t in_uiCount) {
+    double* const block = allocate(in_uiCount);
+    release(m_pBegin, capacity());
+    m_pBegin = block;
+    m_pCapacityEnd = block + in_uiCount;
+}
+
+inline void DoubleVector::prepare(std::size_t in_uiCount) {
     if (in_uiCount > capacity()) {
-        double* const block = allocate(in_uiCount);
-        release(m_pBegin, capacity());
-        m_pBegin = block;
-        m_pCapacityEnd = block + in_uiCount;
+        renew_i(in_uiCount);
     }
     m_pEnd = m_pBegin + in_uiCount;
 }
@@ -147,23 +151,27 @@ DoubleVector& DoubleVector::operator/=(double in_dDivisor) {
 }
 
 void DoubleVector::setSum(const DoubleVector& in_a, const DoubleVector& in_b) {
-    prepare(in_a.size());
-    kernels().m_Add(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, size());
+    const std::size_t count = in_a.size();
+    prepare(count);
+    kernels().m_Add(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, count);
 }
 
 void DoubleVector::setDifference(const DoubleVector& in_a, const DoubleVector& in_b) {
-    prepare(in_a.size());
-    kernels().m_Subtract(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, size());
+    const std::size_t count = in_a.size();
+    prepare(count);
+    kernels().m_Subtract(in_a.m_pBegin, in_b.m_pBegin, m_pBegin, count);
 }
 
 void DoubleVector::setProduct(const DoubleVector& in_v, double in_dFactor) {
-    prepare(in_v.size());
-    kernels().m_Multiply(in_v.m_pBegin, in_dFactor, m_pBegin, size());
+    const std::size_t count = in_v.size();
+    prepare(count);
+    kernels().m_Multiply(in_v.m_pBegin, in_dFactor, m_pBegin, count);
 }
 
 void DoubleVector::setQuotient(const DoubleVector& in_v, double in_dDivisor) {
-    prepare(in_v.size());
-    kernels().m_Divide(in_v.m_pBegin, in_dDivisor, m_pBegin, size());
+    const std::size_t count = in_v.size();
+    prepare(count);
+    kernels().m_Divide(in_v.m_pBegin, in_dDivisor, m_pBegin, count);
 }
 
 void DoubleVector::insert(double* in_pPosition, const double* in_pFirst, const double* in_pLast) {

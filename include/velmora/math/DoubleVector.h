@@ -139,6 +139,7 @@ public:
 private:
     /// Makes room for that many elements and takes the size; the old values are lost.
     void prepare(std::size_t in_uiCount);
+    void renew_i(std::size_t in_uiCount);
     void resize_i(std::size_t in_uiSize);
     void grow_i();
     void moveTo_i(std::size_t in_uiCapacity);

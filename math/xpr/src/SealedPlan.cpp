@@ -119,29 +119,6 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
     return uiFailed;
 }
 
-SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
-    for (const Word& word : in_Needs.m_Set.m_vWords) {
-        for (Flags flags = word.m_Flags & ~m_vValid[word.m_uiPlace]; flags != 0;
-             flags &= flags - 1) {
-            const auto uiNode =
-                static_cast<Index>(word.m_uiPlace * FlagsPerWord +
-                                   static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
-            if (!step(uiNode)) {
-                return uiNode;
-            }
-        }
-    }
-    return PassedOver;
-}
-
-/// The same for a node to which the list, made from other roots, isn't in the recursion's order.
-SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
-    const auto ite =
-        std::find_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
-                     [this](Index in_uiNode) { return !isValid(in_uiNode) && !step(in_uiNode); });
-    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
-}
-
 void SealedPlan::remember(const NodeSet& in_Set) {
     for (const Word& word : in_Set.m_vWords) {
         m_vBefore[word.m_uiPlace] = m_vValid[word.m_uiPlace];

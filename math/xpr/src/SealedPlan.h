@@ -178,6 +178,7 @@ private:
     bool computeOne(Index in_uiNode);
     bool computeScalar(Step& inout_Step) const;
     bool computeOperator(Step& inout_Step);
+    bool computeAgain(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
     static bool computeKnown(Kind in_eKind, const DoubleVector& in_Left,
                              const DoubleVector& in_Right, DoubleVector& out);

@@ -2,10 +2,13 @@
 
 #include "SealedPlan.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+
+#include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -68,6 +71,25 @@ inline bool SealedPlan::computeKnown(Kind in_eKind, const DoubleVector& in_Left,
     }
 }
 
+/// An operator that handed out its result before, on sides that fit each other, as in all frames
+/// but the first. False for all else, of which the long form below sees to it.
+inline bool SealedPlan::computeAgain(Step& inout_Step) {
+    const DoubleVector* const pFirst = m_vSteps[inout_Step.m_uiFirst].m_pVector;
+    const DoubleVector* const pSecond = m_vSteps[inout_Step.m_uiSecond].m_pVector;
+    DoubleVector& vResult = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode).m_Result;
+    if (inout_Step.m_pVector != &vResult || pFirst == nullptr || pSecond == nullptr) {
+        return false;
+    }
+    inout_Step.m_bAhead = true;
+    if (!computeKnown(inout_Step.m_eKind, *pFirst, *pSecond, vResult)) {
+        return false;
+    }
+    if (inout_Step.m_pScalar != nullptr || vResult.size() == 1) {
+        setScalar(inout_Step, vResult.size() == 1 ? vResult.begin() : nullptr);
+    }
+    return true;
+}
+
 bool SealedPlan::computeVectors(Step& inout_Step) {
     const Step& first = m_vSteps[inout_Step.m_uiFirst];
     const Step& second = m_vSteps[inout_Step.m_uiSecond];
@@ -119,8 +141,8 @@ inline bool SealedPlan::computeScalar(Step& inout_Step) const {
     return true;
 }
 
-bool SealedPlan::computeOperator(Step& inout_Step) {
-    if (inout_Step.m_eKind == Kind::Divide && inout_Step.m_pScalar != nullptr) {
+inline bool SealedPlan::computeOperator(Step& inout_Step) {
+    if (inout_Step.m_pScalar != nullptr && inout_Step.m_eKind == Kind::Divide) {
         const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
         const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
         if (pFirst != nullptr && pSecond != nullptr && *pSecond != 0.0) {
@@ -128,7 +150,7 @@ bool SealedPlan::computeOperator(Step& inout_Step) {
             return true;
         }
     }
-    return computeVectors(inout_Step);
+    return computeAgain(inout_Step) || computeVectors(inout_Step);
 }
 
 inline void SealedPlan::passOn(Step& inout_Step) {
@@ -172,6 +194,29 @@ bool SealedPlan::step(Index in_uiNode) {
     }
     *flagOf(in_uiNode) = 1;
     return true;
+}
+
+SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
+    for (const Word& word : in_Needs.m_Set.m_vWords) {
+        for (Flags flags = word.m_Flags & ~m_vValid[word.m_uiPlace]; flags != 0;
+             flags &= flags - 1) {
+            const auto uiNode =
+                static_cast<Index>(word.m_uiPlace * FlagsPerWord +
+                                   static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
+            if (!step(uiNode)) {
+                return uiNode;
+            }
+        }
+    }
+    return PassedOver;
+}
+
+/// The same for a node to which the list, made from other roots, isn't in the recursion's order.
+SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
+    const auto ite =
+        std::find_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
+                     [this](Index in_uiNode) { return !isValid(in_uiNode) && !step(in_uiNode); });
+    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
 }
 
 /// Computes a variable that is one operation on scalars, as features are that scale a common one.
