@@ -17,6 +17,7 @@ auto objectPart(T* in_p) noexcept {
 /// specialises it beside it, with a `cast` that gives what the checked cast would.
 template <class T, class U>
 struct ObjectCastShortcut {
+    /// Is there such a way?
     static constexpr bool EXISTS = false;
 };
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <unordered_set>
-
-#include <boost/container/small_vector.hpp>
+#include <vector>
 
 namespace Velmora::Math::Xpr {
 
@@ -40,7 +39,7 @@ private:
         return m_Seen.insert(in_pNode).second;
     }
 
-    boost::container::small_vector<const ExpressionBaseImpl*, SearchLimit> m_vNodes;
+    std::vector<const ExpressionBaseImpl*> m_vNodes;
     std::size_t m_uiNext = 0;
     std::unordered_set<const ExpressionBaseImpl*> m_Seen;
 };

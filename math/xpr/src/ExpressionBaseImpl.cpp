@@ -26,6 +26,28 @@ namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ExpressionImpl");
 
+namespace {
+
+/// Goes upward as long as there is one parent only, calls the function at each node, the first
+/// included, and stops with true when it does. `inout_pNode` is where the way parts, or ends.
+///
+/// Most walks upward are such a chain, and a short one, of which nothing need be remembered; what
+/// is longer may go round in a circle, which a host can make.
+template <class Function>
+bool climbChain(const ExpressionBaseImpl*& inout_pNode, Function in_Function) {
+    constexpr std::size_t Longest = 16;
+    for (std::size_t uiStep = 1; !in_Function(*inout_pNode); ++uiStep) {
+        const auto* const pParents = inout_pNode->getParentBegin();
+        if (uiStep == Longest || inout_pNode->getParentEnd() - pParents != 1) {
+            return false;
+        }
+        inout_pNode = pParents->get();
+    }
+    return true;
+}
+
+} // namespace
+
 ExpressionBaseImpl::ExpressionBaseImpl() : m_id(expressionIdGenerator().generateId()) {}
 
 ExpressionBaseImpl::~ExpressionBaseImpl() {
@@ -219,7 +241,17 @@ bool ExpressionBaseImpl::isParent(const ExpressionBaseImpl& in_Expression) const
     if (m_Parents.empty() || isConstant()) {
         return false;
     }
-    AncestorWalk walk(*this);
+    const ExpressionBaseImpl* pFirst = this;
+    const auto isIt = [&](const ExpressionBaseImpl& in_Node) {
+        return &in_Node != this && in_Node.getId() == in_Expression.getId();
+    };
+    if (climbChain(pFirst, isIt)) {
+        return true;
+    }
+    if (pFirst->m_Parents.empty()) {
+        return false;
+    }
+    AncestorWalk walk(*pFirst);
     while (const ExpressionBaseImpl* pNode = walk.next()) {
         for (const auto& pParent : pNode->m_Parents) {
             if (pParent->getId() == in_Expression.getId()) {
@@ -235,7 +267,16 @@ bool ExpressionBaseImpl::isDependantOf(const Handle<ExpressionBaseImpl>& in_pExp
     if (in_pExpression.isNull() || in_pExpression->isConstant()) {
         return false;
     }
-    AncestorWalk walk(*this);
+    const ExpressionBaseImpl* pFirst = this;
+    if (climbChain(pFirst, [&](const ExpressionBaseImpl& in_Node) {
+            return in_Node.isDependantOf_i(in_pExpression);
+        })) {
+        return true;
+    }
+    if (pFirst->m_Parents.empty()) {
+        return false;
+    }
+    AncestorWalk walk(*pFirst);
     while (const ExpressionBaseImpl* pNode = walk.next()) {
         if (pNode->isDependantOf_i(in_pExpression)) {
             return true;

@@ -40,26 +40,49 @@ bool GraphWalk::hasEntered(const ExpressionBaseImpl& in_Node) const {
 }
 
 bool GraphWalk::isShort(const Nodes& in_vRoots) {
-    return isShortFrom({in_vRoots.begin(), in_vRoots.end()});
+    const GraphWalk walk;
+    std::size_t uiVisits = 0;
+    return std::all_of(in_vRoots.begin(), in_vRoots.end(), [&](ExpressionBaseImpl* in_pRoot) {
+        uiVisits += walk.countVisits(*in_pRoot);
+        return uiVisits <= ExpressionBaseImpl::MaxVisitsPerWalk;
+    });
 }
 
 bool GraphWalk::isShort(const ExpressionBaseImpl& in_Root) {
-    return isShortFrom({&in_Root});
+    // The marks of walks are no part of what a node is.
+    return isShort(Nodes{const_cast<ExpressionBaseImpl*>(&in_Root)});
 }
 
-bool GraphWalk::isShortFrom(std::vector<const ExpressionBaseImpl*> in_vPending) {
-    std::size_t uiVisits = 0;
-    while (!in_vPending.empty()) {
-        if (++uiVisits > ExpressionBaseImpl::MaxVisitsPerWalk) {
-            return false;
+std::size_t GraphWalk::countVisits(ExpressionBaseImpl& in_Root) const {
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        std::size_t m_uiNextChild;
+        std::size_t m_uiVisits;
+    };
+    std::vector<Place> vPath;
+    const auto visitsOf = [&](ExpressionBaseImpl& inout_Node) -> std::size_t {
+        if (enter(inout_Node)) {
+            vPath.push_back({&inout_Node, 0, 1});
+            return 0;
         }
-        const ExpressionBaseImpl* pNode = in_vPending.back();
-        in_vPending.pop_back();
-        for (const auto& pChild : pNode->m_Childs) {
-            in_vPending.push_back(&*pChild);
+        return inout_Node.m_uiWalkPlace;
+    };
+    std::size_t uiLast = visitsOf(in_Root);
+    while (!vPath.empty() && uiLast <= ExpressionBaseImpl::MaxVisitsPerWalk) {
+        Place& place = vPath.back();
+        place.m_uiVisits += uiLast;
+        if (place.m_uiVisits > ExpressionBaseImpl::MaxVisitsPerWalk) {
+            return place.m_uiVisits;
+        }
+        if (place.m_uiNextChild != place.m_pNode->m_Childs.size()) {
+            uiLast = visitsOf(*place.m_pNode->m_Childs[place.m_uiNextChild++]);
+        } else {
+            uiLast = place.m_uiVisits;
+            place.m_pNode->m_uiWalkPlace = static_cast<std::uint32_t>(uiLast);
+            vPath.pop_back();
         }
     }
-    return true;
+    return uiLast;
 }
 
 void GraphWalk::seal(const Nodes& in_vRoots) {
@@ -96,11 +119,16 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
         ExpressionBaseImpl* m_pNode;
         std::size_t m_uiNextChild;
     };
+    constexpr std::size_t MaxFetched = 4;
     Nodes vNodes;
     std::vector<Place> vPath;
     const auto descend = [&](ExpressionBaseImpl& in_Node) {
         if (enter(in_Node)) {
             vPath.push_back({&in_Node, 0});
+            // The last child is next; the others are fetched from memory in the meantime.
+            for (std::size_t ui = 0; ui + 1 < in_Node.m_Childs.size() && ui != MaxFetched; ++ui) {
+                __builtin_prefetch(&in_Node.m_Childs[ui]->m_uiLastWalk, 1);
+            }
         }
     };
     descend(in_Root);

@@ -60,8 +60,9 @@ public:
                        const TSHandle<VirtualFileSystem>& in_pFileSystem);
 
 private:
-    /// Counts the visits from what is pending; false as soon as there are too many.
-    static bool isShortFrom(std::vector<const ExpressionBaseImpl*> in_vPending);
+    /// The visits of a walk along every path from there, or any number that is too large. What is
+    /// below a node is counted once.
+    std::size_t countVisits(ExpressionBaseImpl& in_Root) const;
 
     std::uint64_t m_uiNumber;
 };

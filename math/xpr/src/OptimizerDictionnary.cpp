@@ -110,6 +110,8 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
         for (const auto* pChild = pExpression->getChildEnd();
              pChild != pExpression->getChildBegin();) {
             vPending.push_back(--pChild);
+            // Below large roots it's some time until the others are looked at.
+            __builtin_prefetch(pChild->get(), 1);
         }
     }
     return true;

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "math/xpr/ParsedScript.h"
+#include "math/xpr/src/FailedTries.h"
 #include "support/AssertionCapture.h"
 #include "support/LinkBench.h"
 #include "support/LogCapture.h"
@@ -126,6 +127,26 @@ INSTANTIATE_TEST_SUITE_P(
         return std::string(std::get<1>(in_Info.param).m_szName) +
                (std::get<0>(in_Info.param) ? "Sealed" : "");
     });
+
+TEST(FailedTriesTest, WhatSucceedsIsNoFailureHoweverMuchThereIs) {
+    // A condition keeps the plan away from what stands above it.
+    std::string strScript = "inputvar z\nv0 = if(1, 1, 2)\n";
+    const std::size_t uiCount = FailedTries::MaxForEachReader + 100;
+    for (std::size_t ui = 1; ui != uiCount; ++ui) {
+        strScript += "v" + std::to_string(ui) + " = v" + std::to_string(ui - 1) + " + 1\n";
+    }
+    const std::string strQuotient = "v" + std::to_string(uiCount - 1) + " / z";
+    std::istringstream script(strScript + "q = " + strQuotient + "\nx = (q + 1) + (q + 2)\n");
+    Evaluator evaluator;
+    ASSERT_TRUE(evaluator.configure(scriptsIn("none"), TSHandle<VirtualFileSystem>()));
+    ASSERT_TRUE(evaluator.addScript(script, "s"));
+    ASSERT_TRUE(evaluator.link(true));
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    DoubleVector vValue;
+    EXPECT_FALSE(evaluator.getExpression("s.x")->evaluate(vValue));
+    EXPECT_EQ(log.count(log4cplus::ERROR_LOG_LEVEL, "Tried to divide by '0'."), 2U)
+        << "each reader has a try";
+}
 
 } // namespace
 } // namespace Velmora::Math::Xpr

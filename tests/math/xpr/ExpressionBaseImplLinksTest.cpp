@@ -91,6 +91,32 @@ TEST_F(ExpressionBaseImplLinksTest, TransitiveParentIsRefusedAsAChild) {
     EXPECT_EQ(childrenOf(*pBottom), Nodes());
 }
 
+TEST_F(ExpressionBaseImplLinksTest, EachNodeOfALongChainIsRefusedAsAChildOfItsLast) {
+    std::vector<Handle<RecordingNode>> vChain{node()};
+    for (int i = 0; i != 40; ++i) {
+        vChain.push_back(node());
+        add(*vChain[vChain.size() - 2], vChain.back());
+        for (std::size_t ui = 0; ui + 1 != vChain.size(); ++ui) {
+            EXPECT_EQ(add(*vChain.back(), vChain[ui]), 4294967295u);
+            EXPECT_EQ(takeAssertions(), Texts{Loop}) << ui << " above " << i;
+        }
+    }
+}
+
+TEST_F(ExpressionBaseImplLinksTest, VariableIsFoundHoweverFarAboveItStands) {
+    const Handle<VariableImpl> pVariable(new VariableImpl);
+    const Handle<ExpressionBaseImpl> pTop(pVariable);
+    std::vector<Handle<RecordingNode>> vChain{node()};
+    Variable& variable = *pVariable;
+    EXPECT_TRUE(variable.setValue(Handle<Expression>(vChain.front())));
+    for (int i = 0; i != 40; ++i) {
+        vChain.push_back(node());
+        add(*vChain[vChain.size() - 2], vChain.back());
+        EXPECT_TRUE(vChain.back()->isDependantOf(pTop)) << i;
+        EXPECT_FALSE(vChain.back()->isDependantOf(Handle<ExpressionBaseImpl>(new VariableImpl)));
+    }
+}
+
 TEST_F(ExpressionBaseImplLinksTest, ChildThatAHookRecognisesIsRefused) {
     const auto pTop = node();
     const auto pBottom = node();

@@ -1,5 +1,7 @@
 #include <velmora/math/xpr/XaryFunction.h>
 
+#include <algorithm>
+
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
 #include <velmora/math/xpr/OperatorIf.h>
@@ -188,6 +190,8 @@ TEST_F(XaryFunctionTest, FunctionSealedAgainOverOtherNodesLeavesTheFirstOnes) {
     pFunction->seal();
     evaluate(*pFunction);
     EXPECT_EQ(pFunction->m_vInputs, Nodes(2, pSecond.get()));
+    const Nodes vParents = parentsOf(*pFirst);
+    EXPECT_EQ(std::count(vParents.begin(), vParents.end(), pFunction.get()), 0);
     evaluated(*pSecond);
     pSecond->invalidate();
     EXPECT_FALSE(pFunction->isValid());

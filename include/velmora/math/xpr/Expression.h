@@ -50,9 +50,12 @@ public:
 
 namespace Velmora {
 
+/// Expressions are asked themselves.
 template <>
 struct ObjectCastShortcut<Math::Xpr::ExpressionBaseImpl, Math::Xpr::Expression> {
+    /// There is.
     static constexpr bool EXISTS = true;
+    /// What the checked cast would give.
     static Math::Xpr::ExpressionBaseImpl* cast(Math::Xpr::Expression& in_Expression) noexcept {
         return in_Expression.asNode();
     }
