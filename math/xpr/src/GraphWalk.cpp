@@ -127,7 +127,7 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
             vPath.push_back({&in_Node, 0});
             // The last child is next; the others are fetched from memory in the meantime.
             for (std::size_t ui = 0; ui + 1 < in_Node.m_Childs.size() && ui != MaxFetched; ++ui) {
-                __builtin_prefetch(&in_Node.m_Childs[ui]->m_uiLastWalk, 1);
+                __builtin_prefetch(&in_Node.m_Childs[ui]->m_uiLastWalk);
             }
         }
     };

@@ -111,7 +111,7 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
              pChild != pExpression->getChildBegin();) {
             vPending.push_back(--pChild);
             // Below large roots it's some time until the others are looked at.
-            __builtin_prefetch(pChild->get(), 1);
+            __builtin_prefetch(pChild->get());
         }
     }
     return true;
