@@ -62,6 +62,8 @@ std::size_t GraphWalk::countVisits(ExpressionBaseImpl& in_Root) const {
     std::vector<Place> vPath;
     const auto visitsOf = [&](ExpressionBaseImpl& inout_Node) -> std::size_t {
         if (enter(inout_Node)) {
+            // Met once more before it is counted, the node stands in a circle, which has no end.
+            inout_Node.m_uiWalkPlace = ExpressionBaseImpl::MaxVisitsPerWalk + 1;
             vPath.push_back({&inout_Node, 0, 1});
             return 0;
         }

@@ -152,6 +152,22 @@ TEST_F(GraphWalkTest, LongWalksVisitEachNodeOnceParentsFirstAndStopAtAFailure) {
     EXPECT_EQ(m_vCalls, (Calls{"top.reset", "top.reset_i", "middle.reset_i"}));
 }
 
+TEST_F(GraphWalkTest, CircleThatAHostHasMadeIsNotShortAndWalksOverItEnd) {
+    const auto pTop = node();
+    const auto pBottom = node();
+    add(*pTop, pBottom);
+    // Counted before: what the walk left behind mustn't be taken for the count.
+    ASSERT_TRUE(GraphWalk::isShort(*pTop));
+    pBottom->addChild(Handle<ExpressionBaseImpl>(pTop), false);
+    EXPECT_FALSE(GraphWalk::isShort(*pTop));
+    EXPECT_FALSE(GraphWalk::isShort(*pBottom));
+    EXPECT_TRUE(pTop->configure(TSHandle<VirtualFileSystem>()));
+    EXPECT_TRUE(pTop->reset());
+    // Opens the circle, which would keep both alive.
+    pBottom->replaceChild(*pTop, Handle<ExpressionBaseImpl>(node()), true);
+    EXPECT_TRUE(GraphWalk::isShort(*pTop));
+}
+
 TEST_F(GraphWalkTest, FortyDoublingsAreCheckedSealedConfiguredAndResetAtOnce) {
     const Handle<VariableImpl> pInput(new VariableImpl);
     Variable& input = *pInput;
