@@ -79,6 +79,8 @@ std::vector<Case> makeCases() {
         {"no end of a string of 10 MB", "x = f<\"" + strLong},
         {"no end of a comment behind 1,000,000 definitions", makeDefinitions(1000000) + "y = /*"},
         {"1,000 nested if( without an end", "x = " + repeat("if(1,", 1000) + "1\n"},
+        {"12 nested if( without an end around a name of 1 MB",
+         "x = " + repeat("if(", 12) + std::string(1000000, 'n')},
         {"indices from 0 to 4294967295", "inputvar a\nx = a[0..4294967295]\n"}};
     for (const char* szOpening : {"(", "a[", "{", "f(", "if("}) {
         vCases.push_back(

@@ -47,7 +47,7 @@ ScriptParser::ScriptParserImpl::Outcome
 ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
                                                const ScriptIterator& in_Last) {
     if (m_pSkipGrammar == nullptr) {
-        m_pSkipGrammar = std::make_unique<SkipGrammar>();
+        m_pSkipGrammar = std::make_unique<SkipGrammar>(in_First.getText());
     }
     if (m_pDefinition == nullptr) {
         m_pDefinition = std::make_unique<Definition>(*this);

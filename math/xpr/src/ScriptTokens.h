@@ -211,23 +211,22 @@ public:
     typename result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
         in_Scanner.skip(in_Scanner);
         const ScriptIterator first(in_Scanner.first);
-        const StatementGuard::Result* pKnown = m_Guard.findResult(m_Rule, first);
+        const auto& meter = in_Scanner.skipper();
+        StatementGuard::Trial trial(m_Guard, m_Rule, first, meter.getTextRead());
+        const StatementGuard::Result* pKnown = trial.findResult();
         if (pKnown != nullptr) {
             in_Scanner.first = pKnown->m_End;
             return match(in_Scanner, first, *pKnown);
         }
-        const std::size_t uiLevelsBefore = m_Guard.getLevelsEntered();
-        StatementGuard::Result trial;
+        StatementGuard::Result outcome;
         const auto hit = this->subject().parse(in_Scanner);
-        trial.m_bHit = hit;
-        trial.m_End = in_Scanner.first;
+        outcome.m_bHit = hit;
+        outcome.m_End = in_Scanner.first;
         if (hit) {
-            trial.m_Value = hit.value();
+            outcome.m_Value = hit.value();
         }
-        if (m_Guard.getLevelsEntered() != uiLevelsBefore) {
-            m_Guard.addResult(m_Rule, first, trial);
-        }
-        return match(in_Scanner, first, trial);
+        trial.finish(outcome, meter.getTextRead());
+        return match(in_Scanner, first, outcome);
     }
 
 private:

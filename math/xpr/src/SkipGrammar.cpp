@@ -34,12 +34,14 @@ void SkipGrammar::skipItems(ScriptIterator& inout_Position) const {
     const char* pFirst = inout_Position.getText();
     if (pFirst == m_pSkippedFrom) {
         inout_Position = m_SkippedTo;
+        m_pReadUpTo = inout_Position.getText();
         return;
     }
     while (!inout_Position.isAtEnd() && skipItem(inout_Position)) {
     }
     m_pSkippedFrom = pFirst;
     m_SkippedTo = inout_Position;
+    countRead(inout_Position.getText());
 }
 
 bool SkipGrammar::skipItem(ScriptIterator& inout_Position) const {

@@ -11,9 +11,12 @@ namespace Velmora::Math::Xpr {
 ///
 /// Serves one text. It remembers what it skipped last, since every alternative of the grammar that
 /// is tried at a place skips the same text again, and from where on no comment is closed any more.
+/// As it is called ahead of every token, it also knows how much has been read.
 class SkipGrammar : public boost::spirit::classic::parser<SkipGrammar> {
 public:
     using embed_t = const SkipGrammar&;
+
+    explicit SkipGrammar(const char* in_pText) : m_pReadUpTo(in_pText) {}
 
     template <class ScannerT>
     typename boost::spirit::classic::parser_result<SkipGrammar, ScannerT>::type
@@ -31,15 +34,26 @@ public:
 
     /// Goes over all that can be skipped.
     void skip(ScriptIterator& inout_Position) const {
+        countRead(inout_Position.getText());
         if (!inout_Position.isAtEnd() && mayBeginItem(*inout_Position)) {
             skipItems(inout_Position);
         }
     }
 
+    /// The characters read so far: as often as they were read, remembered text excepted.
+    std::size_t getTextRead() const { return m_uiTextRead; }
+
 private:
     static bool mayBeginItem(char in_c) {
         return in_c == ' ' || in_c == '/' || in_c == '\t' || in_c == '#' || in_c == '\\' ||
                in_c == '\v' || in_c == '\f';
+    }
+
+    void countRead(const char* in_pPlace) const {
+        if (in_pPlace > m_pReadUpTo) {
+            m_uiTextRead += static_cast<std::size_t>(in_pPlace - m_pReadUpTo);
+        }
+        m_pReadUpTo = in_pPlace;
     }
 
     void skipItems(ScriptIterator& inout_Position) const;
@@ -49,6 +63,8 @@ private:
     mutable const char* m_pSkippedFrom = nullptr;
     mutable ScriptIterator m_SkippedTo;
     mutable const char* m_pUnclosedFrom = nullptr;
+    mutable const char* m_pReadUpTo;
+    mutable std::size_t m_uiTextRead = 0;
 };
 
 /// Skips ahead of each token and never behind one, so that a place behind a token is the place

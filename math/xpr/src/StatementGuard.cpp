@@ -32,22 +32,35 @@ StatementGuard::Level::Level(StatementGuard& inout_Guard, const ScriptIterator& 
     ++m_Guard.m_uiLevelsEntered;
 }
 
-const StatementGuard::Result* StatementGuard::findResult(Rule in_Rule,
-                                                         const ScriptIterator& in_Place) {
-    const char*& pFarthest = m_Farthest[static_cast<std::size_t>(in_Rule)];
-    if (pFarthest == nullptr || in_Place.getText() > pFarthest) {
-        pFarthest = in_Place.getText();
+StatementGuard::Trial::Trial(StatementGuard& inout_Guard, Rule in_Rule,
+                             const ScriptIterator& in_Place, std::size_t in_uiTextRead)
+    : m_Guard(inout_Guard),
+      m_Key{in_Place.getText(), in_Rule},
+      m_uiLevelsBefore(inout_Guard.m_uiLevelsEntered),
+      m_uiTextBefore(in_uiTextRead),
+      m_uiRepeatedTextBefore(inout_Guard.m_uiRepeatedText) {
+    const char*& pFarthest = m_Guard.m_Farthest[static_cast<std::size_t>(in_Rule)];
+    m_bRepeated = pFarthest != nullptr && m_Key.m_pPlace <= pFarthest;
+    if (m_bRepeated) {
+        ++m_Guard.m_uiRepeatedTrials;
     } else {
-        ++m_uiRepeatedTrials;
+        pFarthest = m_Key.m_pPlace;
     }
-    const auto iteResult = m_Results.find(Trial{in_Place.getText(), in_Rule});
-    return iteResult == m_Results.end() ? nullptr : &iteResult->second;
 }
 
-void StatementGuard::addResult(Rule in_Rule, const ScriptIterator& in_Place,
-                               const Result& in_Result) {
-    if (m_bDeep || m_uiRepeatedTrials > MaxRepeatedTrials) {
-        m_Results.emplace(Trial{in_Place.getText(), in_Rule}, in_Result);
+const StatementGuard::Result* StatementGuard::Trial::findResult() const {
+    const auto iteResult = m_Guard.m_Results.find(m_Key);
+    return iteResult == m_Guard.m_Results.end() ? nullptr : &iteResult->second;
+}
+
+void StatementGuard::Trial::finish(const Result& in_Result, std::size_t in_uiTextRead) {
+    if (m_bRepeated) {
+        // All of it, with what the trials inside have counted already.
+        m_Guard.m_uiRepeatedText = m_uiRepeatedTextBefore + (in_uiTextRead - m_uiTextBefore);
+    }
+    // A trial that entered no level was cheap.
+    if (m_Guard.m_uiLevelsEntered != m_uiLevelsBefore && m_Guard.remembersResults()) {
+        m_Guard.m_Results.emplace(m_Key, in_Result);
     }
 }
 

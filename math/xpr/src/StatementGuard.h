@@ -30,6 +30,9 @@ public:
     /// statement: what one of `ScriptParser::MaxRepeatedNesting` levels can need.
     static constexpr std::size_t MaxRepeatedTrials = std::size_t{4}
                                                      << ScriptParser::MaxRepeatedNesting;
+    /// The same for the characters that repeated trials read, of which long names and texts have
+    /// many: what takes about a second.
+    static constexpr std::size_t MaxRepeatedText = std::size_t{64} << 20;
 
     /// The rules that are tried at one place.
     enum class Rule { IfOperation, FunctionCall };
@@ -65,35 +68,59 @@ public:
         StatementGuard& m_Guard;
     };
 
-    /// How many levels have been entered: a trial that entered none was cheap.
-    std::size_t getLevelsEntered() const { return m_uiLevelsEntered; }
-
-    /// The remembered result of a rule at a place, which needn't be tried; null for a new trial.
-    const Result* findResult(Rule in_Rule, const ScriptIterator& in_Place);
-    void addResult(Rule in_Rule, const ScriptIterator& in_Place, const Result& in_Result);
+    class Trial;
 
 private:
-    struct Trial {
+    struct RuleAtPlace {
         const char* m_pPlace;
         Rule m_Rule;
-        friend bool operator==(const Trial& in_A, const Trial& in_B) {
+        friend bool operator==(const RuleAtPlace& in_A, const RuleAtPlace& in_B) {
             return in_A.m_pPlace == in_B.m_pPlace && in_A.m_Rule == in_B.m_Rule;
         }
     };
-    struct TrialHash {
-        std::size_t operator()(const Trial& in_Trial) const {
-            return std::hash<const char*>()(in_Trial.m_pPlace) * 2 +
-                   static_cast<std::size_t>(in_Trial.m_Rule);
+    struct RuleAtPlaceHash {
+        std::size_t operator()(const RuleAtPlace& in_Key) const {
+            return std::hash<const char*>()(in_Key.m_pPlace) * 2 +
+                   static_cast<std::size_t>(in_Key.m_Rule);
         }
     };
+
+    bool remembersResults() const {
+        return m_bDeep || m_uiRepeatedTrials > MaxRepeatedTrials ||
+               m_uiRepeatedText > MaxRepeatedText;
+    }
 
     std::size_t m_uiLevel = 0;
     std::size_t m_uiLevelsEntered = 0;
     bool m_bDeep = false;
     std::size_t m_uiRepeatedTrials = 0;
+    std::size_t m_uiRepeatedText = 0;
     /// The farthest place at which each rule was tried.
     std::array<const char*, 2> m_Farthest{};
-    std::unordered_map<Trial, Result, TrialHash> m_Results;
+    std::unordered_map<RuleAtPlace, Result, RuleAtPlaceHash> m_Results;
+};
+
+/// One way through a rule at a place.
+class StatementGuard::Trial {
+public:
+    /// With the characters that have been read so far.
+    Trial(StatementGuard& inout_Guard, Rule in_Rule, const ScriptIterator& in_Place,
+          std::size_t in_uiTextRead);
+    Trial(const Trial&) = delete;
+    Trial& operator=(const Trial&) = delete;
+
+    /// The remembered result, with which nothing needs to be tried; null for none.
+    const Result* findResult() const;
+    /// The result of having tried, with the characters that have been read by now.
+    void finish(const Result& in_Result, std::size_t in_uiTextRead);
+
+private:
+    StatementGuard& m_Guard;
+    RuleAtPlace m_Key;
+    bool m_bRepeated;
+    std::size_t m_uiLevelsBefore;
+    std::size_t m_uiTextBefore;
+    std::size_t m_uiRepeatedTextBefore;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -122,10 +122,10 @@ INSTANTIATE_TEST_SUITE_P(
                       Nesting{"CallsOfIf", "if(", ",a)", 3}, Nesting{"UnaryPlus", "+", "", 1}),
     [](const auto& in_Info) { return std::string(in_Info.param.m_szName); });
 
-/// The reports of one mistake below so many levels of conditions.
-std::size_t reports(std::size_t in_uiLevels) {
+/// The reports of one mistake behind a token below so many levels of conditions.
+std::size_t reports(std::size_t in_uiLevels, const std::string& in_strToken = "1") {
     const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
-    EXPECT_TRUE(ParsedScript("x = " + repeated("if(", in_uiLevels) + "1").failed);
+    EXPECT_TRUE(ParsedScript("x = " + repeated("if(", in_uiLevels) + in_strToken).failed);
     return log.count(log4cplus::ERROR_LOG_LEVEL);
 }
 
@@ -140,18 +140,39 @@ TEST_F(ScriptLimitsTest, EachAlternativeReportsUpToTheLevelOfRepetition) {
     EXPECT_LT(reports(ScriptParser::MaxRepeatedNesting + 1), 6 * ScriptParser::MaxRepeatedNesting);
 }
 
-TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
-    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
-    std::string strInner = "g(1)[a]";
-    std::string strExpected = "Slice(?s.g([1]), ?s.a)";
-    for (std::size_t ui = 0; ui < 2 * ScriptParser::MaxRepeatedNesting; ++ui) {
-        strInner = "if(" + strInner + ", b)";
-        strExpected = "?s.if(" + strExpected + ", ?s.b)";
+TEST_F(ScriptLimitsTest, LongTokensAreNotReadAgainForEveryWayToReadConditions) {
+    constexpr std::size_t Levels = 12;
+    constexpr std::size_t Length = 256 * 1024;
+    EXPECT_EQ(reports(Levels, "n"), std::size_t{2} << Levels);
+    for (const char* szOpening : {"n", "1.0", "f<0x0", "f<\"a", "n/**/.n"}) {
+        const std::string strOpening = szOpening;
+        EXPECT_LT(reports(Levels, strOpening + std::string(Length, strOpening.back())),
+                  std::size_t{1} << (Levels - 1))
+            << strOpening;
     }
-    const ParsedScript script("x = " + strInner + " + c\ny = b\n");
-    EXPECT_THAT(script.descriptions(),
-                ElementsAre("s.x = add(" + strExpected + ", ?s.c)", "s.y = ?s.b"));
-    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+/// So many conditions, one inside the other, that turn out to be calls of a function.
+std::pair<std::string, std::string> nestedCalls(std::size_t in_uiLevels, std::string in_strInner,
+                                                std::string in_strDescription) {
+    for (std::size_t ui = 0; ui < in_uiLevels; ++ui) {
+        in_strInner = "if(" + in_strInner + ", b)";
+        in_strDescription = "?s.if(" + in_strDescription + ", ?s.b)";
+    }
+    return {in_strInner, in_strDescription};
+}
+
+TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
+    const std::string strLong(1024 * 1024, 'n');
+    for (const auto& [strCalls, strDescription] :
+         {nestedCalls(2 * ScriptParser::MaxRepeatedNesting, "g(1)[a]", "Slice(?s.g([1]), ?s.a)"),
+          nestedCalls(10, "g(1)[" + strLong + "]", "Slice(?s.g([1]), ?s." + strLong + ")")}) {
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const ParsedScript script("x = " + strCalls + " + c\ny = b\n");
+        EXPECT_THAT(script.descriptions(),
+                    ElementsAre("s.x = add(" + strDescription + ", ?s.c)", "s.y = ?s.b"));
+        EXPECT_THAT(log.lines(), IsEmpty());
+    }
 }
 
 TEST_F(ScriptLimitsTest, ManyNestedStatementsDoNotAddUp) {

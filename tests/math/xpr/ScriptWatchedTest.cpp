@@ -140,6 +140,26 @@ TEST(ScriptNamesTest, ACommentMayHideTheBracket) {
     EXPECT_FALSE(mayBegin("a /"));
 }
 
+TEST(ScriptNamesTest, ManyBlanksMayHideTheBracket) {
+    for (const char* szName : {"a", "a."}) {
+        const std::string strName = szName;
+        EXPECT_FALSE(mayBegin(strName + std::string(64, ' ') + "1"));
+        EXPECT_TRUE(mayBegin(strName + std::string(65, ' ') + "1"));
+        EXPECT_FALSE(mayBegin(strName + std::string(64, ' ')));
+    }
+    EXPECT_TRUE(mayBegin("a" + std::string(64, '\t') + "("));
+    EXPECT_TRUE(mayBegin("a" + std::string(1000, '\f') + "("));
+}
+
+TEST(ScriptWatched, ManyBlanksMakeNoDifference) {
+    const std::string strBlanks(100, ' ');
+    for (const char* szBehind : {"+ b", "(b)", "<1>(b)", ".b", ".b(c)", ". 1", "", "b"}) {
+        expectSame("x = a" + strBlanks + szBehind);
+        expectSame("x = a." + strBlanks + szBehind);
+        expectSame("a" + strBlanks + szBehind + " = b");
+    }
+}
+
 TEST(ScriptNamesTest, ANameEndsAheadOfWhatIsNeitherLetterNorDigit) {
     const std::string strText = "_a1 b";
     const char* pText = strText.data();
