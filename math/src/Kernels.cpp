@@ -1,6 +1,10 @@
 #include "Kernels.h"
 
+#include <array>
+#include <utility>
+
 #include "Extremes.h"
+#include "ScaledSumLoop.h"
 #include "Summation.h"
 
 namespace Velmora::Math {
@@ -67,9 +71,20 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
         return correlate(in_pFirst, in_uiCount, in_pCosine, in_pSine,                              \
                          [](double value) { return value; });                                      \
     }                                                                                              \
-    constexpr Kernels name##Kernels{add##name,    subtract##name, multiply##name,                  \
-                                    divide##name, sum##name,      sumOfSquares##name,              \
-                                    max##name,    min##name,      correlate##name};
+    template <std::size_t uiForm>                                                                  \
+    attribute void scaledSum##name(const ScaledSum::Operands& in_Operands) {                       \
+        computeScaledSums<uiForm, bytes>(in_Operands);                                             \
+    }                                                                                              \
+    template <std::size_t... uiForms>                                                              \
+    constexpr auto scaledSums##name(std::index_sequence<uiForms...>) {                             \
+        return std::array<Kernels::OfScaledSum, ScaledSumForms>{&scaledSum##name<uiForms>...};     \
+    }                                                                                              \
+    constexpr Kernels name##Kernels{                                                               \
+        add##name,       subtract##name,                                                           \
+        multiply##name,  divide##name,                                                             \
+        sum##name,       sumOfSquares##name,                                                       \
+        max##name,       min##name,                                                                \
+        correlate##name, scaledSums##name(std::make_index_sequence<ScaledSumForms>())};
 
 // NOLINTEND(bugprone-macro-parentheses)
 

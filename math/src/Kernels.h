@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
 #include "Correlation.h"
+#include "ScaledSumLoop.h"
 
 namespace Velmora::Math {
 
@@ -19,6 +21,7 @@ struct Kernels {
     using OfAll = double (*)(const double* in_pFirst, const double* in_pLast);
     using OfWave = Correlation (*)(const double* in_pFirst, std::size_t in_uiCount,
                                    const double* in_pCosine, const double* in_pSine);
+    using OfScaledSum = void (*)(const ScaledSum::Operands&);
 
     OfTwo m_Add;
     OfTwo m_Subtract;
@@ -29,6 +32,8 @@ struct Kernels {
     OfAll m_Max;
     OfAll m_Min;
     OfWave m_Correlate;
+    /// By the number of the form.
+    std::array<OfScaledSum, ScaledSumForms> m_ScaledSums;
 };
 
 /// The forms that this processor can run, the best one last.

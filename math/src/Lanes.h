@@ -40,6 +40,18 @@ public:
         }
     }
 
+    [[gnu::always_inline]] void multiply(double in_dFactor) {
+        for (Register& part : m_parts) {
+            part *= in_dFactor;
+        }
+    }
+
+    [[gnu::always_inline]] void divide(double in_dDivisor) {
+        for (Register& part : m_parts) {
+            part /= in_dDivisor;
+        }
+    }
+
     [[gnu::always_inline]] void square() {
         for (Register& part : m_parts) {
             part *= part;
@@ -83,6 +95,21 @@ private:
     static constexpr std::size_t parts = count / width;
 
     Register m_parts[parts];
+};
+
+/// One double, with the operations of eight: for the ends of loops.
+class Lane {
+public:
+    [[gnu::always_inline]] explicit Lane(const double* in_pValue) : m_dValue(*in_pValue) {}
+
+    [[gnu::always_inline]] void add(const Lane& in_other) { m_dValue += in_other.m_dValue; }
+    [[gnu::always_inline]] void subtract(const Lane& in_other) { m_dValue -= in_other.m_dValue; }
+    [[gnu::always_inline]] void multiply(double in_dFactor) { m_dValue *= in_dFactor; }
+    [[gnu::always_inline]] void divide(double in_dDivisor) { m_dValue /= in_dDivisor; }
+    [[gnu::always_inline]] void store(double* out_pValue) const { *out_pValue = m_dValue; }
+
+private:
+    double m_dValue;
 };
 
 } // namespace Velmora::Math

@@ -2,6 +2,7 @@
 
 #include "math/src/Kernels.h"
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -66,6 +67,28 @@ struct Inputs {
     double m_dNumber = 0.0;
 };
 
+/// Where a scaled sum leaves what it makes. What it doesn't make stays zero.
+struct ScaledSumResults {
+    explicit ScaledSumResults(std::size_t in_uiCount) { m_vParts.fill(Values(in_uiCount)); }
+
+    ScaledSum::Operands operands(const Inputs& in_Inputs) {
+        ScaledSum::Operands operands;
+        operands.m_pLeft = in_Inputs.m_vA.data();
+        operands.m_pRight = in_Inputs.m_vB.data();
+        operands.m_dLeftFactor = in_Inputs.m_dNumber;
+        operands.m_dRightFactor = -0.75 * in_Inputs.m_dNumber;
+        operands.m_dBehind = 0.3;
+        operands.m_pScaledLeft = m_vParts[0].data();
+        operands.m_pScaledRight = m_vParts[1].data();
+        operands.m_pSum = m_vParts[2].data();
+        operands.m_pScaledSum = m_vParts[3].data();
+        operands.m_uiCount = in_Inputs.m_vA.size();
+        return operands;
+    }
+
+    std::array<Values, 4> m_vParts;
+};
+
 /// What all kernels make of the inputs.
 Values compute(const Kernels& in_Kernels, const Inputs& in_Inputs) {
     const double* const pA = in_Inputs.m_vA.data();
@@ -94,6 +117,56 @@ Values compute(const Kernels& in_Kernels, const Inputs& in_Inputs) {
     vAll.push_back(correlation.sine);
     vAll.push_back(correlation.energy);
     return vAll;
+}
+
+/// The same with an operation after the other.
+ScaledSumResults computeOneByOne(const ScaledSum::Form& in_Form, const Inputs& in_Inputs) {
+    const Kernels& plain = *listKernels().front();
+    const std::size_t uiCount = in_Inputs.m_vA.size();
+    ScaledSumResults results(uiCount);
+    const ScaledSum::Operands operands = results.operands(in_Inputs);
+    const double* pLeft = operands.m_pLeft;
+    const double* pRight = operands.m_pRight;
+    if (in_Form.m_bScaleLeft) {
+        plain.m_Multiply(pLeft, operands.m_dLeftFactor, operands.m_pScaledLeft, uiCount);
+        pLeft = operands.m_pScaledLeft;
+    }
+    if (in_Form.m_bScaleRight) {
+        plain.m_Multiply(pRight, operands.m_dRightFactor, operands.m_pScaledRight, uiCount);
+        pRight = operands.m_pScaledRight;
+    }
+    (in_Form.m_bSubtract ? plain.m_Subtract : plain.m_Add)(pLeft, pRight, operands.m_pSum, uiCount);
+    if (in_Form.m_eBehind != ScaledSum::Scale::None) {
+        (in_Form.m_eBehind == ScaledSum::Scale::Divide ? plain.m_Divide : plain.m_Multiply)(
+            operands.m_pSum, operands.m_dBehind, operands.m_pScaledSum, uiCount);
+    }
+    return results;
+}
+
+void expectSameParts(const ScaledSumResults& in_A, const ScaledSumResults& in_B) {
+    for (std::size_t uiPart = 0; uiPart != in_A.m_vParts.size(); ++uiPart) {
+        expectSameBits(in_A.m_vParts[uiPart], in_B.m_vParts[uiPart], "scaled sum");
+    }
+}
+
+TEST(KernelsTest, ScaledSumsAreTheirOperationsOneByOne) {
+    for (const Guests eGuests : {Guests::Borders, Guests::NoNumbers}) {
+        for (const std::size_t uiCount : {0, 1, 7, 8, 9, 31, 64, 100}) {
+            const Inputs inputs(uiCount, uiCount, eGuests);
+            for (std::size_t uiForm = 0; uiForm != ScaledSumForms; ++uiForm) {
+                const ScaledSum::Form form = scaledSumForm(uiForm);
+                const ScaledSumResults expected = computeOneByOne(form, inputs);
+                for (const Kernels* pForm : listKernels()) {
+                    ScaledSumResults results(uiCount);
+                    pForm->m_ScaledSums[uiForm](results.operands(inputs));
+                    expectSameParts(results, expected);
+                }
+                ScaledSumResults results(uiCount);
+                ScaledSum(form).compute(results.operands(inputs));
+                expectSameParts(results, expected);
+            }
+        }
+    }
 }
 
 TEST(KernelsTest, AllFormsGiveTheSameBits) {

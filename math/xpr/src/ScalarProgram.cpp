@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <iterator>
 
 #include "SealedPlanNeeds.h"
 
@@ -21,7 +20,6 @@ void SealedPlan::ScalarProgram::reserve(const SealedPlan& in_Plan, const Needs& 
     m_vInputs.reserve(uiInputs);
     m_vElements.reserve(uiInputs);
     m_vFetches.reserve(uiInputs);
-    m_vBefore.reserve(in_Needs.m_vFlags.size());
 }
 
 void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
@@ -30,12 +28,6 @@ void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
     m_vInputs.clear();
     m_vElements.clear();
     m_vFetches.clear();
-    m_vBefore.clear();
-    std::transform(in_Needs.m_vFlags.begin(), in_Needs.m_vFlags.end(),
-                   inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace,
-                   std::back_inserter(m_vBefore),
-                   [](Flags in_Flags, Flags in_Before) { return in_Flags & in_Before; });
-    m_uiScalarChanges = inout_Plan.m_uiScalarChanges;
     m_bUsable = std::all_of(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
                             [&](Index in_uiNode) { return append(inout_Plan, in_uiNode); });
     listFetches(inout_Plan);
@@ -102,30 +94,13 @@ void SealedPlan::ScalarProgram::listFetches(const SealedPlan& in_Plan) {
     }
 }
 
-bool SealedPlan::ScalarProgram::fits(const SealedPlan& in_Plan, const Needs& in_Needs) const {
-    if (m_uiScalarChanges != in_Plan.m_uiScalarChanges) {
-        return false;
-    }
-    const Flags* const pValid = in_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
-    const Flags* const pFlags = in_Needs.m_vFlags.data();
-    const Flags* const pBefore = m_vBefore.data();
-    const std::size_t uiCount = in_Needs.m_vFlags.size();
-    Flags different = 0;
-    for (std::size_t ui = 0; ui != uiCount; ++ui) {
-        different |= (pValid[ui] & pFlags[ui]) ^ pBefore[ui];
-    }
-    return different == 0;
-}
-
 bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs,
                                     Index& out_uiFailed) const {
     if (!fetchInputs(inout_Plan)) {
-        remember(inout_Plan, in_Needs);
         return false;
     }
     out_uiFailed = PassedOver;
     if (const Operation* const pFailed = compute(); pFailed != nullptr) {
-        remember(inout_Plan, in_Needs);
         for (auto ite = in_Needs.m_vOrder.begin(); *ite != pFailed->m_uiNode; ++ite) {
             *inout_Plan.flagOf(*ite) = 1;
         }
@@ -140,11 +115,6 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
         pValid[ui] |= pFlags[ui];
     }
     return true;
-}
-
-void SealedPlan::ScalarProgram::remember(SealedPlan& inout_Plan, const Needs& in_Needs) const {
-    std::copy(m_vBefore.begin(), m_vBefore.end(),
-              inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace);
 }
 
 bool SealedPlan::ScalarProgram::fetchInputs(SealedPlan& inout_Plan) const {

@@ -12,9 +12,8 @@ namespace Velmora::Math::Xpr {
 ///
 /// A node of one element takes longer to find than to compute: what kind it is, where the nodes are
 /// that it reads, whether those are one element still. As long as no scalar of the plan comes or
-/// goes the answers are the same in each frame, and a program has them ready. It fits one pattern
-/// of flags: it computes what wasn't valid when it was made, and leaves the same numbers and flags
-/// as the nodes would.
+/// goes the answers are the same in each frame, and a program has them ready. It computes what
+/// wasn't valid when it was made, and leaves the same numbers and flags as the nodes would.
 ///
 /// The elements of the inputs are fetched first: an input has another vector in each frame.
 class SealedPlan::ScalarProgram {
@@ -26,15 +25,11 @@ public:
     /// has been computed since. If one of these values is no scalar the program isn't usable.
     void make(SealedPlan& inout_Plan, const Needs& in_Needs);
 
-    /// Was it made for the plan's present scalars and flags?
-    bool fits(const SealedPlan& in_Plan, const Needs& in_Needs) const;
-
     /// Could it be made?
     bool isUsable() const { return m_bUsable; }
 
     /// Computes the set. False, and nothing but inputs was computed, if an input isn't a scalar.
-    /// `out_uiFailed` is the node that failed, or `PassedOver`; unless all went well, the plan
-    /// remembers the flags as they were.
+    /// `out_uiFailed` is the node that failed, or `PassedOver`.
     bool run(SealedPlan& inout_Plan, const Needs& in_Needs, Index& out_uiFailed) const;
 
 private:
@@ -71,7 +66,6 @@ private:
 
     Code codeOf(Kind in_eKind, const double* in_pFirst, const double* in_pSecond) const;
     bool append(SealedPlan& inout_Plan, Index in_uiNode);
-    void remember(SealedPlan& inout_Plan, const Needs& in_Needs) const;
     void listFetches(const SealedPlan& in_Plan);
     bool fetchInputs(SealedPlan& inout_Plan) const;
     const Operation* compute() const;
@@ -84,9 +78,6 @@ private:
     std::vector<double> m_vElements;
     /// Nodes that pass on the vector of an input.
     std::vector<Index> m_vForwards;
-    /// The flags that were set ahead, word by word.
-    std::vector<Flags> m_vBefore;
-    std::size_t m_uiScalarChanges = 0;
     bool m_bUsable = false;
 };
 

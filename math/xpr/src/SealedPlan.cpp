@@ -96,26 +96,40 @@ void SealedPlan::leave() {
 
 /// Computes what isn't valid. Returns the node that failed, or `PassedOver`.
 SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
-    const ScalarProgram* const pProgram = inout_Needs.findProgram(*this);
     Index uiFailed = PassedOver;
-    bool bComputed = false;
-    if (pProgram != nullptr && pProgram->isUsable()) {
-        bComputed = pProgram->run(*this, inout_Needs, uiFailed);
+    if (const Program* const pProgram = inout_Needs.findProgram(*this); pProgram != nullptr) {
+        uiFailed = computeByProgram(*pProgram, inout_Needs);
     } else {
         remember(inout_Needs.m_Set);
-    }
-    if (!bComputed) {
-        uiFailed = inout_Needs.m_bInOrder && inout_Needs.m_bComputed
-                       ? computeInListOrder(inout_Needs)
-                       : computeInOwnOrder(inout_Needs);
-        inout_Needs.m_bComputed = inout_Needs.m_bComputed || uiFailed == PassedOver;
-        if (uiFailed == PassedOver && pProgram == nullptr && !inout_Needs.m_Programs.empty()) {
+        uiFailed = computeByNodes(inout_Needs);
+        if (uiFailed == PassedOver && !inout_Needs.m_Programs.empty()) {
             makeProgram(inout_Needs);
         }
     }
     if (uiFailed != PassedOver) {
         takeBack(inout_Needs, uiFailed);
     }
+    return uiFailed;
+}
+
+SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program, Needs& inout_Needs) {
+    Index uiFailed = PassedOver;
+    if (!in_Program.m_Scalars.isUsable()) {
+        uiFailed = in_Program.m_Vectors.run(*this);
+    } else if (!in_Program.m_Scalars.run(*this, inout_Needs, uiFailed)) {
+        uiFailed = computeByNodes(inout_Needs);
+    }
+    if (uiFailed != PassedOver) {
+        in_Program.m_Pattern.remember(*this, inout_Needs);
+    }
+    return uiFailed;
+}
+
+SealedPlan::Index SealedPlan::computeByNodes(Needs& inout_Needs) {
+    const Index uiFailed = inout_Needs.m_bInOrder && inout_Needs.m_bComputed
+                               ? computeInListOrder(inout_Needs)
+                               : computeInOwnOrder(inout_Needs);
+    inout_Needs.m_bComputed = inout_Needs.m_bComputed || uiFailed == PassedOver;
     return uiFailed;
 }
 

@@ -170,7 +170,10 @@ private:
     };
 
     class Builder;
+    class FlagPattern;
     class ScalarProgram;
+    class VectorProgram;
+    struct Program;
     struct Needs;
 
     bool compute(Step& inout_Step);
@@ -191,6 +194,8 @@ private:
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
+    Index computeByProgram(const Program& in_Program, Needs& inout_Needs);
+    Index computeByNodes(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
     void makeRoomForPrograms(Needs& inout_Needs);
     Index computeInListOrder(const Needs& in_Needs);

@@ -73,23 +73,28 @@ void SealedPlan::makeProgram(Needs& inout_Needs) {
         inout_Needs.m_Pattern = pattern;
         return;
     }
-    inout_Needs.m_Programs[inout_Needs.m_uiNext].make(*this, inout_Needs);
+    Program& program = inout_Needs.m_Programs[inout_Needs.m_uiNext];
+    program.m_Pattern.take(*this, inout_Needs);
+    if (inout_Needs.m_bMayBeScalars) {
+        program.m_Scalars.make(*this, inout_Needs);
+    }
+    if (!program.m_Scalars.isUsable()) {
+        program.m_Vectors.make(*this, inout_Needs);
+    }
     inout_Needs.m_uiNext = (inout_Needs.m_uiNext + 1) % inout_Needs.m_Programs.size();
 }
 
-/// Every node has to be an input, a constant, or an operator.
 void SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
     const std::vector<Word>& vWords = inout_Needs.m_Set.m_vWords;
     const std::size_t uiFirst = vWords.front().m_uiPlace;
     const std::size_t uiPlaces = vWords.back().m_uiPlace - uiFirst + 1;
     constexpr std::size_t MaxGap = 4;
-    const auto isOther = [this](Index in_uiNode) {
-        return m_vSteps[in_uiNode].m_eKind == Kind::Other;
-    };
-    if (uiPlaces > MaxGap * vWords.size() || inout_Needs.m_vOrder.size() > m_uiProgramRoom ||
-        std::any_of(inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(), isOther)) {
+    if (uiPlaces > MaxGap * vWords.size() || inout_Needs.m_vOrder.size() > m_uiProgramRoom) {
         return;
     }
+    inout_Needs.m_bMayBeScalars = std::none_of(
+        inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(),
+        [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind == Kind::Other; });
     m_vSources.resize(m_vSteps.size());
     inout_Needs.m_uiFirstPlace = uiFirst;
     inout_Needs.m_vFlags.resize(uiPlaces);
@@ -98,8 +103,12 @@ void SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
     }
     constexpr std::size_t Patterns = 2;
     inout_Needs.m_Programs.resize(Patterns);
-    for (ScalarProgram& program : inout_Needs.m_Programs) {
-        program.reserve(*this, inout_Needs);
+    for (Program& program : inout_Needs.m_Programs) {
+        program.m_Pattern.reserve(inout_Needs);
+        program.m_Vectors.reserve(*this, inout_Needs);
+        if (inout_Needs.m_bMayBeScalars) {
+            program.m_Scalars.reserve(*this, inout_Needs);
+        }
     }
     m_uiProgramRoom -= inout_Needs.m_vOrder.size();
 }

@@ -4,10 +4,20 @@
 #include <cstddef>
 #include <vector>
 
+#include "FlagPattern.h"
 #include "ScalarProgram.h"
 #include "SealedPlan.h"
+#include "VectorProgram.h"
 
 namespace Velmora::Math::Xpr {
+
+/// What is done in evaluations of a set that begin alike: the program for scalars if it's usable,
+/// else the other.
+struct SealedPlan::Program {
+    FlagPattern m_Pattern;
+    ScalarProgram m_Scalars;
+    VectorProgram m_Vectors;
+};
 
 /// What a node that was asked for needs, itself included.
 struct SealedPlan::Needs {
@@ -20,8 +30,10 @@ struct SealedPlan::Needs {
     /// that was computed ahead of its turn can be taken back without a trace.
     bool m_bComputed = false;
     /// Programs for the patterns of flags that came up last: a host that sets all inputs ahead of
-    /// one call and a single one ahead of the next has two. None where there can't be any.
-    std::vector<ScalarProgram> m_Programs;
+    /// one call and a single one ahead of the next has two. None where there is no room for any.
+    std::vector<Program> m_Programs;
+    /// Are all nodes of kinds that a program for scalars knows?
+    bool m_bMayBeScalars = false;
     /// For the programs, the flags of the set word after word, those between its words included.
     std::vector<Flags> m_vFlags;
     std::size_t m_uiFirstPlace = 0;
@@ -32,10 +44,11 @@ struct SealedPlan::Needs {
     std::size_t m_uiNext = 0;
 
     /// The program for the plan's scalars and flags; null if there is none.
-    const ScalarProgram* findProgram(const SealedPlan& in_Plan) const {
-        const auto ite = std::find_if(
-            m_Programs.begin(), m_Programs.end(),
-            [&](const ScalarProgram& in_Program) { return in_Program.fits(in_Plan, *this); });
+    const Program* findProgram(const SealedPlan& in_Plan) const {
+        const auto ite =
+            std::find_if(m_Programs.begin(), m_Programs.end(), [&](const Program& in_Program) {
+                return in_Program.m_Pattern.fits(in_Plan, *this);
+            });
         return ite == m_Programs.end() ? nullptr : &*ite;
     }
 };

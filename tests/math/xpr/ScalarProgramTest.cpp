@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "math/xpr/PlanTwins.h"
+#include "math/xpr/InputTwins.h"
 #include "support/AllocationCounter.h"
 #include "support/LogCapture.h"
 
@@ -53,35 +53,9 @@ struct ScalarScript {
     Names m_vFeatures;
 };
 
-class ScalarTwins {
-public:
-    explicit ScalarTwins(const ScalarScript& in_Script)
-        : m_Twins(in_Script.m_strText, in_Script.m_vFeatures) {}
-
-    std::string set(std::size_t in_uiInput, const DoubleVector& in_vValue) {
-        return m_Twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes&) {
-            const std::string strName = "s." + Inputs[in_uiInput];
-            inout_Run.getEvaluator().getVariable(strName.c_str())->setValue(in_vValue);
-            return std::string();
-        });
-    }
-
-    std::string evaluate(std::size_t in_uiNode) {
-        return m_Twins.doToBoth([&](ScriptRun&, const PlanTwins::Nodes& in_vNodes) {
-            return PlanTwins::evaluate(*in_vNodes[in_uiNode % in_vNodes.size()]);
-        });
-    }
-
-    std::string invalidate(std::size_t in_uiNode) {
-        return m_Twins.doToBoth([&](ScriptRun&, const PlanTwins::Nodes& in_vNodes) {
-            in_vNodes[in_uiNode % in_vNodes.size()]->invalidate();
-            return std::string();
-        });
-    }
-
-private:
-    PlanTwins m_Twins;
-};
+InputTwins makeTwins(const ScalarScript& in_Script) {
+    return {in_Script.m_strText, in_Script.m_vFeatures, Inputs};
+}
 
 /// Values of inputs: now and then one that can't be divided by, or has another size.
 class Values {
@@ -113,7 +87,7 @@ TEST(ScalarProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
     for (std::uint64_t uiSeed = 0; uiSeed != SeedCount; ++uiSeed) {
         std::mt19937_64 random(uiSeed);
         const ScalarScript script(random);
-        ScalarTwins twins(script);
+        InputTwins twins = makeTwins(script);
         Values values(random);
         // The same inputs are set, and the same nodes asked for, several frames long.
         for (std::size_t uiScene = 0; uiScene != 6; ++uiScene) {
@@ -142,7 +116,8 @@ TEST(ScalarProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
 }
 
 TEST(ScalarProgramTest, FailureUnderEitherProgramLeavesTheFlagsOfTheWalk) {
-    ScalarTwins twins({"inputvar a\ninputvar b\ninputvar c\nr = 1 / a + b * c\n", {"r"}});
+    InputTwins twins =
+        makeTwins({"inputvar a\ninputvar b\ninputvar c\nr = 1 / a + b * c\n", {"r"}});
     const DoubleVector vZero{0.0}, vOne{1.0};
     EXPECT_EQ(twins.set(2, vOne), "");
     for (int iFrame = 0; iFrame != 4; ++iFrame) {
@@ -158,9 +133,10 @@ TEST(ScalarProgramTest, FailureUnderEitherProgramLeavesTheFlagsOfTheWalk) {
 }
 
 TEST(ScalarProgramTest, ChainOfNamesHandsOutTheInputOfEachFrame) {
-    ScalarTwins twins({"inputvar a\ninputvar b\ninputvar c\nf0 = a\nf1 = f0\nf2 = f1\nf3 = f2\n"
-                       "f4 = f3\nf5 = f4\nf6 = f5\n",
-                       {"f6", "f3"}});
+    InputTwins twins =
+        makeTwins({"inputvar a\ninputvar b\ninputvar c\nf0 = a\nf1 = f0\nf2 = f1\nf3 = f2\n"
+                   "f4 = f3\nf5 = f4\nf6 = f5\n",
+                   {"f6", "f3"}});
     const DoubleVector vOne{1.0}, vTwo{2.0};
     for (int iFrame = 0; iFrame != 6; ++iFrame) {
         EXPECT_EQ(twins.set(0, iFrame % 2 == 0 ? vOne : vTwo), "");
@@ -169,32 +145,9 @@ TEST(ScalarProgramTest, ChainOfNamesHandsOutTheInputOfEachFrame) {
     }
 }
 
-/// A feature of one script over the inputs a, b and c, all of which are set.
-class ScalarFeature {
-public:
-    explicit ScalarFeature(const std::string& in_strFormula)
-        : m_Run("inputvar a\ninputvar b\ninputvar c\nr = " + in_strFormula + '\n', {"r"}, true),
-          m_pFeature(m_Run.getEvaluator().getExpression("s.r")) {
-        for (const std::string& strInput : Inputs) {
-            m_vVariables.push_back(m_Run.getEvaluator().getVariable(("s." + strInput).c_str()));
-        }
-    }
-
-    void set(std::size_t in_uiInput, const DoubleVector& in_vValue) {
-        m_vVariables[in_uiInput]->setValue(in_vValue);
-    }
-
-    /// The pointer form: nothing is copied.
-    bool evaluate() { return m_pFeature->evaluate(m_pValue); }
-
-    std::vector<double> getValue() const { return {m_pValue->begin(), m_pValue->end()}; }
-
-private:
-    ScriptRun m_Run;
-    Handle<Expression> m_pFeature;
-    std::vector<Handle<Variable>> m_vVariables;
-    LimitedObjPtr<DoubleVector> m_pValue;
-};
+InputFeature makeFeature(const std::string& in_strFormula) {
+    return InputFeature(Inputs, in_strFormula);
+}
 
 const DoubleVector vTwo{2.0};
 const DoubleVector vThree{3.0};
@@ -204,7 +157,7 @@ const DoubleVector vPair{10.0, 20.0};
 using Elements = std::vector<double>;
 
 TEST(ScalarProgramTest, ValuesFollowTheInputsFromFrameToFrame) {
-    ScalarFeature feature("(a + b) * (a - c) / b");
+    InputFeature feature = makeFeature("(a + b) * (a - c) / b");
     feature.set(1, vTwo);
     feature.set(2, vThree);
     for (int iFrame = 0; iFrame != 8; ++iFrame) {
@@ -216,7 +169,7 @@ TEST(ScalarProgramTest, ValuesFollowTheInputsFromFrameToFrame) {
 }
 
 TEST(ScalarProgramTest, InputThatIsNotSetAnewIsReadFromItsLastVector) {
-    ScalarFeature feature("a * b + c");
+    InputFeature feature = makeFeature("a * b + c");
     feature.set(1, vTwo);
     feature.set(2, vThree);
     for (int iFrame = 0; iFrame != 6; ++iFrame) {
@@ -232,7 +185,7 @@ TEST(ScalarProgramTest, InputThatIsNotSetAnewIsReadFromItsLastVector) {
 }
 
 TEST(ScalarProgramTest, InputMayGrowToAVectorAndBack) {
-    ScalarFeature feature("a * b");
+    InputFeature feature = makeFeature("a * b");
     feature.set(1, vTwo);
     for (int iRound = 0; iRound != 3; ++iRound) {
         for (int iFrame = 0; iFrame != 4; ++iFrame) {
@@ -247,7 +200,7 @@ TEST(ScalarProgramTest, InputMayGrowToAVectorAndBack) {
 }
 
 TEST(ScalarProgramTest, DivisionByZeroLeavesTheOperatorsValueAndIsReported) {
-    ScalarFeature feature("(a + c) / b");
+    InputFeature feature = makeFeature("(a + c) / b");
     feature.set(2, vThree);
     for (int iFrame = 0; iFrame != 4; ++iFrame) {
         feature.set(0, vThree);
@@ -264,7 +217,7 @@ TEST(ScalarProgramTest, DivisionByZeroLeavesTheOperatorsValueAndIsReported) {
 }
 
 TEST(ScalarProgramTest, NothingAllocatesBehindTheFirstFrame) {
-    ScalarFeature feature("(a + b) * (a - c) / b + a");
+    InputFeature feature = makeFeature("(a + b) * (a - c) / b + a");
     const auto computeFrames = [&] {
         for (int iFrame = 0; iFrame != 6; ++iFrame) {
             feature.set(0, iFrame % 2 == 0 ? vTwo : vThree);

@@ -1,0 +1,43 @@
+#include "FlagPattern.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "SealedPlanNeeds.h"
+
+namespace Velmora::Math::Xpr {
+
+void SealedPlan::FlagPattern::reserve(const Needs& in_Needs) {
+    m_vBefore.reserve(in_Needs.m_vFlags.size());
+}
+
+void SealedPlan::FlagPattern::take(const SealedPlan& in_Plan, const Needs& in_Needs) {
+    m_vBefore.clear();
+    std::transform(in_Needs.m_vFlags.begin(), in_Needs.m_vFlags.end(),
+                   in_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace,
+                   std::back_inserter(m_vBefore),
+                   [](Flags in_Flags, Flags in_Before) { return in_Flags & in_Before; });
+    m_uiScalarChanges = in_Plan.m_uiScalarChanges;
+}
+
+bool SealedPlan::FlagPattern::fits(const SealedPlan& in_Plan, const Needs& in_Needs) const {
+    if (m_uiScalarChanges != in_Plan.m_uiScalarChanges) {
+        return false;
+    }
+    const Flags* const pValid = in_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
+    const Flags* const pFlags = in_Needs.m_vFlags.data();
+    const Flags* const pBefore = m_vBefore.data();
+    const std::size_t uiCount = in_Needs.m_vFlags.size();
+    Flags different = 0;
+    for (std::size_t ui = 0; ui != uiCount; ++ui) {
+        different |= (pValid[ui] & pFlags[ui]) ^ pBefore[ui];
+    }
+    return different == 0;
+}
+
+void SealedPlan::FlagPattern::remember(SealedPlan& inout_Plan, const Needs& in_Needs) const {
+    std::copy(m_vBefore.begin(), m_vBefore.end(),
+              inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace);
+}
+
+} // namespace Velmora::Math::Xpr

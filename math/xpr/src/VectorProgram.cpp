@@ -1,0 +1,227 @@
+#include "VectorProgram.h"
+
+#include <algorithm>
+
+#include <velmora/math/xpr/BinaryOperatorImpl.h>
+
+#include "SealedPlanNeeds.h"
+
+namespace Velmora::Math::Xpr {
+
+namespace {
+
+/// Joints that a program has room for. What is beyond is computed node by node.
+constexpr std::size_t MaxJoints = 64;
+
+} // namespace
+
+void SealedPlan::VectorProgram::reserve(const SealedPlan& in_Plan, const Needs& in_Needs) {
+    const auto uiOperators = static_cast<std::size_t>(
+        std::count_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), [&](Index in_uiNode) {
+            return isOperator(in_Plan.m_vSteps[in_uiNode].m_eKind);
+        }));
+    m_vItems.reserve(in_Needs.m_vOrder.size());
+    m_vPending.reserve(uiOperators);
+    m_vJoints.reserve(std::min(uiOperators / 2, MaxJoints));
+}
+
+void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
+    m_vItems.clear();
+    m_vJoints.clear();
+    m_vPending.clear();
+    for (const Index uiNode : in_Needs.m_vOrder) {
+        const Step& step = inout_Plan.m_vSteps[uiNode];
+        if (inout_Plan.wasValid(uiNode)) {
+            continue;
+        }
+        if (isOperator(step.m_eKind)) {
+            m_vPending.push_back(uiNode);
+            continue;
+        }
+        // Inputs and variables may come ahead of their turn: all has been computed before.
+        if (!inout_Plan.isSilent(uiNode)) {
+            flush(inout_Plan);
+        }
+        m_vItems.push_back(uiNode);
+    }
+    flush(inout_Plan);
+}
+
+/// Where the value of a node comes from, which may be a variable that passes it on.
+SealedPlan::Step& SealedPlan::VectorProgram::sourceOf(SealedPlan& inout_Plan, Index in_uiNode) {
+    while (inout_Plan.m_vSteps[in_uiNode].m_eKind == Kind::Forward) {
+        in_uiNode = inout_Plan.m_vSteps[in_uiNode].m_uiFirst;
+    }
+    return inout_Plan.m_vSteps[in_uiNode];
+}
+
+/// Lists the operators that wait, joined where they can be.
+void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
+    for (std::size_t ui = 0; ui != m_vPending.size();) {
+        Joint joint;
+        const std::size_t uiJoined = findJoint(inout_Plan, ui, joint);
+        if (uiJoined != 0 && m_vJoints.size() != m_vJoints.capacity()) {
+            m_vItems.push_back(static_cast<Index>(inout_Plan.m_vSteps.size() + m_vJoints.size()));
+            m_vJoints.push_back(joint);
+            ui += uiJoined;
+        } else {
+            m_vItems.push_back(m_vPending[ui++]);
+        }
+    }
+    m_vPending.clear();
+}
+
+/// Finds out which of the operators from that place on can be joined. Returns their number, 0 for
+/// none.
+std::size_t SealedPlan::VectorProgram::findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst,
+                                                 Joint& out_Joint) const {
+    std::size_t uiScaled = 3;
+    do {
+        if (uiScaled-- == 0) {
+            return 0;
+        }
+    } while (!findSum(inout_Plan, in_uiFirst, uiScaled, out_Joint));
+    std::size_t uiJoined = uiScaled + 1;
+    const Part behind = findScaling(inout_Plan, in_uiFirst + uiJoined);
+    ScaledSum::Form form;
+    if (behind.m_pStep != nullptr && behind.m_pVector == out_Joint.m_Sum.m_pStep) {
+        out_Joint.m_Behind = behind;
+        form.m_eBehind = behind.m_pStep->m_eKind == Kind::Divide ? ScaledSum::Scale::Divide
+                                                                 : ScaledSum::Scale::Multiply;
+        ++uiJoined;
+    }
+    form.m_bSubtract = out_Joint.m_Sum.m_pStep->m_eKind == Kind::Minus;
+    form.m_bScaleLeft = out_Joint.m_ScaledLeft.m_pStep != nullptr;
+    form.m_bScaleRight = out_Joint.m_ScaledRight.m_pStep != nullptr;
+    out_Joint.m_Operation = ScaledSum(form);
+    return uiJoined > 1 ? uiJoined : 0;
+}
+
+/// Is there a sum, or a difference, behind so many operators that scale its sides?
+bool SealedPlan::VectorProgram::findSum(SealedPlan& inout_Plan, std::size_t in_uiFirst,
+                                        std::size_t in_uiScaled, Joint& out_Joint) const {
+    out_Joint = Joint();
+    if (in_uiFirst + in_uiScaled >= m_vPending.size()) {
+        return false;
+    }
+    const Index uiSum = m_vPending[in_uiFirst + in_uiScaled];
+    Step& sum = inout_Plan.m_vSteps[uiSum];
+    const Kind eKind = sum.m_eKind;
+    if ((eKind != Kind::Plus && eKind != Kind::Minus) || sum.m_pScalar != nullptr) {
+        return false;
+    }
+    out_Joint.m_Sum = {uiSum, &sum, nullptr, nullptr};
+    out_Joint.m_pLeft = &sourceOf(inout_Plan, sum.m_uiFirst);
+    out_Joint.m_pRight = &sourceOf(inout_Plan, sum.m_uiSecond);
+    for (std::size_t ui = in_uiFirst; ui != in_uiFirst + in_uiScaled; ++ui) {
+        const Part scaling = findScaling(inout_Plan, ui);
+        const bool bLeft = scaling.m_pStep == out_Joint.m_pLeft;
+        const bool bRight = scaling.m_pStep == out_Joint.m_pRight;
+        const bool bInOrder = in_uiScaled == 1 || bLeft == (ui == in_uiFirst);
+        if (scaling.m_pStep == nullptr || scaling.m_pStep->m_eKind != Kind::Multiply ||
+            bLeft == bRight || !bInOrder) {
+            return false;
+        }
+        (bLeft ? out_Joint.m_ScaledLeft : out_Joint.m_ScaledRight) = scaling;
+        (bLeft ? out_Joint.m_pLeft : out_Joint.m_pRight) = scaling.m_pVector;
+    }
+    return true;
+}
+
+/// The operator at that place if it multiplies a vector by a scalar, or divides it; else none.
+SealedPlan::VectorProgram::Part
+SealedPlan::VectorProgram::findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const {
+    if (in_uiPlace >= m_vPending.size()) {
+        return {};
+    }
+    Step& step = inout_Plan.m_vSteps[m_vPending[in_uiPlace]];
+    const Step& first = sourceOf(inout_Plan, step.m_uiFirst);
+    const Step& second = sourceOf(inout_Plan, step.m_uiSecond);
+    const bool bByFirst = step.m_eKind == Kind::Multiply && findScalar(first) != nullptr;
+    const bool bBySecond = (step.m_eKind == Kind::Multiply || step.m_eKind == Kind::Divide) &&
+                           findScalar(second) != nullptr;
+    if (step.m_pScalar != nullptr || bByFirst == bBySecond) {
+        return {};
+    }
+    return {m_vPending[in_uiPlace], &step, bByFirst ? &first : &second,
+            bByFirst ? &second : &first};
+}
+
+/// False, and nothing has happened, if the operands or the results haven't the shapes for it.
+bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint) {
+    const DoubleVector* const pLeft = in_Joint.m_pLeft->m_pVector;
+    const DoubleVector* const pRight = in_Joint.m_pRight->m_pVector;
+    if (pLeft == nullptr || pRight == nullptr || pLeft->size() != pRight->size() ||
+        pLeft->size() < 2) {
+        return false;
+    }
+    ScaledSum::Operands operands;
+    operands.m_uiCount = pLeft->size();
+    operands.m_pLeft = pLeft->begin();
+    operands.m_pRight = pRight->begin();
+    const auto take = [&](const Part& in_Part, double*& out_pResult, double& out_dFactor) {
+        if (in_Part.m_pStep == nullptr) {
+            return true;
+        }
+        DoubleVector& vResult =
+            static_cast<BinaryOperatorImplNoT&>(*in_Part.m_pStep->m_pNode).m_Result;
+        out_pResult = vResult.begin();
+        if (in_Part.m_pFactor != nullptr) {
+            const double* const pFactor = findScalar(*in_Part.m_pFactor);
+            if (pFactor == nullptr) {
+                return false;
+            }
+            out_dFactor = *pFactor;
+        }
+        return in_Part.m_pStep->m_pVector == &vResult && vResult.size() == operands.m_uiCount;
+    };
+    double dNone = 1.0;
+    if (!take(in_Joint.m_ScaledLeft, operands.m_pScaledLeft, operands.m_dLeftFactor) ||
+        !take(in_Joint.m_ScaledRight, operands.m_pScaledRight, operands.m_dRightFactor) ||
+        !take(in_Joint.m_Sum, operands.m_pSum, dNone) ||
+        !take(in_Joint.m_Behind, operands.m_pScaledSum, operands.m_dBehind)) {
+        return false;
+    }
+    // A host may set a result as an input. One by one, the operators would read what was just made.
+    if (operands.m_pLeft == operands.m_pScaledRight ||
+        operands.m_pRight == operands.m_pScaledLeft) {
+        return false;
+    }
+    if (operands.m_dBehind == 0.0 && in_Joint.m_Behind.m_pStep->m_eKind == Kind::Divide) {
+        return false;
+    }
+    in_Joint.m_Operation.compute(operands);
+    for (const Part* pPart :
+         {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum, &in_Joint.m_Behind}) {
+        if (pPart->m_pStep != nullptr) {
+            pPart->m_pStep->m_bAhead = true;
+            *inout_Plan.flagOf(pPart->m_uiNode) = 1;
+        }
+    }
+    return true;
+}
+
+SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
+    const std::size_t uiSteps = inout_Plan.m_vSteps.size();
+    for (const Index uiItem : m_vItems) {
+        if (uiItem < uiSteps) {
+            if (!inout_Plan.step(uiItem)) {
+                return uiItem;
+            }
+            continue;
+        }
+        const Joint& joint = m_vJoints[uiItem - uiSteps];
+        if (computeJoint(inout_Plan, joint)) {
+            continue;
+        }
+        for (const Part* pPart :
+             {&joint.m_ScaledLeft, &joint.m_ScaledRight, &joint.m_Sum, &joint.m_Behind}) {
+            if (pPart->m_pStep != nullptr && !inout_Plan.step(pPart->m_uiNode)) {
+                return pPart->m_uiNode;
+            }
+        }
+    }
+    return PassedOver;
+}
+
+} // namespace Velmora::Math::Xpr

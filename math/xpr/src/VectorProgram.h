@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <velmora/math/ScaledSum.h>
+
+#include "SealedPlan.h"
+
+namespace Velmora::Math::Xpr {
+
+/// What a set of nodes computes in frames that are alike, with operations on vectors joined that
+/// one pass over the frame can do.
+///
+/// An operator reads its sides from memory and writes its result there, and the next one reads it
+/// again. Most of the time goes that way, and not in the arithmetic. A sum of scaled vectors, which
+/// scripts are full of, is computed in one pass that leaves the result of every operator in its
+/// place: the same numbers and flags as those of the nodes one by one.
+///
+/// A joint is taken where its operands have the shapes that they had when the program was made. The
+/// nodes are computed one by one where they haven't.
+class SealedPlan::VectorProgram {
+public:
+    /// Makes room for the program of a set, so that nothing allocates later.
+    void reserve(const SealedPlan& in_Plan, const Needs& in_Needs);
+
+    /// Makes the program for what wasn't valid when the plan last remembered the set's flags, and
+    /// has been computed since.
+    void make(SealedPlan& inout_Plan, const Needs& in_Needs);
+
+    /// Computes the set. Returns the node that failed, or `PassedOver`.
+    Index run(SealedPlan& inout_Plan) const;
+
+private:
+    /// An operator of a joint, and what it scales if it does. Not every joint has all of them.
+    struct Part {
+        Index m_uiNode = PassedOver;
+        Step* m_pStep = nullptr;
+        const Step* m_pFactor = nullptr;
+        const Step* m_pVector = nullptr;
+    };
+
+    /// Operators that one pass computes, and the vectors that they read.
+    struct Joint {
+        const Step* m_pLeft = nullptr;
+        const Step* m_pRight = nullptr;
+        Part m_ScaledLeft;
+        Part m_ScaledRight;
+        Part m_Sum;
+        Part m_Behind;
+        ScaledSum m_Operation{ScaledSum::Form()};
+    };
+
+    void flush(SealedPlan& inout_Plan);
+    std::size_t findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst, Joint& out_Joint) const;
+    bool findSum(SealedPlan& inout_Plan, std::size_t in_uiFirst, std::size_t in_uiScaled,
+                 Joint& out_Joint) const;
+    Part findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const;
+    static Step& sourceOf(SealedPlan& inout_Plan, Index in_uiNode);
+    static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);
+
+    /// Nodes, and behind their numbers those of the joints.
+    std::vector<Index> m_vItems;
+    std::vector<Joint> m_vJoints;
+    /// Operators that wait for others to be joined with, while the program is made.
+    std::vector<Index> m_vPending;
+};
+
+} // namespace Velmora::Math::Xpr
