@@ -1,12 +1,12 @@
 #pragma once
 
 #include <velmora/Export.h>
+#include <velmora/HashMapVectorEntries.h>
 #include <velmora/HashMapVectorIterator.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -44,9 +44,8 @@ public:
 
     /// New entries with copies of the keys and the values.
     HashMapVector(const HashMapVector& in_rhs) : m_vIndex(in_rhs.m_vIndex) {
-        m_vEntries.reserve(in_rhs.m_vEntries.size());
-        for (const auto& pEntry : in_rhs.m_vEntries) {
-            m_vEntries.push_back(std::make_unique<Entry>(*pEntry));
+        for (const Entry& entry : in_rhs) {
+            m_vEntries.emplaceBack(entry);
         }
     }
 
@@ -85,7 +84,7 @@ public:
             return {iterator(m_vEntries, uiFound), false};
         }
         reserveIndex();
-        m_vEntries.push_back(std::make_unique<Entry>(in_key, in_value));
+        m_vEntries.emplaceBack(in_key, in_value);
         if (!m_vIndex.empty()) {
             enter(uiFound, hashOf(in_key));
         }
@@ -106,7 +105,7 @@ public:
 
     /// The number of entries.
     std::size_t size() const noexcept { return m_vEntries.size(); }
-    bool empty() const noexcept { return m_vEntries.empty(); }
+    bool empty() const noexcept { return size() == 0; }
 
     /// Removes and releases every entry. The map is empty already while they go.
     void clear() {
@@ -127,7 +126,7 @@ private:
     std::size_t position(const Key& in_key) const {
         if (m_vIndex.empty()) {
             std::size_t ui = 0;
-            while (ui < size() && !(m_vEntries[ui]->first == in_key)) {
+            while (ui < size() && !(m_vEntries[ui].first == in_key)) {
                 ++ui;
             }
             return ui;
@@ -138,7 +137,7 @@ private:
             if (slot.m_uiPosition == 0) {
                 return size();
             }
-            if (slot.m_uiHash == uiHash && m_vEntries[slot.m_uiPosition - 1]->first == in_key) {
+            if (slot.m_uiHash == uiHash && m_vEntries[slot.m_uiPosition - 1].first == in_key) {
                 return slot.m_uiPosition - 1;
             }
         }
@@ -160,7 +159,7 @@ private:
             }
         }
         for (std::size_t ui = 0; vOld.empty() && ui < size(); ++ui) {
-            enter(ui, hashOf(m_vEntries[ui]->first));
+            enter(ui, hashOf(m_vEntries[ui].first));
         }
     }
 
@@ -189,7 +188,7 @@ private:
 
     std::size_t next(std::size_t in_ui) const { return (in_ui + 1) & (m_vIndex.size() - 1); }
 
-    std::vector<std::unique_ptr<Entry>> m_vEntries;
+    HashMapVectorEntries<Entry> m_vEntries;
     std::vector<Slot> m_vIndex;
 };
 

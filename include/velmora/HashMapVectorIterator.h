@@ -1,12 +1,11 @@
 #pragma once
 
 #include <velmora/Export.h>
+#include <velmora/HashMapVectorEntries.h>
 
 #include <cstddef>
 #include <iterator>
-#include <memory>
 #include <utility>
-#include <vector>
 
 namespace Velmora {
 
@@ -22,7 +21,7 @@ public:
     using difference_type = std::ptrdiff_t;
     using pointer = value_type*;
     using reference = value_type&;
-    using Entries = std::vector<std::unique_ptr<value_type>>;
+    using Entries = HashMapVectorEntries<value_type>;
 
     HashMapVectorIterator() = default;
 
@@ -31,8 +30,8 @@ public:
         : m_pEntries(&in_vEntries), m_uiPosition(in_uiPosition) {}
 
     /// The entry. There is none at the end.
-    reference operator*() const { return *(*m_pEntries)[m_uiPosition]; }
-    pointer operator->() const { return (*m_pEntries)[m_uiPosition].get(); }
+    reference operator*() const { return (*m_pEntries)[m_uiPosition]; }
+    pointer operator->() const { return &(*m_pEntries)[m_uiPosition]; }
 
     /// One entry on or back.
     HashMapVectorIterator& operator++() noexcept {

@@ -5,18 +5,28 @@
 
 namespace Velmora::Math::Xpr {
 
-/// Calls the function for each node of a list, and has the processor fetch what comes some nodes
-/// later: the nodes of a large graph aren't in its caches.
-template <class Node, class Function>
-void forEachAhead(const std::vector<Node*>& in_vNodes, Function in_Function) {
+/// What the processor is asked to fetch of a node: what walks over a graph touch, or about all of
+/// an operator.
+constexpr std::size_t WalkedLines = 4;
+constexpr std::size_t AllLines = 8;
+
+template <std::size_t Lines>
+void fetchAhead(const void* in_pNode) {
+    constexpr std::size_t LineSize = 64;
+    for (std::size_t ui = 0; ui != Lines; ++ui) {
+        __builtin_prefetch(static_cast<const char*>(in_pNode) + ui * LineSize, 1);
+    }
+}
+
+/// Calls the function for each node of a list from one on, and has the processor fetch what comes
+/// some nodes later: the nodes of a large graph aren't in its caches.
+template <std::size_t Lines = WalkedLines, class Node, class Function>
+void forEachAhead(const std::vector<Node*>& in_vNodes, std::size_t in_uiFirst,
+                  Function in_Function) {
     constexpr std::size_t Ahead = 8;
-    for (std::size_t ui = 0; ui != in_vNodes.size(); ++ui) {
+    for (std::size_t ui = in_uiFirst; ui < in_vNodes.size(); ++ui) {
         if (ui + Ahead < in_vNodes.size()) {
-            // The head of the object and what walks touch of it.
-            const auto* const pNext = reinterpret_cast<const char*>(in_vNodes[ui + Ahead]);
-            __builtin_prefetch(pNext, 1);
-            __builtin_prefetch(pNext + 64, 1);
-            __builtin_prefetch(pNext + 128, 1);
+            fetchAhead<Lines>(in_vNodes[ui + Ahead]);
         }
         in_Function(*in_vNodes[ui]);
     }

@@ -294,20 +294,22 @@ ExpressionBaseImpl::getYoungerChild(const Handle<ExpressionBaseImpl>& in_pExpres
         VELMORA_ASSERT_FAIL("!pExpr.isNull()");
         return Handle<ExpressionBaseImpl>();
     }
-    Handle<ExpressionBaseImpl> pExpression(in_pExpression);
-    while (!pExpression.isNull()) {
-        if (const VariableImpl* const pVariable = pExpression->asVariable()) {
+    // Those in between are held by what stands above them.
+    const Handle<ExpressionBaseImpl>* ppExpression = &in_pExpression;
+    while (!ppExpression->isNull()) {
+        if (const VariableImpl* const pVariable = (*ppExpression)->asVariable()) {
             if (pVariable->getValue().isNull()) {
-                return pExpression;
+                break;
             }
-            pExpression = Handle<ExpressionBaseImpl>(pVariable->getValue());
-        } else if (const ScriptFunctionImpl* const pFunction = pExpression->asScriptFunction()) {
-            pExpression = Handle<ExpressionBaseImpl>(pFunction->getImplementation());
+            ppExpression = &pVariable->getValue();
+        } else if (const ScriptFunctionImpl* const pFunction =
+                       (*ppExpression)->asScriptFunction()) {
+            ppExpression = &pFunction->getImplementation();
         } else {
-            return pExpression;
+            break;
         }
     }
-    return pExpression;
+    return *ppExpression;
 }
 
 void ExpressionBaseImpl::addParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent) {

@@ -1,56 +1,57 @@
 #include "ExpressionComplexity.h"
 
-#include <limits>
-#include <vector>
-
 namespace Velmora::Math::Xpr {
 
-namespace {
-
-unsigned long addUpToLimit(unsigned long in_ulA, unsigned long in_ulB) {
-    constexpr auto Limit = std::numeric_limits<unsigned long>::max();
-    return in_ulB > Limit - in_ulA ? Limit : in_ulA + in_ulB;
-}
-
-/// A node on the way down, with the count of itself and of the children that were passed.
-struct Place {
-    explicit Place(const ExpressionBaseImpl& in_Node)
+/// A node on the way down, and the child that is next.
+struct ExpressionComplexity::Place {
+    explicit Place(ExpressionBaseImpl& in_Node)
         : m_pNode(&in_Node), m_pNextChild(in_Node.getChildBegin()) {}
 
-    const ExpressionBaseImpl* m_pNode;
+    ExpressionBaseImpl* m_pNode;
     const Handle<ExpressionBaseImpl>* m_pNextChild;
-    unsigned long m_ulCount = 1;
 };
 
-} // namespace
-
 unsigned long ExpressionComplexity::of(const ExpressionBaseImpl& in_Expression) {
-    const auto iteKnown = m_mapCounts.find(in_Expression.getId());
-    if (iteKnown != m_mapCounts.end()) {
-        return iteKnown->second;
-    }
+    std::vector<Place> vPath;
     // Goes no further down than to what is known: a graph has many roots over the same nodes.
-    std::vector<Place> vPath{Place(in_Expression)};
-    while (true) {
+    const auto descend = [&](ExpressionBaseImpl& inout_Node) {
+        if (enter(inout_Node)) {
+            vPath.emplace_back(inout_Node);
+        }
+    };
+    // The marks of walks are no part of what a node is.
+    descend(const_cast<ExpressionBaseImpl&>(in_Expression));
+    while (!vPath.empty()) {
         Place& place = vPath.back();
         if (place.m_pNextChild != place.m_pNode->getChildEnd()) {
-            const ExpressionBaseImpl& child = **place.m_pNextChild;
-            const auto iteChild = m_mapCounts.find(child.getId());
-            if (iteChild == m_mapCounts.end()) {
-                vPath.emplace_back(child);
-            } else {
-                place.m_ulCount = addUpToLimit(place.m_ulCount, iteChild->second);
-                ++place.m_pNextChild;
-            }
-            continue;
-        }
-        const unsigned long ulCount = place.m_ulCount;
-        m_mapCounts[place.m_pNode->getId()] = ulCount;
-        vPath.pop_back();
-        if (vPath.empty()) {
-            return ulCount;
+            descend(**place.m_pNextChild++);
+        } else {
+            leave(*place.m_pNode);
+            vPath.pop_back();
         }
     }
+    return m_vCounts[GraphWalk::getPlace(in_Expression)];
+}
+
+bool ExpressionComplexity::enter(ExpressionBaseImpl& inout_Node) {
+    if (m_Walk.enter(inout_Node)) {
+        GraphWalk::setPlace(inout_Node, static_cast<std::uint32_t>(m_vCounts.size()));
+        m_vCounts.push_back(Limit);
+        return true;
+    }
+    unsigned long& ulCount = m_vCounts[GraphWalk::getPlace(inout_Node)];
+    const bool bForgotten = ulCount == Unknown;
+    ulCount = bForgotten ? Limit : ulCount;
+    return bForgotten;
+}
+
+void ExpressionComplexity::leave(const ExpressionBaseImpl& in_Node) {
+    unsigned long ulCount = 1;
+    for (const auto* pChild = in_Node.getChildBegin(); pChild != in_Node.getChildEnd(); ++pChild) {
+        const unsigned long ulBelow = m_vCounts[GraphWalk::getPlace(**pChild)];
+        ulCount = ulBelow > Limit - ulCount ? Limit : ulCount + ulBelow;
+    }
+    m_vCounts[GraphWalk::getPlace(in_Node)] = ulCount;
 }
 
 void ExpressionComplexity::forgetAbove(const ExpressionBaseImpl& in_Expression) {
@@ -60,7 +61,12 @@ void ExpressionComplexity::forgetAbove(const ExpressionBaseImpl& in_Expression) 
         vPending.pop_back();
         for (const auto* pParent = node.getParentBegin(); pParent != node.getParentEnd();
              ++pParent) {
-            if (m_mapCounts.erase((*pParent)->getId()) != 0) {
+            if (!hasEntered(**pParent)) {
+                continue;
+            }
+            unsigned long& ulCount = m_vCounts[GraphWalk::getPlace(**pParent)];
+            if (ulCount != Unknown) {
+                ulCount = Unknown;
                 vPending.push_back(pParent->get());
             }
         }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 
 #include "Ahead.h"
+#include "RootsAhead.h"
 #include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
@@ -14,6 +16,8 @@ thread_local bool t_bWalking = false;
 
 /// Numbers are never given twice: a graph may have been walked by another thread before.
 std::atomic<std::uint64_t> g_uiLastWalk{0};
+
+constexpr std::size_t SealedTogether = 512;
 
 } // namespace
 
@@ -28,16 +32,6 @@ GraphWalk::Outermost::~Outermost() {
 }
 
 GraphWalk::GraphWalk() : m_uiNumber(++g_uiLastWalk) {}
-
-bool GraphWalk::enter(ExpressionBaseImpl& inout_Node) const {
-    const bool bNew = inout_Node.m_uiLastWalk != m_uiNumber;
-    inout_Node.m_uiLastWalk = m_uiNumber;
-    return bNew;
-}
-
-bool GraphWalk::hasEntered(const ExpressionBaseImpl& in_Node) const {
-    return in_Node.m_uiLastWalk == m_uiNumber;
-}
 
 bool GraphWalk::isShort(const Nodes& in_vRoots) {
     const GraphWalk walk;
@@ -54,16 +48,16 @@ bool GraphWalk::isShort(const ExpressionBaseImpl& in_Root) {
 }
 
 std::size_t GraphWalk::countVisits(ExpressionBaseImpl& in_Root) const {
-    struct Place {
+    struct Count {
         ExpressionBaseImpl* m_pNode;
         std::size_t m_uiNextChild;
         std::size_t m_uiVisits;
     };
-    std::vector<Place> vPath;
+    std::vector<Count> vPath;
     const auto visitsOf = [&](ExpressionBaseImpl& inout_Node) -> std::size_t {
         if (enter(inout_Node)) {
             // Met once more before it is counted, the node stands in a circle, which has no end.
-            inout_Node.m_uiWalkPlace = ExpressionBaseImpl::MaxVisitsPerWalk + 1;
+            inout_Node.m_uiWalkPlace = TooManyVisits;
             vPath.push_back({&inout_Node, 0, 1});
             return 0;
         }
@@ -71,7 +65,7 @@ std::size_t GraphWalk::countVisits(ExpressionBaseImpl& in_Root) const {
     };
     std::size_t uiLast = visitsOf(in_Root);
     while (!vPath.empty() && uiLast <= ExpressionBaseImpl::MaxVisitsPerWalk) {
-        Place& place = vPath.back();
+        Count& place = vPath.back();
         place.m_uiVisits += uiLast;
         if (place.m_uiVisits > ExpressionBaseImpl::MaxVisitsPerWalk) {
             return place.m_uiVisits;
@@ -88,65 +82,101 @@ std::size_t GraphWalk::countVisits(ExpressionBaseImpl& in_Root) const {
 }
 
 void GraphWalk::seal(const Nodes& in_vRoots) {
-    if (isShort(in_vRoots)) {
+    GraphWalk walk;
+    Nodes vNodes;
+    std::size_t uiVisits = 0;
+    std::size_t uiSealed = 0;
+    RootsAhead ahead(in_vRoots);
+    for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
+        ahead.begin(uiRoot);
+        walk.append(*in_vRoots[uiRoot], vNodes, &ahead);
+        uiVisits =
+            std::min<std::size_t>(uiVisits + in_vRoots[uiRoot]->m_uiWalkPlace, TooManyVisits);
+        // Those of a large graph are sealed while the processor still has them.
+        if (uiVisits == TooManyVisits && vNodes.size() - uiSealed > SealedTogether) {
+            uiSealed = sealFrom(vNodes, uiSealed);
+        }
+    }
+    if (uiVisits < TooManyVisits) {
         for (ExpressionBaseImpl* pRoot : in_vRoots) {
             pRoot->sealAlongPaths();
         }
-        SealedPlan::make(in_vRoots, GraphWalk().collectAll(in_vRoots));
+        SealedPlan::make(in_vRoots, GraphWalk().collectAll(in_vRoots), SealedPlan::Parents::Sealed);
         return;
     }
-    const Nodes vNodes = GraphWalk().collectAll(in_vRoots);
-    forEachAhead(vNodes, [](ExpressionBaseImpl& inout_Node) {
+    sealFrom(vNodes, uiSealed);
+    try {
+        SealedPlan::make(in_vRoots, vNodes, SealedPlan::Parents::Complete);
+    } catch (const std::bad_alloc&) {
+        // Without a plan, changes go from parent to parent.
+        forEachAhead(vNodes, 0,
+                     [](ExpressionBaseImpl& inout_Node) { inout_Node.m_Parents.seal(); });
+        throw;
+    }
+}
+
+std::size_t GraphWalk::sealFrom(const Nodes& in_vNodes, std::size_t in_uiFirst) {
+    forEachAhead<AllLines>(in_vNodes, in_uiFirst, [](ExpressionBaseImpl& inout_Node) {
         // A plan that doesn't know the new readers isn't used any more, even if this goes wrong.
         inout_Node.noteChange();
         inout_Node.m_bSealed = true;
         inout_Node.seal_i();
     });
-    // Now that all are registered, the lists of parents are complete.
-    forEachAhead(vNodes, [](ExpressionBaseImpl& inout_Node) { inout_Node.m_Parents.seal(); });
-    SealedPlan::make(in_vRoots, vNodes);
+    return in_vNodes.size();
 }
 
 GraphWalk::Nodes GraphWalk::collectAll(const Nodes& in_vRoots) {
     Nodes vNodes;
     for (ExpressionBaseImpl* pRoot : in_vRoots) {
-        const Nodes vBelow = collect(*pRoot);
-        vNodes.insert(vNodes.end(), vBelow.begin(), vBelow.end());
+        append(*pRoot, vNodes, nullptr);
     }
     return vNodes;
 }
 
 GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
-    struct Place {
-        ExpressionBaseImpl* m_pNode;
-        std::size_t m_uiNextChild;
-    };
-    constexpr std::size_t MaxFetched = 4;
     Nodes vNodes;
-    std::vector<Place> vPath;
+    append(in_Root, vNodes, nullptr);
+    return vNodes;
+}
+
+void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead* inout_pAhead) {
+    constexpr std::size_t MaxFetched = 4;
     const auto descend = [&](ExpressionBaseImpl& in_Node) {
         if (enter(in_Node)) {
-            vPath.push_back({&in_Node, 0});
+            in_Node.m_uiWalkPlace = TooManyVisits;
+            if (inout_pAhead != nullptr) {
+                inout_pAhead->enter(in_Node);
+            }
+            m_vPath.push_back({&in_Node, 0});
             // The last child is next; the others are fetched from memory in the meantime.
             for (std::size_t ui = 0; ui + 1 < in_Node.m_Childs.size() && ui != MaxFetched; ++ui) {
                 __builtin_prefetch(&in_Node.m_Childs[ui]->m_uiLastWalk);
             }
         }
     };
+    const std::size_t uiFirst = out_vNodes.size();
     descend(in_Root);
-    while (!vPath.empty()) {
+    while (!m_vPath.empty()) {
         // The last child first: reversed below, siblings come in their own order.
-        Place& place = vPath.back();
+        Place& place = m_vPath.back();
         const std::size_t uiChildCount = place.m_pNode->m_Childs.size();
         if (place.m_uiNextChild < uiChildCount) {
             descend(*place.m_pNode->m_Childs[uiChildCount - ++place.m_uiNextChild]);
         } else {
-            vNodes.push_back(place.m_pNode);
-            vPath.pop_back();
+            addUpVisits(*place.m_pNode);
+            out_vNodes.push_back(place.m_pNode);
+            m_vPath.pop_back();
         }
     }
-    std::reverse(vNodes.begin(), vNodes.end());
-    return vNodes;
+    std::reverse(out_vNodes.begin() + static_cast<std::ptrdiff_t>(uiFirst), out_vNodes.end());
+}
+
+void GraphWalk::addUpVisits(ExpressionBaseImpl& inout_Node) {
+    std::uint32_t uiVisits = 1;
+    for (const auto& pChild : inout_Node.m_Childs) {
+        uiVisits = std::min(uiVisits + pChild->m_uiWalkPlace, TooManyVisits);
+    }
+    inout_Node.m_uiWalkPlace = uiVisits;
 }
 
 bool GraphWalk::configureRest(ExpressionBaseImpl& in_Root,

@@ -8,6 +8,8 @@
 
 namespace Velmora::Math::Xpr {
 
+class RootsAhead;
+
 /// Walks below one or more roots that visit each node once, parents ahead of children, without
 /// recursion.
 ///
@@ -43,10 +45,24 @@ public:
     GraphWalk();
 
     /// Marks the node as visited. False if this walk has been there.
-    bool enter(ExpressionBaseImpl& inout_Node) const;
+    bool enter(ExpressionBaseImpl& inout_Node) const {
+        const bool bNew = inout_Node.m_uiLastWalk != m_uiNumber;
+        inout_Node.m_uiLastWalk = m_uiNumber;
+        return bNew;
+    }
 
     /// Has this walk, and none after it, been there?
-    bool hasEntered(const ExpressionBaseImpl& in_Node) const;
+    bool hasEntered(const ExpressionBaseImpl& in_Node) const {
+        return in_Node.m_uiLastWalk == m_uiNumber;
+    }
+
+    /// A number of the walk's own that it leaves at a node that it has entered.
+    static void setPlace(ExpressionBaseImpl& out_Node, std::uint32_t in_uiPlace) {
+        out_Node.m_uiWalkPlace = in_uiPlace;
+    }
+    static std::uint32_t getPlace(const ExpressionBaseImpl& in_Node) {
+        return in_Node.m_uiWalkPlace;
+    }
 
     /// The nodes below a root, the root included, that no earlier call of this object has given: a
     /// node stands behind all of its parents among them.
@@ -60,11 +76,28 @@ public:
                        const TSHandle<VirtualFileSystem>& in_pFileSystem);
 
 private:
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        std::size_t m_uiNextChild;
+    };
+
+    /// Stands for all numbers from there on, and at a node whose visits aren't counted yet: one
+    /// that is met again before it is stands in a circle, which has no end.
+    static constexpr std::uint32_t TooManyVisits = ExpressionBaseImpl::MaxVisitsPerWalk + 1;
+
     /// The visits of a walk along every path from there, or any number that is too large. What is
     /// below a node is counted once.
     std::size_t countVisits(ExpressionBaseImpl& in_Root) const;
 
+    /// `collect`, which counts the visits as well and leaves them at the nodes.
+    void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead* inout_pAhead);
+    static void addUpVisits(ExpressionBaseImpl& inout_Node);
+
+    /// Seals the nodes from one on, but for their lists of parents, and returns where it ended.
+    static std::size_t sealFrom(const Nodes& in_vNodes, std::size_t in_uiFirst);
+
     std::uint64_t m_uiNumber;
+    std::vector<Place> m_vPath;
 };
 
 } // namespace Velmora::Math::Xpr

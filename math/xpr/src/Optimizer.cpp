@@ -85,7 +85,9 @@ std::vector<Instances> groupByKey(InstanceList& inout_Instances) {
 /// Merges the instances of one key into the first of those with the highest complexity.
 class Merger {
 public:
-    explicit Merger(bool in_bOneEntryEach) : m_bOneEntryEach(in_bOneEntryEach) {}
+    explicit Merger(OptimizerDictionnary& inout_Index)
+        : m_bOneEntryEach(inout_Index.hasOneVisitEach()),
+          m_Complexity(inout_Index.getComplexity()) {}
 
     void merge(const Instances& in_vSimilar) {
         const Data pBest = findBest(in_vSimilar);
@@ -131,7 +133,7 @@ private:
     }
 
     bool m_bOneEntryEach;
-    ExpressionComplexity m_Complexity;
+    ExpressionComplexity& m_Complexity;
 };
 
 } // namespace
@@ -177,7 +179,7 @@ bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
         return false;
     }
     m_bHasConcatenations = dictOptimizer.hasFunction(OperatorConcatenate::getNameStatic());
-    Merger merger(dictOptimizer.hasOneVisitEach());
+    Merger merger(dictOptimizer);
     for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
          ++ite) {
         InstanceList& instances = *ite->second;

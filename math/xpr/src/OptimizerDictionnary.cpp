@@ -1,12 +1,18 @@
 #include "OptimizerDictionnary.h"
 
+#include <algorithm>
+#include <limits>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
+#include "Ahead.h"
 #include "GraphWalk.h"
+#include "OptimizerKeys.h"
+#include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -51,12 +57,152 @@ struct OptimizerDictionnary::Walks {
     GraphWalk m_keyed;
 };
 
+/// Visits each expression once: makes the data of a function on the way down, which orders the
+/// instances, and the keys on the way up.
+class OptimizerDictionnary::SingleWalk {
+public:
+    SingleWalk(OptimizerDictionnary& out_Index, const GraphWalk::Nodes& in_vRoots)
+        : m_Index(out_Index), m_Keys(out_Index.m_ExpressionMap.getKeys()), m_Ahead(in_vRoots) {}
+
+    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pRoot) {
+        VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
+        if (in_pRoot.isNull()) {
+            VELMORA_ASSERT_FAIL("!pData.isNull()");
+            return false;
+        }
+        m_Ahead.begin(m_uiRoots++);
+        if (!enter(in_pRoot)) {
+            return false;
+        }
+        while (!m_vPath.empty()) {
+            Place& place = m_vPath.back();
+            if (place.m_pNextChild == place.m_pNode->getChildEnd()) {
+                leave(place);
+                m_vPath.pop_back();
+            } else if (!enter(*place.m_pNextChild++)) {
+                VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr) )");
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    struct Place {
+        ExpressionBaseImpl* m_pNode;
+        const Handle<ExpressionBaseImpl>* m_pNextChild;
+        OptimizerExpressionKind m_eKind;
+        /// That of a function.
+        OptimizerExpressionDataImpl* m_pData;
+    };
+
+    static constexpr OptimizerKeyTable::Number NoKey =
+        std::numeric_limits<OptimizerKeyTable::Number>::max();
+
+    bool enter(const Handle<ExpressionBaseImpl>& in_pExpression) {
+        ExpressionBaseImpl& node = *in_pExpression;
+        if (!m_Index.m_Complexity.enter(node)) {
+            return true;
+        }
+        for (const auto* pChild = node.getChildBegin(); pChild != node.getChildEnd(); ++pChild) {
+            __builtin_prefetch(pChild->get());
+        }
+        m_Ahead.enter(node);
+        m_vKeys.push_back(NoKey);
+        ++m_Index.m_uiExpressions;
+        const OptimizerExpressionKind eKind = m_Index.m_ExpressionMap.getKinds().of(node);
+        OptimizerExpressionDataImpl* pData = nullptr;
+        if (eKind == OptimizerExpressionKind::Unknown) {
+            VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
+        } else if (eKind == OptimizerExpressionKind::Function) {
+            pData = new OptimizerExpressionDataImpl(m_Index.m_ExpressionMap, in_pExpression, eKind);
+            if (pData == nullptr) {
+                VELMORA_ASSERT_FAIL("!pData.isNull()");
+                return false;
+            }
+            const CountedObjPtr<OptimizerExpressionData> pHeld(pData);
+            m_Index.m_vHeld.push_back({pHeld, &node});
+            m_Index.insertFunctionInstance(static_cast<const FunctionBaseImpl&>(node), pHeld);
+        }
+        m_vPath.push_back({&node, node.getChildBegin(), eKind, pData});
+        return true;
+    }
+
+    void leave(const Place& in_Place) {
+        const OptimizerKeyTable::Number uiKey = makeKey(in_Place);
+        m_vKeys[GraphWalk::getPlace(*in_Place.m_pNode)] = uiKey;
+        m_Index.m_Complexity.leave(*in_Place.m_pNode);
+        if (in_Place.m_pData != nullptr) {
+            in_Place.m_pData->setKeyNumber(uiKey);
+        }
+    }
+
+    OptimizerKeyTable::Number makeKey(const Place& in_Place) {
+        ExpressionBaseImpl& node = *in_Place.m_pNode;
+        if (in_Place.m_eKind == OptimizerExpressionKind::Variable) {
+            const VariableImpl& variable = *node.asVariable();
+            return variable.getValue().isNull() ? insertNameKey(m_Keys, variable)
+                                                : getKey(*variable.getValue());
+        }
+        if (in_Place.m_eKind != OptimizerExpressionKind::Function) {
+            return insertLeafKey(m_Keys, node);
+        }
+        m_vChilds.clear();
+        for (const auto* pChild = node.getChildBegin(); pChild != node.getChildEnd(); ++pChild) {
+            m_vChilds.push_back(getKey(**pChild));
+        }
+        return insertFunctionKey(m_Keys, static_cast<const FunctionBaseImpl&>(node), m_vChilds);
+    }
+
+    OptimizerKeyTable::Number getKey(const ExpressionBaseImpl& in_Expression) {
+        OptimizerKeyTable::Number uiKey = NoKey;
+        if (m_Index.m_Complexity.hasEntered(in_Expression)) {
+            uiKey = m_vKeys[GraphWalk::getPlace(in_Expression)];
+        }
+        // In a circle, which a host can make, a key can't be made of the one that it is part of.
+        return uiKey == NoKey ? insertLeafKey(m_Keys, in_Expression) : uiKey;
+    }
+
+    OptimizerDictionnary& m_Index;
+    OptimizerKeyTable& m_Keys;
+    RootsAhead m_Ahead;
+    std::size_t m_uiRoots = 0;
+    /// By the places that the complexity gives.
+    OptimizerKeyTable::Numbers m_vKeys;
+    std::vector<Place> m_vPath;
+    OptimizerKeyTable::Numbers m_vChilds;
+};
+
 OptimizerDictionnary::OptimizerDictionnary() {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::OptimizerDictionnary");
 }
 
 OptimizerDictionnary::~OptimizerDictionnary() {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::~OptimizerDictionnary");
+    m_mapFunctions.clear();
+    releaseHeld();
+}
+
+/// Expressions that others have taken the place of go with their data.
+void OptimizerDictionnary::releaseHeld() {
+    constexpr std::size_t Ahead = 8;
+    for (std::size_t ui = 0; ui != m_vHeld.size(); ++ui) {
+        if (ui + 2 * Ahead < m_vHeld.size()) {
+            const Held& later = m_vHeld[ui + 2 * Ahead];
+            fetchAhead<2>(later.m_pData.get());
+            fetchAhead<WalkedLines>(later.m_pNode);
+        }
+        if (ui + Ahead < m_vHeld.size()) {
+            const ExpressionBaseImpl& later = *m_vHeld[ui + Ahead].m_pNode;
+            if (later.getParentBegin() == later.getParentEnd()) {
+                fetchAhead<AllLines>(&later);
+                for (const auto* p = later.getChildBegin(); p != later.getChildEnd(); ++p) {
+                    fetchAhead<AllLines>(p->get());
+                }
+            }
+        }
+        const CountedObjPtr<OptimizerExpressionData> pReleased(std::move(m_vHeld[ui].m_pData));
+    }
 }
 
 bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
@@ -75,19 +221,37 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     if (m_bOneVisitEach) {
         m_ExpressionMap.getKeys().shortenTexts();
     }
-    m_ExpressionMap.reserve(vRoots.size() * ExpressionsPerRoot);
+    // With as many paths as nodes, most of a graph's memory would be that of its data.
+    const bool bInserted = m_bOneVisitEach && !areKeysLogged() ? insertInOneWalk(vRoots, vRootNodes)
+                                                               : insertInTwoWalks(vRoots);
+    if (!bInserted) {
+        VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
+        return false;
+    }
+    VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
+                                        << m_mapFunctions.size() << " function(s)\n"
+                                        << m_uiExpressions << " expression(s)\n");
+    return true;
+}
+
+bool OptimizerDictionnary::insertInTwoWalks(const Roots& in_vRoots) {
+    m_ExpressionMap.reserve(in_vRoots.size() * ExpressionsPerRoot);
     const Walks walks;
-    for (const auto& pRoot : vRoots) {
+    for (const auto& pRoot : in_vRoots) {
         if (!insertExpression(pRoot, walks)) {
-            VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
             return false;
         }
         fixKeys(*pRoot, walks);
     }
-    VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
-                                        << m_mapFunctions.size() << " function(s)\n"
-                                        << m_ExpressionMap.size() << " expression(s)\n");
+    m_uiExpressions = m_ExpressionMap.size();
     return true;
+}
+
+bool OptimizerDictionnary::insertInOneWalk(const Roots& in_vRoots,
+                                           const std::vector<ExpressionBaseImpl*>& in_vNodes) {
+    SingleWalk walk(*this, in_vNodes);
+    return std::all_of(in_vRoots.begin(), in_vRoots.end(),
+                       [&](const auto& in_pRoot) { return walk.insertExpression(in_pRoot); });
 }
 
 bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression,
@@ -130,7 +294,7 @@ bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpr
         pFirst = pData;
     }
     if (m_ExpressionMap.getKinds().of(*in_pExpression) == OptimizerExpressionKind::Function &&
-        !insertFunctionInstance(Handle<FunctionBaseImpl>(in_pExpression), pData)) {
+        !insertFunctionInstance(static_cast<const FunctionBaseImpl&>(*in_pExpression), pData)) {
         VELMORA_ASSERT_FAIL("insertFunctionInstance( pFunc, pData )");
         return false;
     }
@@ -138,11 +302,10 @@ bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpr
 }
 
 bool OptimizerDictionnary::insertFunctionInstance(
-    const Handle<FunctionBaseImpl>& in_pFunction,
-    const CountedObjPtr<OptimizerExpressionData>& in_pData) {
+    const FunctionBaseImpl& in_Function, const CountedObjPtr<OptimizerExpressionData>& in_pData) {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertFunctionInstance");
-    VELMORA_LOG_DEBUG(fileLogger(), "adding function: " << in_pFunction->getName());
-    CountedObjPtr<FunctionInstanceList>& pList = m_mapFunctions[in_pFunction->getName()];
+    VELMORA_LOG_DEBUG(fileLogger(), "adding function: " << in_Function.getName());
+    CountedObjPtr<FunctionInstanceList>& pList = m_mapFunctions[in_Function.getName()];
     if (pList.isNull()) {
         pList = new FunctionInstanceList(&m_Memory);
     }

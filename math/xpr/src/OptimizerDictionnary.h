@@ -4,12 +4,14 @@
 #include <memory_resource>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include <velmora/CountedObjPtr.h>
 #include <velmora/MemAccounting.h>
 #include <velmora/math/xpr/Dictionnary.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 
+#include "ExpressionComplexity.h"
 #include "OptimizerExpressionDataImpl.h"
 
 namespace Velmora::Math::Xpr {
@@ -20,7 +22,7 @@ namespace Velmora::Math::Xpr {
 /// An expression is visited once for each path that leads to it: the expression map keeps the data
 /// of the first visit, the list of its name has an entry for each. Where the paths of the whole
 /// dictionary are more than `ExpressionBaseImpl::MaxVisitsPerWalk`, each expression is visited
-/// once.
+/// once; unless the keys are logged, the functions alone get data then, and the map stays empty.
 class OptimizerDictionnary {
 public:
     VELMORA_MEM_ACCOUNT("OptimizerDictionnary")
@@ -59,6 +61,10 @@ public:
     /// Has every expression one visit only, because there are too many paths?
     bool hasOneVisitEach() const { return m_bOneVisitEach; }
 
+    /// What is known of the expressions' complexity, for the time in which nothing else walks over
+    /// them.
+    ExpressionComplexity& getComplexity() { return m_Complexity; }
+
     /// Takes an instance out of its list and returns the position behind it. The data stays valid.
     FunctionInstanceList::iterator
     eraseFunctionInstance(FunctionInstanceList::iterator& in_iteFunctionInstance,
@@ -69,10 +75,16 @@ public:
 
 private:
     struct Walks;
+    class SingleWalk;
 
+    using Roots = std::vector<Handle<ExpressionBaseImpl>>;
+
+    bool insertInTwoWalks(const Roots& in_vRoots);
+    bool insertInOneWalk(const Roots& in_vRoots, const std::vector<ExpressionBaseImpl*>& in_vNodes);
+    void releaseHeld();
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, const Walks& in_Walks);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
-    bool insertFunctionInstance(const Handle<FunctionBaseImpl>& in_pFunction,
+    bool insertFunctionInstance(const FunctionBaseImpl& in_Function,
                                 const CountedObjPtr<OptimizerExpressionData>& in_pData);
     void fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_Walks);
 
@@ -81,6 +93,14 @@ private:
     FunctionMap m_mapFunctions;
     ExpressionMap m_ExpressionMap{&m_Memory};
     bool m_bOneVisitEach = false;
+    std::size_t m_uiExpressions = 0;
+    ExpressionComplexity m_Complexity;
+    /// Data that isn't in the expression map.
+    struct Held {
+        CountedObjPtr<OptimizerExpressionData> m_pData;
+        ExpressionBaseImpl* m_pNode;
+    };
+    std::vector<Held> m_vHeld;
 };
 
 } // namespace Velmora::Math::Xpr

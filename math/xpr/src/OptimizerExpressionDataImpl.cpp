@@ -9,27 +9,28 @@
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "OptimizerKeys.h"
+
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.OptimizerExpressionData");
 
 namespace {
 
-OptimizerExpressionDataSpecializer* newSpecializer(OptimizerExpressionDataImpl& inout_Data,
+OptimizerExpressionDataSpecializer* newSpecializer(const OptimizerExpressionDataImpl& in_Data,
                                                    OptimizerExpressionKind in_Kind) {
     switch (in_Kind) {
     case OptimizerExpressionKind::Function:
-        return new OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl>(inout_Data);
+        return new OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl>(in_Data);
     case OptimizerExpressionKind::Variable:
-        return new OptimizerExpressionDataSpecializerImpl<VariableImpl>(inout_Data);
+        return new OptimizerExpressionDataSpecializerImpl<VariableImpl>(in_Data);
     case OptimizerExpressionKind::Constant:
-        return new OptimizerExpressionDataSpecializerImpl<ConstantImpl>(inout_Data);
+        return new OptimizerExpressionDataSpecializerImpl<ConstantImpl>(in_Data);
     case OptimizerExpressionKind::DomainValue:
-        return new OptimizerExpressionDataSpecializerImpl<DomainValueNoCopyImpl>(inout_Data);
+        return new OptimizerExpressionDataSpecializerImpl<DomainValueNoCopyImpl>(in_Data);
     case OptimizerExpressionKind::Unknown:
         break;
     }
-    VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
     return nullptr;
 }
 
@@ -39,12 +40,20 @@ OptimizerExpressionDataImpl::OptimizerExpressionDataImpl(
     OptimizerExpressionDataContainer& inout_Container,
     const Handle<ExpressionBaseImpl>& in_pExpression)
     : m_Container(inout_Container), m_pExpression(in_pExpression) {
-    if (m_pExpression.isNull()) {
+    if (!m_pExpression.isNull()) {
+        m_eKind = m_Container.getKinds().of(*m_pExpression);
+    }
+    if (m_eKind == OptimizerExpressionKind::Unknown) {
         VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
         return;
     }
-    m_pSpecializer = newSpecializer(*this, m_Container.getKinds().of(*m_pExpression));
+    getSpecializer();
 }
+
+OptimizerExpressionDataImpl::OptimizerExpressionDataImpl(
+    OptimizerExpressionDataContainer& inout_Container,
+    const Handle<ExpressionBaseImpl>& in_pExpression, OptimizerExpressionKind in_eKind)
+    : m_Container(inout_Container), m_pExpression(in_pExpression), m_eKind(in_eKind) {}
 
 bool OptimizerExpressionDataImpl::operator==(const OptimizerExpressionData& in_Other) const {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerExpressionDataImpl::operator==");
@@ -59,13 +68,15 @@ bool OptimizerExpressionDataImpl::operator!=(const OptimizerExpressionData& in_O
 
 unsigned long OptimizerExpressionDataImpl::getComplexity() const {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerExpressionDataImpl::getComplexity");
-    return m_pSpecializer.isNull() ? 0 : m_pSpecializer->getComplexity();
+    OptimizerExpressionDataSpecializer* const pSpecializer = getSpecializer();
+    return pSpecializer == nullptr ? 0 : pSpecializer->getComplexity();
 }
 
 const std::string& OptimizerExpressionDataImpl::key() const {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerExpressionDataImpl::key");
     if (!m_bKeySet) {
-        m_strKey = m_pSpecializer.isNull() ? getKeys().text(getKeyNumber()) : m_pSpecializer->key();
+        OptimizerExpressionDataSpecializer* const pSpecializer = getSpecializer();
+        m_strKey = pSpecializer == nullptr ? getKeys().text(getKeyNumber()) : pSpecializer->key();
         m_bKeySet = true;
     }
     return m_strKey;
@@ -120,10 +131,17 @@ OptimizerKeyTable::Number OptimizerExpressionDataImpl::getKeyNumber() const {
 }
 
 OptimizerKeyTable::Number OptimizerExpressionDataImpl::makeKeyNumber() const {
+    OptimizerExpressionDataSpecializer* const pSpecializer = getSpecializer();
     // Of an unknown kind nothing can be said but that it is equal to itself.
-    return m_pSpecializer.isNull()
-               ? getKeys().insert("#" + std::to_string(m_pExpression->getId()), {})
-               : m_pSpecializer->makeKeyNumber();
+    return pSpecializer == nullptr ? insertLeafKey(getKeys(), *m_pExpression)
+                                   : pSpecializer->makeKeyNumber();
+}
+
+OptimizerExpressionDataSpecializer* OptimizerExpressionDataImpl::getSpecializer() const {
+    if (m_pSpecializer.isNull()) {
+        m_pSpecializer = newSpecializer(*this, m_eKind);
+    }
+    return m_pSpecializer.get();
 }
 
 OptimizerKeyTable::Number

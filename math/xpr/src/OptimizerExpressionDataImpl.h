@@ -20,6 +20,11 @@ public:
     OptimizerExpressionDataImpl(OptimizerExpressionDataContainer& inout_Container,
                                 const Handle<ExpressionBaseImpl>& in_pExpression);
 
+    /// Of an expression of a known kind, whose key somebody else makes.
+    OptimizerExpressionDataImpl(OptimizerExpressionDataContainer& inout_Container,
+                                const Handle<ExpressionBaseImpl>& in_pExpression,
+                                OptimizerExpressionKind in_eKind);
+
     bool operator==(const OptimizerExpressionData& in_Other) const override;
     bool operator!=(const OptimizerExpressionData& in_Other) const override;
     unsigned long getComplexity() const override;
@@ -39,15 +44,19 @@ public:
 
     OptimizerKeyTable& getKeys() const { return m_Container.getKeys(); }
 
+    void setKeyNumber(OptimizerKeyTable::Number in_uiNumber) { m_KeyNumber = in_uiNumber; }
+
     /// The number of another expression's key.
     OptimizerKeyTable::Number getKeyNumberOf(const ExpressionBaseImpl& in_Expression) const;
 
 private:
+    OptimizerExpressionDataSpecializer* getSpecializer() const;
     OptimizerKeyTable::Number makeKeyNumber() const;
 
     OptimizerExpressionDataContainer& m_Container;
     Handle<ExpressionBaseImpl> m_pExpression;
-    CountedObjPtr<OptimizerExpressionDataSpecializer> m_pSpecializer;
+    OptimizerExpressionKind m_eKind = OptimizerExpressionKind::Unknown;
+    mutable CountedObjPtr<OptimizerExpressionDataSpecializer> m_pSpecializer;
     mutable Fallible<std::size_t> m_Hash;
     mutable std::string m_strKey;
     mutable bool m_bKeySet = false;

@@ -1,7 +1,5 @@
 #include "OptimizerExpressionDataSpecializer.h"
 
-#include <sstream>
-
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ConstantImpl.h>
@@ -11,30 +9,11 @@
 
 #include "ExpressionComplexity.h"
 #include "OptimizerExpressionDataImpl.h"
+#include "OptimizerKeys.h"
 
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.OptimizerExpressionDataSpecializer");
-
-namespace {
-
-/// A leaf is equal to itself only, whatever its value.
-OptimizerKeyTable::Number makeLeafKey(OptimizerExpressionDataImpl& inout_Data) {
-    return inout_Data.getKeys().insert("#" + std::to_string(inout_Data.getExpression()->getId()),
-                                       {});
-}
-
-void writeParameter(std::ostream& out_Stream, const ParameterImpl& in_Parameter) {
-    const ParameterImpl& leaf = in_Parameter.getLeafChild();
-    out_Stream << '&' << in_Parameter.getName() << '%';
-    if (leaf.hasDirectValue()) {
-        out_Stream << leaf.getValue();
-    } else {
-        out_Stream << "paramId: " << leaf.getId();
-    }
-}
-
-} // namespace
 
 bool areKeysLogged() {
     return detail::isSiteEnabled(fileLogger(), ::log4cplus::DEBUG_LOG_LEVEL);
@@ -54,13 +33,13 @@ unsigned long OptimizerExpressionDataSpecializerImpl<T>::getComplexity() {
 
 template <>
 OptimizerKeyTable::Number OptimizerExpressionDataSpecializerImpl<ConstantImpl>::makeKeyNumber() {
-    return makeLeafKey(*m_pData);
+    return insertLeafKey(m_pData->getKeys(), *m_pData->getExpression());
 }
 
 template <>
 OptimizerKeyTable::Number
 OptimizerExpressionDataSpecializerImpl<DomainValueNoCopyImpl>::makeKeyNumber() {
-    return makeLeafKey(*m_pData);
+    return insertLeafKey(m_pData->getKeys(), *m_pData->getExpression());
 }
 
 template <>
@@ -68,10 +47,10 @@ OptimizerKeyTable::Number OptimizerExpressionDataSpecializerImpl<VariableImpl>::
     const Handle<VariableImpl> pVar(m_pData->getExpression());
     if (pVar.isNull()) {
         VELMORA_ASSERT_FAIL("!pVar.isNull()");
-        return makeLeafKey(*m_pData);
+        return insertLeafKey(m_pData->getKeys(), *m_pData->getExpression());
     }
     if (pVar->getValue().isNull()) {
-        return m_pData->getKeys().insert(std::string("#") + pVar->getName(), {});
+        return insertNameKey(m_pData->getKeys(), *pVar);
     }
     return m_pData->getKeyNumberOf(*pVar->getValue());
 }
@@ -82,21 +61,13 @@ OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl>::makeKeyNumber() {
     const Handle<FunctionBaseImpl> pFunc(m_pData->getExpression());
     if (pFunc.isNull()) {
         VELMORA_ASSERT_FAIL("!pFunc.isNull()");
-        return makeLeafKey(*m_pData);
+        return insertLeafKey(m_pData->getKeys(), *m_pData->getExpression());
     }
-    std::string strHead = std::string("#") + pFunc->getName();
-    if (pFunc->getParameterCount() != 0) {
-        std::ostringstream stream;
-        for (auto ite = pFunc->getParameterBegin(); ite != pFunc->getParameterEnd(); ++ite) {
-            writeParameter(stream, *(*ite).second);
-        }
-        strHead += stream.str();
-    }
-    std::vector<OptimizerKeyTable::Number> vRest;
+    OptimizerKeyTable::Numbers vChilds;
     for (auto ite = m_pData->getChildBegin(); ite != m_pData->getChildEnd(); ++ite) {
-        vRest.push_back((*ite)->getKeyNumber());
+        vChilds.push_back((*ite)->getKeyNumber());
     }
-    return m_pData->getKeys().insert(std::move(strHead), std::move(vRest));
+    return insertFunctionKey(m_pData->getKeys(), *pFunc, vChilds);
 }
 
 template class OptimizerExpressionDataSpecializerImpl<FunctionBaseImpl>;

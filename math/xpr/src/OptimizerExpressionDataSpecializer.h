@@ -30,8 +30,8 @@ class OptimizerExpressionDataSpecializerImpl : public virtual OptimizerExpressio
 public:
     VELMORA_MEM_ACCOUNT("OptimizerExpressionDataSpecializerImpl")
 
-    explicit OptimizerExpressionDataSpecializerImpl(OptimizerExpressionDataImpl& inout_Data)
-        : m_pData(&inout_Data) {}
+    explicit OptimizerExpressionDataSpecializerImpl(const OptimizerExpressionDataImpl& in_Data)
+        : m_pData(&in_Data) {}
 
     const std::string& key() override;
     unsigned long getComplexity() override;
@@ -39,7 +39,7 @@ public:
 
 private:
     std::string m_strKey;
-    OptimizerExpressionDataImpl* m_pData;
+    const OptimizerExpressionDataImpl* m_pData;
 };
 
 /// Is somebody reading the keys that the specializers log?

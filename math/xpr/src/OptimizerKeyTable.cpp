@@ -1,5 +1,6 @@
 #include "OptimizerKeyTable.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Velmora::Math::Xpr {
@@ -63,8 +64,9 @@ public:
             if (place.m_uiCharacter < place.m_pKey->m_strHead.size()) {
                 return std::string_view(place.m_pKey->m_strHead).substr(place.m_uiCharacter);
             }
-            if (place.m_uiRest < place.m_pKey->m_vRest.size()) {
-                const Key& key = m_Table.m_vKeys[place.m_pKey->m_vRest[place.m_uiRest++]];
+            if (place.m_uiRest < place.m_pKey->m_uiRestCount) {
+                const std::size_t uiRest = place.m_pKey->m_uiRest + place.m_uiRest++;
+                const Key& key = m_Table.m_vKeys[m_Table.m_vRests[uiRest]];
                 m_vPath.push_back({&key, 0, 0});
             } else {
                 m_vPath.pop_back();
@@ -113,8 +115,18 @@ bool OptimizerKeyTable::isEqual(const Key& in_Key, Number in_uiOther) const {
         return false;
     }
     // Other pieces can make the same text: a concatenation within a concatenation.
-    return (other.m_vRest == in_Key.m_vRest && other.m_strHead == in_Key.m_strHead) ||
+    return (hasRest(in_Key, other) && other.m_strHead == in_Key.m_strHead) ||
            hasText(in_Key, in_uiOther);
+}
+
+bool OptimizerKeyTable::hasRest(const Key& in_Key, const Key& in_Other) const {
+    const auto restOf = [this](const Key& in_Any) {
+        return m_vRests.begin() + static_cast<std::ptrdiff_t>(in_Any.m_uiRest);
+    };
+    return in_Key.m_uiRestCount == in_Other.m_uiRestCount &&
+           std::equal(restOf(in_Other),
+                      restOf(in_Other) + static_cast<std::ptrdiff_t>(in_Other.m_uiRestCount),
+                      restOf(in_Key));
 }
 
 OptimizerKeyTable::Number* OptimizerKeyTable::placeOf(const Key& in_Key) {
@@ -139,21 +151,24 @@ void OptimizerKeyTable::growPlaces() {
 }
 
 OptimizerKeyTable::Number OptimizerKeyTable::insert(std::string in_strHead,
-                                                    std::vector<Number> in_vRest) {
-    Key key{std::move(in_strHead), std::move(in_vRest), Digest()};
+                                                    const Numbers& in_vRest) {
+    Key key{std::move(in_strHead), m_vRests.size(), in_vRest.size(), Digest()};
+    m_vRests.insert(m_vRests.end(), in_vRest.begin(), in_vRest.end());
     key.m_Digest.append(key.m_strHead);
-    for (const Number uiRest : key.m_vRest) {
+    for (const Number uiRest : in_vRest) {
         key.m_Digest.append(m_vKeys[uiRest].m_Digest);
     }
     if ((m_vKeys.size() + 1) * 2 > m_vPlaces.size()) {
         growPlaces();
     }
     Number* const pPlace = placeOf(key);
-    if (*pPlace == NoKey) {
-        *pPlace = static_cast<Number>(m_vKeys.size());
-        m_vKeys.push_back(std::move(key));
+    if (*pPlace != NoKey) {
+        m_vRests.resize(key.m_uiRest);
+        return *pPlace;
     }
-    return *pPlace;
+    const auto uiNumber = static_cast<Number>(m_vKeys.size());
+    m_vKeys.push_back(std::move(key));
+    return *pPlace = uiNumber;
 }
 
 std::size_t OptimizerKeyTable::getTextLimit() const {

@@ -16,6 +16,7 @@ namespace Velmora::Math::Xpr {
 class OptimizerKeyTable {
 public:
     using Number = std::uint32_t;
+    using Numbers = std::vector<Number>;
 
     /// What `text` writes of a key at most once texts are shortened; a longer key ends in "...".
     /// Hashes and numbers are always those of the whole.
@@ -26,7 +27,7 @@ public:
     static constexpr std::size_t ShortText = 256;
 
     /// The number of the key whose text is the head and then the texts of the other keys.
-    Number insert(std::string in_strHead, std::vector<Number> in_vRest);
+    Number insert(std::string in_strHead, const Numbers& in_vRest);
 
     /// The hash of the text: h = h * 5 + c for each character, as a signed char, over 64 bits.
     std::uint64_t hash(Number in_uiKey) const { return m_vKeys[in_uiKey].m_Digest.m_uiHash; }
@@ -53,7 +54,9 @@ private:
 
     struct Key {
         std::string m_strHead;
-        std::vector<Number> m_vRest;
+        /// Where its rest stands among those of all keys.
+        std::size_t m_uiRest;
+        std::size_t m_uiRestCount;
         Digest m_Digest;
     };
 
@@ -67,7 +70,10 @@ private:
 
     static constexpr Number NoKey = std::numeric_limits<Number>::max();
 
+    bool hasRest(const Key& in_Key, const Key& in_Other) const;
+
     std::vector<Key> m_vKeys;
+    Numbers m_vRests;
     /// The numbers by digest: each stands at the first free place from the one that its digest
     /// gives. There are twice as many places as keys or more.
     std::vector<Number> m_vPlaces = std::vector<Number>(64, NoKey);

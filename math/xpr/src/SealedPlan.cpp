@@ -15,34 +15,86 @@ SealedPlan::SealedPlan() = default;
 
 SealedPlan::~SealedPlan() = default;
 
-void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes) {
+/// Gives the nodes a plan, and finds out whether it can be used. All that a node takes is done
+/// while the node is at hand.
+class SealedPlan::Joining {
+public:
+    Joining(const std::shared_ptr<SealedPlan>& inout_pPlan, const Builder& in_Builder,
+            const Nodes& in_vNodes, Parents in_eParents)
+        : m_pPlan(inout_pPlan),
+          m_Builder(in_Builder),
+          m_vNodes(in_vNodes),
+          m_eParents(in_eParents) {
+        m_vDoubtful.reserve(m_vNodes.size());
+    }
+
+    void run() {
+        std::size_t uiNext = 0;
+        forEachAhead(m_vNodes, 0, [&](ExpressionBaseImpl& inout_Node) {
+            join(inout_Node);
+            if (++uiNext > Lag && !hasPlannedParents(*m_vNodes[uiNext - Lag - 1])) {
+                m_vDoubtful.push_back(m_vNodes[uiNext - Lag - 1]);
+            }
+        });
+        const bool bAllPlanned =
+            areParentsPlanned(m_vDoubtful, 0) &&
+            areParentsPlanned(m_vNodes, m_vNodes.size() - std::min(Lag, m_vNodes.size()));
+        // What an operator reads needn't be below it: its arguments may have been replaced behind
+        // its back.
+        if (!bAllPlanned || m_uiSteps != m_pPlan->m_vSteps.size()) {
+            m_pPlan->m_bUsable = false;
+        }
+    }
+
+private:
+    /// Most parents have joined some nodes later.
+    static constexpr std::size_t Lag = 64;
+
+    void join(ExpressionBaseImpl& inout_Node) {
+        if (m_eParents == Parents::Complete) {
+            inout_Node.m_Parents.seal();
+        }
+        const Index uiIndex = m_Builder.find(inout_Node);
+        inout_Node.joinPlan(m_pPlan, uiIndex);
+        if (uiIndex != PassedOver) {
+            ++m_uiSteps;
+            m_pPlan->look(m_pPlan->m_vSteps[uiIndex]);
+        } else if (inout_Node.isValid()) {
+            m_pPlan->m_bUsable = false;
+        }
+    }
+
+    /// A change must reach every parent: those outside of these graphs can't be told by a plan.
+    bool hasPlannedParents(const ExpressionBaseImpl& in_Node) const {
+        return std::all_of(in_Node.m_Parents.begin(), in_Node.m_Parents.sealedEnd(),
+                           [&](const auto& in_pParent) { return in_pParent->m_pPlan == m_pPlan; });
+    }
+
+    bool areParentsPlanned(const Nodes& in_vNodes, std::size_t in_uiFirst) const {
+        return std::all_of(in_vNodes.begin() + static_cast<std::ptrdiff_t>(in_uiFirst),
+                           in_vNodes.end(),
+                           [&](const auto* in_pNode) { return hasPlannedParents(*in_pNode); });
+    }
+
+    const std::shared_ptr<SealedPlan>& m_pPlan;
+    const Builder& m_Builder;
+    const Nodes& m_vNodes;
+    const Parents m_eParents;
+    std::size_t m_uiSteps = 0;
+    /// Those of which a parent hadn't joined yet.
+    Nodes m_vDoubtful;
+};
+
+void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes, Parents in_eParents) {
     const auto pPlan = std::make_shared<SealedPlan>();
     Builder builder(*pPlan);
     builder.build(in_vRoots);
     builder.buildReaders();
-
-    forEachAhead(in_vNodes, [&](ExpressionBaseImpl& inout_Node) {
-        inout_Node.joinPlan(pPlan, builder.find(inout_Node));
-    });
-    // A change must reach every parent: those outside of these graphs can't be told by a plan.
-    for (const ExpressionBaseImpl* pNode : in_vNodes) {
-        const bool bAllPlanned =
-            std::all_of(pNode->m_Parents.begin(), pNode->m_Parents.sealedEnd(),
-                        [&](const auto& in_pParent) { return in_pParent->m_pPlan == pPlan; });
-        if (!bAllPlanned) {
-            pPlan->m_bUsable = false;
-        }
-        if (pNode->isValid() && pNode->m_uiPlanIndex == PassedOver) {
-            pPlan->m_bUsable = false;
-        }
-    }
-    // What an operator reads needn't be below it: its arguments may have been replaced behind its
-    // back.
-    const auto isOfPlan = [&](const Step& in_Step) { return in_Step.m_pNode->m_pPlan == pPlan; };
-    pPlan->m_bUsable =
-        pPlan->m_bUsable && std::all_of(pPlan->m_vSteps.begin(), pPlan->m_vSteps.end(), isOfPlan);
+    Joining(pPlan, builder, in_vNodes, in_eParents).run();
     pPlan->m_bIntact = pPlan->isIntact();
-    pPlan->lookAtAll();
+    if (!pPlan->m_bUsable) {
+        pPlan->lookAtAll();
+    }
 }
 
 bool SealedPlan::areInputsValid(Index in_uiNode) const {

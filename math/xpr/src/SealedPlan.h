@@ -42,9 +42,12 @@ public:
     /// The index of a node that the plan passes over: an argument that operators read past.
     static constexpr Index PassedOver = UINT32_MAX;
 
+    /// Have the nodes sealed their lists of parents yet?
+    enum class Parents { Sealed, Complete };
+
     /// Makes a plan for the graphs below the roots, which have just been sealed, and gives it to
     /// their nodes, which are all listed. Nodes that had a plan leave it.
-    static void make(const Nodes& in_vRoots, const Nodes& in_vNodes);
+    static void make(const Nodes& in_vRoots, const Nodes& in_vNodes, Parents in_eParents);
 
     /// The flag of a node, which lives here as long as the node has the plan.
     std::uint8_t* flagOf(Index in_uiNode) {
@@ -171,6 +174,7 @@ private:
 
     class Builder;
     class FlagPattern;
+    class Joining;
     class ScalarProgram;
     class VectorProgram;
     struct Program;

@@ -14,6 +14,7 @@
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "RootsAhead.h"
 #include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
@@ -26,8 +27,10 @@ constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
 } // namespace
 
 void SealedPlan::Builder::build(const Nodes& in_vRoots) {
-    for (ExpressionBaseImpl* pRoot : in_vRoots) {
-        enter(*pRoot);
+    RootsAhead ahead(in_vRoots);
+    for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
+        ahead.begin(uiRoot);
+        enter(*in_vRoots[uiRoot]);
         while (!m_vPath.empty()) {
             advance();
         }
@@ -97,26 +100,29 @@ void SealedPlan::Builder::spread(NodeSet& inout_Set) {
 
 void SealedPlan::Builder::enter(ExpressionBaseImpl& in_Node) {
     if (m_Walk.enter(in_Node)) {
-        Place place{&in_Node, {}, 0, false};
-        place.m_bKnown = in_Node.getSealedInputs(place.m_vInputs);
-        if (!place.m_bKnown) {
+        const std::size_t uiInputs = m_vInputs.size();
+        m_vInputsOfNode.clear();
+        const bool bKnown = in_Node.getSealedInputs(m_vInputsOfNode);
+        if (bKnown) {
+            m_vInputs.insert(m_vInputs.end(), m_vInputsOfNode.begin(), m_vInputsOfNode.end());
+        } else {
             // What it may read is still part of the graph.
-            place.m_vInputs.clear();
             for (const auto& pChild : in_Node.m_Childs) {
-                place.m_vInputs.push_back(&*pChild);
+                m_vInputs.push_back(&*pChild);
             }
         }
-        m_vPath.push_back(std::move(place));
+        m_vPath.push_back({&in_Node, uiInputs, m_vInputs.size(), uiInputs, bKnown});
     }
 }
 
 void SealedPlan::Builder::advance() {
     Place& place = m_vPath.back();
-    if (place.m_uiNext != place.m_vInputs.size()) {
-        enter(*place.m_vInputs[place.m_uiNext++]);
+    if (place.m_uiNext != place.m_uiInputsEnd) {
+        enter(*m_vInputs[place.m_uiNext++]);
         return;
     }
     append(place);
+    m_vInputs.resize(place.m_uiInputs);
     m_vPath.pop_back();
 }
 
@@ -126,12 +132,12 @@ void SealedPlan::Builder::append(const Place& in_Place) {
     step.m_pNode = &node;
     step.m_bPlanned = in_Place.m_bKnown;
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
-    for (const ExpressionBaseImpl* pInput : in_Place.m_vInputs) {
-        const Index uiInput = pInput->m_uiWalkPlace;
+    for (std::size_t ui = in_Place.m_uiInputs; ui != in_Place.m_uiInputsEnd; ++ui) {
+        const Index uiInput = m_vInputs[ui]->m_uiWalkPlace;
         m_Plan.m_vInputs.push_back(uiInput);
         step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
     }
-    if (in_Place.m_bKnown && in_Place.m_vInputs.empty()) {
+    if (in_Place.m_bKnown && in_Place.m_uiInputs == in_Place.m_uiInputsEnd) {
         const std::type_info& type = typeid(node);
         if (type == typeid(ConstantImpl)) {
             step.m_eKind = Kind::Constant;
@@ -139,8 +145,8 @@ void SealedPlan::Builder::append(const Place& in_Place) {
             step.m_eKind = Kind::Input;
         }
     } else if (in_Place.m_bKnown) {
-        step.m_uiFirst = in_Place.m_vInputs.front()->m_uiWalkPlace;
-        step.m_uiSecond = in_Place.m_vInputs.back()->m_uiWalkPlace;
+        step.m_uiFirst = m_vInputs[in_Place.m_uiInputs]->m_uiWalkPlace;
+        step.m_uiSecond = m_vInputs[in_Place.m_uiInputsEnd - 1]->m_uiWalkPlace;
         step.m_eKind = kindOf(node);
     }
     node.m_uiWalkPlace = static_cast<Index>(m_Plan.m_vSteps.size());

@@ -26,7 +26,9 @@ public:
 private:
     struct Place {
         ExpressionBaseImpl* m_pNode;
-        std::vector<ExpressionBaseImpl*> m_vInputs;
+        /// Its inputs, which are the last ones when it is appended.
+        std::size_t m_uiInputs;
+        std::size_t m_uiInputsEnd;
         std::size_t m_uiNext;
         bool m_bKnown;
     };
@@ -42,6 +44,9 @@ private:
     SealedPlan& m_Plan;
     const GraphWalk m_Walk;
     std::vector<Place> m_vPath;
+    /// Of the nodes on the path, and of the one that is entered.
+    Nodes m_vInputs;
+    Nodes m_vInputsOfNode;
     std::vector<Index> m_vReaders;
     std::vector<Index> m_vReadersBegin;
 };

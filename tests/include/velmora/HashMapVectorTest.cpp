@@ -6,6 +6,7 @@
 
 #include "support/AllocationCounter.h"
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -149,6 +150,25 @@ TEST(HashMapVectorTest, EntriesAndIteratorsStayWhileTheMapGrows) {
     }
     EXPECT_EQ(pEntry, &*it);
     EXPECT_EQ(pEntry, &*map.find("first"));
+}
+
+TEST(HashMapVectorTest, EveryEntryStaysWhereItIsHoweverTheMapGrows) {
+    HashMapVector<int, int, std::hash<int>> map;
+    std::vector<const void*> vEntries;
+    for (int i = 0; i < 1500; ++i) {
+        vEntries.push_back(&*map.insert(i, -i).first);
+        ASSERT_EQ(vEntries.size(), map.size());
+    }
+    const HashMapVector<int, int, std::hash<int>> copy(map);
+    int iExpected = 0;
+    for (const auto& entry : map) {
+        ASSERT_EQ(iExpected, entry.first);
+        ASSERT_EQ(vEntries[static_cast<std::size_t>(iExpected)], &entry);
+        ASSERT_EQ(&entry, &*map.find(iExpected));
+        ASSERT_EQ(-iExpected, copy.find(iExpected)->second);
+        ++iExpected;
+    }
+    EXPECT_EQ(1500, iExpected);
 }
 
 TEST(HashMapVectorTest, ValuesAreChangedThroughAnIterator) {

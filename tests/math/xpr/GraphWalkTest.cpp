@@ -4,7 +4,9 @@
 #include <velmora/math/xpr/OperatorPlus.h>
 
 #include <cmath>
+#include <limits>
 
+#include "math/xpr/src/ExpressionComplexity.h"
 #include "support/GraphTest.h"
 #include "support/RecordingNode.h"
 
@@ -163,6 +165,7 @@ TEST_F(GraphWalkTest, CircleThatAHostHasMadeIsNotShortAndWalksOverItEnd) {
     EXPECT_FALSE(GraphWalk::isShort(*pBottom));
     EXPECT_TRUE(pTop->configure(TSHandle<VirtualFileSystem>()));
     EXPECT_TRUE(pTop->reset());
+    EXPECT_EQ(ExpressionComplexity().of(*pTop), std::numeric_limits<unsigned long>::max());
     // Opens the circle, which would keep both alive.
     pBottom->replaceChild(*pTop, Handle<ExpressionBaseImpl>(node()), true);
     EXPECT_TRUE(GraphWalk::isShort(*pTop));

@@ -407,6 +407,31 @@ TEST_F(OptimizerDictionnaryTest, UpToTheLimitOfVisitsKeysAreWrittenWholeAndBeyon
     }
 }
 
+TEST_F(OptimizerDictionnaryTest, BeyondTheLimitTheIndexIsTheSameWhetherKeysAreLoggedOrNot) {
+    VisitLimit limit;
+    limit.addVisit("one more");
+    const Node pFirst(call("f", {Node(limit.sum(2)), Node(limit.sum(1))}));
+    const Node pSecond(call("f", {Node(constant({1.0})), Node(variable("a"))}));
+    add(limit.m_Dictionnary, variable("first", pFirst));
+    add(limit.m_Dictionnary, variable("second", pSecond));
+    OptimizerDictionnary silent;
+    ASSERT_TRUE(silent.initialize(limit.m_Dictionnary));
+    const LogCapture log(KeyLogger);
+    OptimizerDictionnary logged;
+    ASSERT_TRUE(logged.initialize(limit.m_Dictionnary));
+    EXPECT_GT(debugLines(log).size(), 0u);
+    EXPECT_TRUE(silent.hasOneVisitEach());
+    EXPECT_EQ(listIds(silent), listIds(logged));
+    for (const char* const szName : {"add", "f"}) {
+        auto iteLogged = listOf(logged, szName).begin();
+        for (const auto& pData : listOf(silent, szName)) {
+            EXPECT_EQ(pData->hash(), (*iteLogged)->hash());
+            EXPECT_EQ(pData->key(), (*iteLogged)->key());
+            ++iteLogged;
+        }
+    }
+}
+
 TEST_F(OptimizerDictionnaryTest, DumpOfGreatKeysEnds) {
     Dictionnary dictionnary("d");
     add(dictionnary, doubled(variable("x0"), 300));

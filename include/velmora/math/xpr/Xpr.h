@@ -19,6 +19,7 @@
 #include <velmora/FileLogger.h>
 #include <velmora/Handle.h>
 #include <velmora/HashMapVector.h>
+#include <velmora/HashMapVectorEntries.h>
 #include <velmora/HashMapVectorIterator.h>
 #include <velmora/IDGenerator.h>
 #include <velmora/LimitedObjPtr.h>
