@@ -43,10 +43,14 @@
     do {                                                                                           \
         const auto& velmoraLogger = (logger);                                                      \
         if (::Velmora::detail::isSiteEnabled(velmoraLogger, level)) {                              \
-            constexpr const char* velmoraFile = ::Velmora::detail::bareFileName(__FILE__);         \
-            ::Velmora::detail::LogMessage velmoraMessage;                                          \
-            velmoraMessage.stream() << text; /* NOLINT(bugprone-macro-parentheses) */              \
-            velmoraMessage.write(velmoraLogger, level, velmoraFile, __LINE__);                     \
+            /* A function of its own: a silent site costs its test alone. */                       \
+            [&]() __attribute__((noinline, cold)) {                                                \
+                constexpr const char* velmoraFile = ::Velmora::detail::bareFileName(__FILE__);     \
+                ::Velmora::detail::LogMessage velmoraMessage;                                      \
+                velmoraMessage.stream() << text; /* NOLINT(bugprone-macro-parentheses) */          \
+                velmoraMessage.write(velmoraLogger, level, velmoraFile, __LINE__);                 \
+            }                                                                                      \
+            ();                                                                                    \
         }                                                                                          \
     } while (false)
 

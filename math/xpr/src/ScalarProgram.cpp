@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 #include "SealedPlanNeeds.h"
 
@@ -14,60 +15,98 @@ void SealedPlan::ScalarProgram::reserve(const SealedPlan& in_Plan, const Needs& 
                 return in_isWanted(in_Plan.m_vSteps[in_uiNode].m_eKind);
             }));
     };
+    const std::size_t uiOperators = count(isOperator);
     const std::size_t uiInputs = count([](Kind in_eKind) { return in_eKind == Kind::Input; });
-    m_vOperations.reserve(count(isOperator));
+    m_vOperations.reserve(uiOperators);
+    m_vNodes.reserve(uiOperators);
+    m_vOwn.reserve(uiOperators);
     m_vForwards.reserve(count([](Kind in_eKind) { return in_eKind == Kind::Forward; }));
     m_vInputs.reserve(uiInputs);
     m_vElements.reserve(uiInputs);
     m_vFetches.reserve(uiInputs);
+    m_vNew.reserve(uiInputs);
 }
 
 void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
     m_vOperations.clear();
+    m_vNodes.clear();
+    m_vOwn.clear();
     m_vForwards.clear();
     m_vInputs.clear();
     m_vElements.clear();
     m_vFetches.clear();
+    m_vNew.clear();
     m_bUsable = std::all_of(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
-                            [&](Index in_uiNode) { return append(inout_Plan, in_uiNode); });
-    listFetches(inout_Plan);
+                            [&](Index in_uiNode) { return list(inout_Plan, in_uiNode); });
+    if (m_bUsable) {
+        sort(inout_Plan);
+        std::for_each(m_vNodes.begin(), m_vNodes.end(),
+                      [&](Index in_uiNode) { append(inout_Plan, in_uiNode); });
+        m_uiChain = findChain();
+        std::sort(m_vOwn.begin(), m_vOwn.end(), std::less<>());
+        listFetches(inout_Plan);
+    }
 }
 
-/// False if something that is computed, or read for it, is no scalar.
-bool SealedPlan::ScalarProgram::append(SealedPlan& inout_Plan, Index in_uiNode) {
+/// Notes where the element of a node is, and how far the node is from what isn't computed. False if
+/// something that is computed, or read for it, is no scalar.
+bool SealedPlan::ScalarProgram::list(SealedPlan& inout_Plan, Index in_uiNode) {
     const Step& step = inout_Plan.m_vSteps[in_uiNode];
     const bool bComputed = !inout_Plan.wasValid(in_uiNode);
-    const double*& pSource = inout_Plan.m_vSources[in_uiNode];
-    pSource = step.m_pScalar;
+    Source& source = inout_Plan.m_vSources[in_uiNode];
+    source = {step.m_pScalar, 0};
     if (step.m_eKind == Kind::Input) {
         m_vInputs.push_back(in_uiNode);
+        if (bComputed) {
+            m_vNew.push_back(in_uiNode);
+        }
         m_vElements.push_back(0.0);
-        pSource = &m_vElements.back();
+        source.m_pElement = &m_vElements.back();
     } else if (step.m_eKind == Kind::Forward) {
-        pSource = inout_Plan.m_vSources[step.m_uiFirst];
-        if (bComputed && isElement(pSource)) {
+        source = inout_Plan.m_vSources[step.m_uiFirst];
+        if (bComputed && isElement(source.m_pElement)) {
             m_vForwards.push_back(in_uiNode);
         }
     } else if (bComputed && isOperator(step.m_eKind)) {
-        const double* const pFirst = inout_Plan.m_vSources[step.m_uiFirst];
-        const double* const pSecond = inout_Plan.m_vSources[step.m_uiSecond];
-        m_vOperations.push_back(
-            {pFirst, pSecond, step.m_pScalar, in_uiNode, codeOf(step.m_eKind, pFirst, pSecond)});
-        return pFirst != nullptr && pSecond != nullptr && pSource != nullptr;
+        const Source& first = inout_Plan.m_vSources[step.m_uiFirst];
+        const Source& second = inout_Plan.m_vSources[step.m_uiSecond];
+        source.m_uiDistance = 1 + std::max(first.m_uiDistance, second.m_uiDistance);
+        m_vNodes.push_back(in_uiNode);
+        m_vOwn.push_back(step.m_pVector);
+        return first.m_pElement != nullptr && second.m_pElement != nullptr &&
+               source.m_pElement != nullptr;
     }
-    return pSource != nullptr || !bComputed;
+    return source.m_pElement != nullptr || !bComputed;
 }
 
-SealedPlan::ScalarProgram::Code SealedPlan::ScalarProgram::codeOf(Kind in_eKind,
-                                                                  const double* in_pFirst,
-                                                                  const double* in_pSecond) const {
-    constexpr int Forms = 3;
-    const int iPlain = Forms * static_cast<int>(in_eKind);
-    const double* const pLast = m_vOperations.empty() ? nullptr : m_vOperations.back().m_pResult;
-    if (pLast == nullptr || (in_pFirst == pLast) == (in_pSecond == pLast)) {
-        return static_cast<Code>(iPlain);
+/// Gives the operations their order.
+void SealedPlan::ScalarProgram::sort(SealedPlan& inout_Plan) {
+    const auto keyOf = [&](Index in_uiNode) {
+        return std::make_tuple(inout_Plan.m_vSources[in_uiNode].m_uiDistance,
+                               inout_Plan.m_vSteps[in_uiNode].m_eKind, in_uiNode);
+    };
+    std::sort(m_vNodes.begin(), m_vNodes.end(),
+              [&](Index in_uiA, Index in_uiB) { return keyOf(in_uiA) < keyOf(in_uiB); });
+}
+
+void SealedPlan::ScalarProgram::append(const SealedPlan& in_Plan, Index in_uiNode) {
+    const Step& step = in_Plan.m_vSteps[in_uiNode];
+    m_vOperations.push_back({in_Plan.m_vSources[step.m_uiFirst].m_pElement,
+                             in_Plan.m_vSources[step.m_uiSecond].m_pElement, step.m_pScalar,
+                             step.m_eKind});
+}
+
+std::size_t SealedPlan::ScalarProgram::findChain() const {
+    std::size_t uiFirst = m_vOperations.size();
+    while (uiFirst > 1) {
+        const Operation& operation = m_vOperations[uiFirst - 1];
+        const double* const pLast = m_vOperations[uiFirst - 2].m_pResult;
+        if (operation.m_pFirst != pLast && operation.m_pSecond != pLast) {
+            break;
+        }
+        --uiFirst;
     }
-    return static_cast<Code>(iPlain + (in_pSecond == pLast ? 1 : 2));
+    return uiFirst;
 }
 
 bool SealedPlan::ScalarProgram::isElement(const double* in_pSource) const {
@@ -94,19 +133,16 @@ void SealedPlan::ScalarProgram::listFetches(const SealedPlan& in_Plan) {
     }
 }
 
-bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs,
-                                    Index& out_uiFailed) const {
-    if (!fetchInputs(inout_Plan)) {
+bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs) const {
+    readInputs(inout_Plan);
+    if (!fetchElements(inout_Plan) || !compute()) {
+        for (const Index uiInput : m_vNew) {
+            *inout_Plan.flagOf(uiInput) = 1;
+        }
         return false;
     }
-    out_uiFailed = PassedOver;
-    if (const Operation* const pFailed = compute(); pFailed != nullptr) {
-        for (auto ite = in_Needs.m_vOrder.begin(); *ite != pFailed->m_uiNode; ++ite) {
-            *inout_Plan.flagOf(*ite) = 1;
-        }
-        // The operator itself says what is wrong.
-        out_uiFailed = inout_Plan.computeInOwnOrder(in_Needs);
-        return true;
+    for (const Index uiForward : m_vForwards) {
+        inout_Plan.passOn(inout_Plan.m_vSteps[uiForward]);
     }
     Flags* const pValid = inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
     const Flags* const pFlags = in_Needs.m_vFlags.data();
@@ -117,70 +153,90 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
     return true;
 }
 
-bool SealedPlan::ScalarProgram::fetchInputs(SealedPlan& inout_Plan) const {
+/// The flags are set at the end, all at a time.
+void SealedPlan::ScalarProgram::readInputs(SealedPlan& inout_Plan) const {
+    for (const Index uiInput : m_vNew) {
+        readInput(inout_Plan.m_vSteps[uiInput]);
+    }
+}
+
+/// False if one isn't a scalar, or is a result.
+bool SealedPlan::ScalarProgram::fetchElements(const SealedPlan& in_Plan) const {
     for (const Fetch& fetch : m_vFetches) {
-        Step& step = inout_Plan.m_vSteps[fetch.m_uiInput];
-        if (!inout_Plan.isValid(fetch.m_uiInput)) {
-            inout_Plan.step(fetch.m_uiInput);
-        }
-        const DoubleVector* const pVector = step.m_pVector;
-        if (pVector == nullptr || pVector->size() != 1) {
+        const DoubleVector* const pVector = in_Plan.m_vSteps[fetch.m_uiInput].m_pVector;
+        if (pVector == nullptr || pVector->size() != 1 || isResult(pVector)) {
             return false;
         }
         *fetch.m_pElement = *pVector->begin();
     }
-    for (const Index uiForward : m_vForwards) {
-        inout_Plan.step(uiForward);
-    }
     return true;
 }
 
-/// The operation that can't be computed, as it divides by zero; null if there is none.
-const SealedPlan::ScalarProgram::Operation* SealedPlan::ScalarProgram::compute() const {
-    double dLast = 0.0;
-    for (const Operation& operation : m_vOperations) {
-        switch (operation.m_eCode) {
-        case Code::Add:
-            dLast = *operation.m_pFirst + *operation.m_pSecond;
-            break;
-        case Code::AddLast:
-            dLast = *operation.m_pFirst + dLast;
-            break;
-        case Code::AddToLast:
-            dLast = dLast + *operation.m_pSecond;
-            break;
-        case Code::Subtract:
-            dLast = *operation.m_pFirst - *operation.m_pSecond;
-            break;
-        case Code::SubtractLast:
-            dLast = *operation.m_pFirst - dLast;
-            break;
-        case Code::SubtractFromLast:
-            dLast = dLast - *operation.m_pSecond;
-            break;
-        case Code::Multiply:
-            dLast = *operation.m_pFirst * *operation.m_pSecond;
-            break;
-        case Code::MultiplyByLast:
-            dLast = *operation.m_pFirst * dLast;
-            break;
-        case Code::MultiplyLast:
-            dLast = dLast * *operation.m_pSecond;
-            break;
-        default:
-            const double dDividend =
-                operation.m_eCode == Code::DivideLast ? dLast : *operation.m_pFirst;
-            const double dDivisor =
-                operation.m_eCode == Code::DivideByLast ? dLast : *operation.m_pSecond;
-            if (dDivisor == 0.0) {
-                return &operation;
-            }
-            dLast = dDividend / dDivisor;
-            break;
+/// What the host owns is seldom between the nodes.
+bool SealedPlan::ScalarProgram::isResult(const DoubleVector* in_pVector) const {
+    const std::less<const DoubleVector*> isBefore;
+    return !m_vOwn.empty() && !isBefore(in_pVector, m_vOwn.front()) &&
+           !isBefore(m_vOwn.back(), in_pVector) &&
+           std::binary_search(m_vOwn.begin(), m_vOwn.end(), in_pVector, isBefore);
+}
+
+/// False for a division by zero.
+inline bool SealedPlan::ScalarProgram::computeOne(Kind in_eKind, double in_dFirst,
+                                                  double in_dSecond, double& out_dResult) {
+    switch (in_eKind) {
+    case Kind::Plus:
+        out_dResult = in_dFirst + in_dSecond;
+        return true;
+    case Kind::Minus:
+        out_dResult = in_dFirst - in_dSecond;
+        return true;
+    case Kind::Multiply:
+        out_dResult = in_dFirst * in_dSecond;
+        return true;
+    default:
+        if (in_dSecond == 0.0) {
+            return false;
         }
+        out_dResult = in_dFirst / in_dSecond;
+        return true;
+    }
+}
+
+/// False if a divisor is zero: the operator itself says so.
+bool SealedPlan::ScalarProgram::compute() const {
+    const Operation* const pFirst = m_vOperations.data();
+    return std::all_of(pFirst, pFirst + m_uiChain,
+                       [](const Operation& in_Operation) {
+                           return computeOne(in_Operation.m_eKind, *in_Operation.m_pFirst,
+                                             *in_Operation.m_pSecond, *in_Operation.m_pResult);
+                       }) &&
+           computeChain();
+}
+
+/// No operation waits until memory has the result of the one ahead.
+bool SealedPlan::ScalarProgram::computeChain() const {
+    if (m_uiChain == m_vOperations.size()) {
+        return true;
+    }
+    const double* pLast = m_vOperations[m_uiChain - 1].m_pResult;
+    double dLast = *pLast;
+    for (std::size_t ui = m_uiChain; ui != m_vOperations.size(); ++ui) {
+        const Operation& operation = m_vOperations[ui];
+        double dFirst = dLast;
+        double dSecond = dLast;
+        if (operation.m_pFirst != pLast) {
+            dFirst = *operation.m_pFirst;
+        }
+        if (operation.m_pSecond != pLast) {
+            dSecond = *operation.m_pSecond;
+        }
+        if (!computeOne(operation.m_eKind, dFirst, dSecond, dLast)) {
+            return false;
+        }
+        pLast = operation.m_pResult;
         *operation.m_pResult = dLast;
     }
-    return nullptr;
+    return true;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -15,7 +15,15 @@ namespace Velmora::Math::Xpr {
 /// goes the answers are the same in each frame, and a program has them ready. It computes what
 /// wasn't valid when it was made, and leaves the same numbers and flags as the nodes would.
 ///
-/// The elements of the inputs are fetched first: an input has another vector in each frame.
+/// A processor does several operations at a time if none needs another, and loses less time where
+/// it can guess which comes next. So the operations are in the order of their distance from the
+/// inputs, and those of one kind side by side.
+///
+/// Where a division fails the nodes are computed one by one. The recursion comes to all of them,
+/// whatever fails, so that it makes no difference which of them have their new number by then.
+///
+/// The elements of the inputs are fetched first: an input has another vector in each frame. A host
+/// may have set one of the results as an input; the nodes are computed one by one then.
 class SealedPlan::ScalarProgram {
 public:
     /// Makes room for the program of a set, so that nothing allocates later.
@@ -28,34 +36,16 @@ public:
     /// Could it be made?
     bool isUsable() const { return m_bUsable; }
 
-    /// Computes the set. False, and nothing but inputs was computed, if an input isn't a scalar.
-    /// `out_uiFailed` is the node that failed, or `PassedOver`.
-    bool run(SealedPlan& inout_Plan, const Needs& in_Needs, Index& out_uiFailed) const;
+    /// Computes the set. False, and only inputs are valid, if an input isn't a scalar or is a
+    /// result, or an operation fails.
+    bool run(SealedPlan& inout_Plan, const Needs& in_Needs) const;
 
 private:
-    /// What is computed, and which side is the result of the operation ahead. Most are computed for
-    /// the sake of the next, which needn't wait until memory has the number.
-    enum class Code : std::uint8_t {
-        Add,
-        AddLast,
-        AddToLast,
-        Subtract,
-        SubtractLast,
-        SubtractFromLast,
-        Multiply,
-        MultiplyByLast,
-        MultiplyLast,
-        Divide,
-        DivideByLast,
-        DivideLast
-    };
-
     struct Operation {
         const double* m_pFirst;
         const double* m_pSecond;
         double* m_pResult;
-        Index m_uiNode;
-        Code m_eCode;
+        Kind m_eKind;
     };
 
     /// An input, and where its element is put.
@@ -64,20 +54,33 @@ private:
         double* m_pElement;
     };
 
-    Code codeOf(Kind in_eKind, const double* in_pFirst, const double* in_pSecond) const;
-    bool append(SealedPlan& inout_Plan, Index in_uiNode);
+    bool list(SealedPlan& inout_Plan, Index in_uiNode);
+    void sort(SealedPlan& inout_Plan);
+    void append(const SealedPlan& in_Plan, Index in_uiNode);
     void listFetches(const SealedPlan& in_Plan);
-    bool fetchInputs(SealedPlan& inout_Plan) const;
-    const Operation* compute() const;
+    void readInputs(SealedPlan& inout_Plan) const;
+    bool fetchElements(const SealedPlan& in_Plan) const;
+    bool isResult(const DoubleVector* in_pVector) const;
+    std::size_t findChain() const;
+    bool compute() const;
+    bool computeChain() const;
+    static bool computeOne(Kind in_eKind, double in_dFirst, double in_dSecond, double& out_dResult);
     bool isElement(const double* in_pSource) const;
 
     std::vector<Operation> m_vOperations;
+    /// From where on each operation reads the result of the one ahead.
+    std::size_t m_uiChain = 0;
     std::vector<Fetch> m_vFetches;
     /// The inputs and their elements.
     std::vector<Index> m_vInputs;
     std::vector<double> m_vElements;
-    /// Nodes that pass on the vector of an input.
+    /// The inputs that are computed, and the nodes that pass on the vector of an input.
+    std::vector<Index> m_vNew;
     std::vector<Index> m_vForwards;
+    /// The vectors of the results, in the order of their addresses.
+    std::vector<const DoubleVector*> m_vOwn;
+    /// The nodes of the operations.
+    std::vector<Index> m_vNodes;
     bool m_bUsable = false;
 };
 

@@ -149,7 +149,7 @@ void SealedPlan::leave() {
 /// Computes what isn't valid. Returns the node that failed, or `PassedOver`.
 SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
     Index uiFailed = PassedOver;
-    if (const Program* const pProgram = inout_Needs.findProgram(*this); pProgram != nullptr) {
+    if (Program* const pProgram = inout_Needs.findProgram(*this); pProgram != nullptr) {
         uiFailed = computeByProgram(*pProgram, inout_Needs);
     } else {
         remember(inout_Needs.m_Set);
@@ -164,15 +164,15 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
     return uiFailed;
 }
 
-SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program, Needs& inout_Needs) {
+SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Needs& inout_Needs) {
     Index uiFailed = PassedOver;
-    if (!in_Program.m_Scalars.isUsable()) {
-        uiFailed = in_Program.m_Vectors.run(*this);
-    } else if (!in_Program.m_Scalars.run(*this, inout_Needs, uiFailed)) {
+    if (!inout_Program.m_Scalars.isUsable()) {
+        uiFailed = inout_Program.m_Vectors.run(*this);
+    } else if (!inout_Program.m_Scalars.run(*this, inout_Needs)) {
         uiFailed = computeByNodes(inout_Needs);
     }
     if (uiFailed != PassedOver) {
-        in_Program.m_Pattern.remember(*this, inout_Needs);
+        inout_Program.m_Pattern.remember(*this, inout_Needs);
     }
     return uiFailed;
 }

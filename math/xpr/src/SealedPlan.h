@@ -153,6 +153,13 @@ private:
         std::uint8_t m_uiFar = 0;
     };
 
+    /// Where a program finds the element of a node, and how many operations it is away from what
+    /// the program doesn't compute.
+    struct Source {
+        const double* m_pElement = nullptr;
+        Index m_uiDistance = 0;
+    };
+
     /// Eight flags, a byte each, the first in the lowest.
     using Flags = std::uint64_t;
     static constexpr std::size_t FlagsPerWord = 8;
@@ -181,7 +188,8 @@ private:
     struct Needs;
 
     bool compute(Step& inout_Step);
-    void passOn(Step& inout_Step);
+    static void readInput(Step& inout_Step);
+    void passOn(Step& inout_Step) const;
     bool computeOne(Index in_uiNode);
     bool computeScalar(Step& inout_Step) const;
     bool computeOperator(Step& inout_Step);
@@ -198,7 +206,7 @@ private:
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
-    Index computeByProgram(const Program& in_Program, Needs& inout_Needs);
+    Index computeByProgram(Program& inout_Program, Needs& inout_Needs);
     Index computeByNodes(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
     void makeRoomForPrograms(Needs& inout_Needs);
@@ -239,8 +247,8 @@ private:
     std::size_t m_uiProgramRoom = 0;
     /// How often a step became a scalar, or ceased to be one, or has its element elsewhere.
     std::size_t m_uiScalarChanges = 1;
-    /// Where a program that is being put together finds the element of each node.
-    std::vector<const double*> m_vSources;
+    /// For a program that is being put together, by node.
+    std::vector<Source> m_vSources;
     /// Long ways that go on, one within the other, and those that are over.
     std::size_t m_uiLongWays = 0;
     std::size_t m_uiPastLongWays = 0;

@@ -44,7 +44,7 @@ struct SealedPlan::Needs {
     std::size_t m_uiNext = 0;
 
     /// The program for the plan's scalars and flags; null if there is none.
-    const Program* findProgram(const SealedPlan& in_Plan) const {
+    Program* findProgram(const SealedPlan& in_Plan) {
         const auto ite =
             std::find_if(m_Programs.begin(), m_Programs.end(), [&](const Program& in_Program) {
                 return in_Program.m_Pattern.fits(in_Plan, *this);

@@ -153,7 +153,14 @@ inline bool SealedPlan::computeOperator(Step& inout_Step) {
     return computeAgain(inout_Step) || computeVectors(inout_Step);
 }
 
-inline void SealedPlan::passOn(Step& inout_Step) {
+void SealedPlan::readInput(Step& inout_Step) {
+    const auto& input = static_cast<const DomainValueNoCopyImpl&>(*inout_Step.m_pNode);
+    const DoubleVector& vValue = input.DomainValueNoCopyImpl::getValue();
+    inout_Step.m_pVector = &vValue;
+    inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(&vValue);
+}
+
+void SealedPlan::passOn(Step& inout_Step) const {
     const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
     if (inout_Step.m_pVector != pVector) {
         inout_Step.m_pVector = pVector;
@@ -163,13 +170,9 @@ inline void SealedPlan::passOn(Step& inout_Step) {
 
 inline bool SealedPlan::compute(Step& inout_Step) {
     switch (inout_Step.m_eKind) {
-    case Kind::Input: {
-        const auto& input = static_cast<const DomainValueNoCopyImpl&>(*inout_Step.m_pNode);
-        const DoubleVector& vValue = input.DomainValueNoCopyImpl::getValue();
-        inout_Step.m_pVector = &vValue;
-        inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(&vValue);
+    case Kind::Input:
+        readInput(inout_Step);
         return true;
-    }
     case Kind::Constant:
     case Kind::Other:
         if (!inout_Step.m_pNode->evaluate_i(inout_Step.m_pNode->m_pValue)) {

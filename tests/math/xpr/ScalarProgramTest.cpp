@@ -108,6 +108,10 @@ TEST(ScalarProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
                 if (random() % 16 == 0) {
                     ASSERT_EQ(twins.invalidate(random()), "") << where();
                 }
+                if (random() % 16 == 0) {
+                    const std::size_t uiFeature = random() % script.m_vFeatures.size();
+                    ASSERT_EQ(twins.setResult(random() % Inputs.size(), uiFeature), "") << where();
+                }
                 ASSERT_EQ(twins.evaluate(uiFirst), "") << where();
                 ASSERT_EQ(twins.evaluate(uiSecond), "") << where();
             }
@@ -130,6 +134,24 @@ TEST(ScalarProgramTest, FailureUnderEitherProgramLeavesTheFlagsOfTheWalk) {
     EXPECT_EQ(twins.set(0, vOne) + twins.evaluate(0), "");
     EXPECT_EQ(twins.set(0, vZero) + twins.set(1, vOne) + twins.evaluate(0), "");
     EXPECT_EQ(twins.set(0, vOne) + twins.evaluate(0), "");
+}
+
+// One by one, an operator that is computed later reads what has just been made.
+TEST(ScalarProgramTest, AnyResultMayBeSetAsAnInput) {
+    const DoubleVector vOne{1.0}, vTwo{2.0};
+    const ScalarScript script("inputvar a\ninputvar b\ninputvar c\n"
+                              "p = a * b\nq = p - c\nr = p + c * 3 - q\n",
+                              {"r", "p", "q"});
+    for (std::size_t uiFeature = 0; uiFeature != script.m_vFeatures.size(); ++uiFeature) {
+        InputTwins twins = makeTwins(script);
+        ASSERT_EQ(twins.set(0, vOne) + twins.set(1, vTwo) + twins.set(2, vTwo), "");
+        for (int iFrame = 0; iFrame != 6; ++iFrame) {
+            ASSERT_EQ(twins.evaluate(0), "");
+            ASSERT_EQ(twins.setResult(2, uiFeature), "");
+            ASSERT_EQ(twins.set(0, iFrame % 2 == 0 ? vOne : vTwo), "");
+        }
+        ASSERT_EQ(twins.evaluate(0), "") << uiFeature;
+    }
 }
 
 TEST(ScalarProgramTest, ChainOfNamesHandsOutTheInputOfEachFrame) {

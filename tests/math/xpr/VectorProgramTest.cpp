@@ -147,7 +147,8 @@ TEST(VectorProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
                     ASSERT_EQ(twins.invalidate(random()), "") << where();
                 }
                 if (random() % 16 == 0) {
-                    ASSERT_EQ(twins.setResult(random() % VectorCount, random()), "") << where();
+                    const std::size_t uiFeature = random() % script.m_vFeatures.size();
+                    ASSERT_EQ(twins.setResult(random() % VectorCount, uiFeature), "") << where();
                 }
                 ASSERT_EQ(twins.evaluate(uiFirst), "") << where();
                 ASSERT_EQ(twins.evaluate(uiSecond), "") << where();
