@@ -12,6 +12,7 @@
 #include "GraphWalk.h"
 #include "GraphvizFrame.h"
 #include "GraphvizNodes.h"
+#include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -29,7 +30,7 @@ Handle<Function> asFunction(const Handle<Expression>& in_pExpression) {
 /// A definition of two operators.
 constexpr std::size_t NodesPerDefinition = 8;
 
-GraphWalk::Nodes nodesOf(const Dictionnary& in_Dictionnary) {
+GraphWalk::Nodes rootsOf(const Dictionnary& in_Dictionnary) {
     GraphWalk::Nodes vNodes;
     for (const auto& entry : in_Dictionnary) {
         if (const Handle<ExpressionBaseImpl> pNode(entry.second); !pNode.isNull()) {
@@ -58,9 +59,13 @@ Dictionnary::Dictionnary(const Dictionnary& in_Source, const char* in_szName,
         keeper.keepInputsOf(in_Source);
     }
     ExpressionImplCopier copier(in_Source.size() * NodesPerDefinition);
+    const GraphWalk::Nodes vSources(nodesOf(in_Source));
+    RootsAhead<AllLines> ahead(vSources);
+    std::size_t uiSource = 0;
     for (const auto& entry : in_Source) {
         const Handle<ExpressionBaseImpl> pSource(entry.second);
         Handle<Expression> pExpr;
+        ahead.begin(uiSource++);
         if (!pSource.isNull()) {
             pExpr = Handle<Expression>(pSource->copy(copier));
         }
@@ -199,7 +204,7 @@ Cloneable* Dictionnary::clone() const {
 std::ostream& Dictionnary::write(std::ostream& out_Stream) const {
     // The label of the destructor: logs are compared across versions.
     VELMORA_TRACE_SCOPE(getLogger(), "Dictionnary::~Dictionnary");
-    GraphvizNodes nodes(GraphWalk::isShort(nodesOf(*this)));
+    GraphvizNodes nodes(GraphWalk::isShort(rootsOf(*this)));
     for (const auto& entry : m_mapExpressions) {
         const Handle<ExpressionBaseImpl> pNode(entry.second);
         if (!pNode.isNull()) {

@@ -86,7 +86,7 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     Nodes vNodes;
     std::size_t uiVisits = 0;
     std::size_t uiSealed = 0;
-    RootsAhead ahead(in_vRoots);
+    RootsAhead<2> ahead(in_vRoots);
     for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
         ahead.begin(uiRoot);
         walk.append(*in_vRoots[uiRoot], vNodes, &ahead);
@@ -139,7 +139,8 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
     return vNodes;
 }
 
-void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead* inout_pAhead) {
+void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
+                       RootsAhead<2>* inout_pAhead) {
     constexpr std::size_t MaxFetched = 4;
     const auto descend = [&](ExpressionBaseImpl& in_Node) {
         if (enter(in_Node)) {

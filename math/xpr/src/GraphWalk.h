@@ -8,6 +8,7 @@
 
 namespace Velmora::Math::Xpr {
 
+template <std::size_t>
 class RootsAhead;
 
 /// Walks below one or more roots that visit each node once, parents ahead of children, without
@@ -90,7 +91,7 @@ private:
     std::size_t countVisits(ExpressionBaseImpl& in_Root) const;
 
     /// `collect`, which counts the visits as well and leaves them at the nodes.
-    void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead* inout_pAhead);
+    void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead<2>* inout_pAhead);
     static void addUpVisits(ExpressionBaseImpl& inout_Node);
 
     /// Seals the nodes from one on, but for their lists of parents, and returns where it ended.

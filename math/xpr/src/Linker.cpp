@@ -1,5 +1,7 @@
 #include <velmora/math/xpr/Linker.h>
 
+#include <vector>
+
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
@@ -7,6 +9,7 @@
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "Resolver.h"
+#include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -78,9 +81,13 @@ bool Linker::run(const Dictionnary& in_RawExpressions, Dictionnary& out_LinkedEx
         return false;
     }
     Resolver resolver(*this, in_RawExpressions);
+    const std::vector<ExpressionBaseImpl*> vRaw(nodesOf(in_RawExpressions));
+    RootsAhead<WalkedLines> ahead(vRaw);
+    std::size_t uiEntry = 0;
     bool bLinked = true;
     for (auto iteEntry = in_RawExpressions.begin(); iteEntry != in_RawExpressions.end();
          ++iteEntry) {
+        ahead.begin(uiEntry++);
         const Handle<ExpressionBaseImpl> pExpression(takeEntry(iteEntry->second));
         if (pExpression.isNull() || !resolver.resolve(pExpression, true)) {
             bLinked = false;

@@ -165,7 +165,7 @@ private:
 
     OptimizerDictionnary& m_Index;
     OptimizerKeyTable& m_Keys;
-    RootsAhead m_Ahead;
+    RootsAhead<2> m_Ahead;
     std::size_t m_uiRoots = 0;
     /// By the places that the complexity gives.
     OptimizerKeyTable::Numbers m_vKeys;

@@ -34,6 +34,7 @@ Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions
     : ObjectWithLogger<CachedLLLogger>(CachedLLLogger("quillmark.math.xpr.Linker")),
       m_Linker(in_Linker),
       m_RawExpressions(in_RawExpressions, "resolver.raw_expressions", false),
+      m_vRawNodes(nodesOf(m_RawExpressions)),
       m_LinkedExpressions("resolver.linked_expressions"),
       m_mapExpressionCalls(100),
       m_Log(getLogger()) {}
@@ -250,6 +251,7 @@ Handle<ExpressionBaseImpl> Resolver::findUnresolvedExpression(const std::string&
     if (!pExpression.isNull()) {
         m_Log.step("found the expression ", in_strName.c_str(),
                    " in the dictionnary of raw expressions");
+        m_RawAhead.enter(*pExpression);
         return isVariable(m_Kinds.of(*pExpression)) ? pExpression : copyRaw(pExpression);
     }
     m_Log.step("searching in for a script...", "");

@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include <velmora/CachedLLLogger.h>
 #include <velmora/Handle.h>
@@ -16,6 +17,7 @@
 #include "NodeKind.h"
 #include "PrototypeCopier.h"
 #include "ResolverLog.h"
+#include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -76,6 +78,8 @@ private:
 
     const Linker& m_Linker;
     Dictionnary m_RawExpressions;
+    const std::vector<ExpressionBaseImpl*> m_vRawNodes;
+    RootsAhead<WalkedLines> m_RawAhead{m_vRawNodes};
     Dictionnary m_LinkedExpressions;
     std::unordered_map<std::string, Node> m_mapExpressionCalls;
 

@@ -4,18 +4,30 @@
 #include <cstddef>
 #include <vector>
 
+#include <velmora/math/xpr/Dictionnary.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
 #include "Ahead.h"
 
 namespace Velmora::Math::Xpr {
 
+/// The expressions of a dictionary; null for one of another implementation.
+inline std::vector<ExpressionBaseImpl*> nodesOf(const Dictionnary& in_Dictionnary) {
+    std::vector<ExpressionBaseImpl*> vNodes;
+    vNodes.reserve(in_Dictionnary.size());
+    for (const auto& entry : in_Dictionnary) {
+        vNodes.push_back(entry.second.isNull() ? nullptr : entry.second->asNode());
+    }
+    return vNodes;
+}
+
 /// Has the processor fetch what a walk from root to root is about to visit.
 ///
 /// A walk goes where the links lead, and learns the next address only when it has the node before:
 /// in a large graph it waits for memory at every step. But definitions are mostly used near to
 /// where they stand, so that a walk comes by the roots in their order, or in the opposite one,
-/// whichever of them it began at.
+/// whichever of them it began at. `Lines` is what it touches of each node.
+template <std::size_t Lines>
 class RootsAhead {
 public:
     using Roots = std::vector<ExpressionBaseImpl*>;
@@ -70,7 +82,7 @@ private:
 
     static void fetchLevel(const ExpressionBaseImpl& in_Node, int in_iLevel) {
         if (in_iLevel == 0) {
-            fetchAhead<2>(&in_Node);
+            fetchAhead<Lines>(&in_Node);
             return;
         }
         const auto* const pFirst = in_Node.getChildBegin();

@@ -27,7 +27,7 @@ constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
 } // namespace
 
 void SealedPlan::Builder::build(const Nodes& in_vRoots) {
-    RootsAhead ahead(in_vRoots);
+    RootsAhead<2> ahead(in_vRoots);
     for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
         ahead.begin(uiRoot);
         enter(*in_vRoots[uiRoot]);
