@@ -59,24 +59,24 @@ enum class Extreme { Smallest, Largest };
 
 template <Extreme which, std::size_t Bytes>
 [[gnu::always_inline]] inline void moveTo(const Lanes<Bytes>& in_values,
-                                          Lanes<Bytes>& inout_extreme, Lanes<Bytes>& inout_check) {
+                                          Lanes<Bytes>& inout_extreme, Lanes<Bytes>& inout_sum) {
     if (which == Extreme::Largest) {
         inout_extreme.raiseTo(in_values);
     } else {
         inout_extreme.lowerTo(in_values);
     }
-    Lanes<Bytes> check(in_values);
-    check.subtract(in_values);
-    inout_check.add(check);
+    inout_sum.add(in_values);
 }
 
 /// One of the two, in registers of that many bytes.
 ///
 /// Doubles are compared as such while all are finite and the extreme isn't zero: then it doesn't
-/// depend on the order either. A value less itself is zero for a finite one only.
+/// depend on the order either. They are added up, too: a finite sum has finite terms only.
 template <Extreme which, std::size_t Bytes>
 [[gnu::always_inline]] inline double extreme(const double* in_pFirst, const double* in_pLast) {
     constexpr std::size_t row = Lanes<Bytes>::count;
+    // As many rows at a time as there are registers for.
+    constexpr std::size_t ways = Bytes / 16;
     const auto inOrder = [&] {
         const Extremes both = extremesInOrder(in_pFirst, in_pLast);
         return which == Extreme::Largest ? both.largest : both.smallest;
@@ -85,26 +85,32 @@ template <Extreme which, std::size_t Bytes>
     if (size < 2 * row) {
         return inOrder();
     }
-    Lanes<Bytes> a(in_pFirst);
-    Lanes<Bytes> b(in_pFirst + row);
-    Lanes<Bytes> checkA;
-    Lanes<Bytes> checkB;
-    for (std::size_t i = 0; i + 2 * row <= size; i += 2 * row) {
-        moveTo<which>(Lanes<Bytes>(in_pFirst + i), a, checkA);
-        moveTo<which>(Lanes<Bytes>(in_pFirst + i + row), b, checkB);
+    Lanes<Bytes> extremes[ways];
+    Lanes<Bytes> sums[ways];
+    std::fill_n(extremes, ways, Lanes<Bytes>(in_pFirst));
+    std::size_t i = 0;
+    for (; i + ways * row <= size; i += ways * row) {
+        for (std::size_t way = 0; way < ways; ++way) {
+            moveTo<which>(Lanes<Bytes>(in_pFirst + i + way * row), extremes[way], sums[way]);
+        }
+    }
+    for (; i + row <= size; i += row) {
+        moveTo<which>(Lanes<Bytes>(in_pFirst + i), extremes[0], sums[0]);
     }
     // Some values twice, which doesn't matter.
-    moveTo<which>(Lanes<Bytes>(in_pLast - 2 * row), a, checkA);
-    moveTo<which>(Lanes<Bytes>(in_pLast - row), b, checkB);
-    moveTo<which>(b, a, checkA);
-    checkA.add(checkB);
+    moveTo<which>(Lanes<Bytes>(in_pLast - row), extremes[0], sums[0]);
+    for (std::size_t way = 1; way < ways; ++way) {
+        moveTo<which>(extremes[way], extremes[0], sums[0]);
+        sums[0].add(sums[way]);
+    }
     double values[row];
-    a.store(values);
+    extremes[0].store(values);
     double result = values[0];
     for (const double value : values) {
         result = (which == Extreme::Largest ? value > result : value < result) ? value : result;
     }
-    return checkA.total() == 0.0 && result != 0.0 ? result : inOrder();
+    const double sum = sums[0].total();
+    return sum - sum == 0.0 && result != 0.0 ? result : inOrder();
 }
 
 } // namespace Velmora::Math
