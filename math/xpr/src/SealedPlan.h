@@ -189,7 +189,13 @@ private:
 
     bool compute(Step& inout_Step);
     static void readInput(Step& inout_Step);
-    void passOn(Step& inout_Step) const;
+    void passOn(Step& inout_Step) const {
+        const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
+        if (inout_Step.m_pVector != pVector) {
+            inout_Step.m_pVector = pVector;
+            inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
+        }
+    }
     bool computeOne(Index in_uiNode);
     bool computeScalar(Step& inout_Step) const;
     bool computeOperator(Step& inout_Step);

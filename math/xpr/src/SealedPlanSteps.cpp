@@ -160,14 +160,6 @@ void SealedPlan::readInput(Step& inout_Step) {
     inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(&vValue);
 }
 
-void SealedPlan::passOn(Step& inout_Step) const {
-    const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
-    if (inout_Step.m_pVector != pVector) {
-        inout_Step.m_pVector = pVector;
-        inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
-    }
-}
-
 inline bool SealedPlan::compute(Step& inout_Step) {
     switch (inout_Step.m_eKind) {
     case Kind::Input:

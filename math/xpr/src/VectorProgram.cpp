@@ -201,11 +201,28 @@ bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint
     return true;
 }
 
+/// The short way to what isn't an operator.
+inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, Index in_uiNode) {
+    Step& step = inout_Plan.m_vSteps[in_uiNode];
+    if (step.m_eKind == Kind::Forward) {
+        inout_Plan.passOn(step);
+    } else if (step.m_eKind != Kind::Other) {
+        return inout_Plan.step(in_uiNode);
+    } else if (step.m_pNode->evaluate_i(step.m_pNode->m_pValue)) {
+        step.m_pVector = step.m_pNode->m_pValue.get();
+    } else {
+        inout_Plan.noteFailure();
+        return false;
+    }
+    *inout_Plan.flagOf(in_uiNode) = 1;
+    return true;
+}
+
 SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
     const std::size_t uiSteps = inout_Plan.m_vSteps.size();
     for (const Index uiItem : m_vItems) {
         if (uiItem < uiSteps) {
-            if (!inout_Plan.step(uiItem)) {
+            if (!computeNode(inout_Plan, uiItem)) {
                 return uiItem;
             }
             continue;

@@ -57,6 +57,7 @@ private:
                  Joint& out_Joint) const;
     Part findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const;
     static Step& sourceOf(SealedPlan& inout_Plan, Index in_uiNode);
+    static bool computeNode(SealedPlan& inout_Plan, Index in_uiNode);
     static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);
 
     /// Nodes, and behind their numbers those of the joints.
