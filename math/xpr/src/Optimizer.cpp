@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <log4cplus/logger.h>
@@ -25,7 +25,16 @@ namespace {
 
 using Data = CountedObjPtr<OptimizerExpressionData>;
 using InstanceList = OptimizerDictionnary::FunctionInstanceList;
-using Instances = std::vector<InstanceList::iterator>;
+
+/// The instances of one key.
+struct Instances {
+    const InstanceList::iterator* begin() const { return m_pBegin; }
+    const InstanceList::iterator* end() const { return m_pEnd; }
+    std::size_t size() const { return static_cast<std::size_t>(m_pEnd - m_pBegin); }
+
+    const InstanceList::iterator* m_pBegin;
+    const InstanceList::iterator* m_pEnd;
+};
 
 /// The opening of both levels: the output takes the entries over, and the index is filled.
 bool open(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions,
@@ -63,24 +72,67 @@ bool isIndexLogged() {
     return std::any_of(Loggers.begin(), Loggers.end(), isLogged);
 }
 
-/// The instances of a list by key, the groups in the order of their first instance.
-std::vector<Instances> groupByKey(InstanceList& inout_Instances) {
-    // Comparing two instances builds their keys, which their readers see in the log.
-    const bool bWithText = areKeysLogged() && inout_Instances.size() > 1;
-    std::vector<Instances> vGroups;
-    std::unordered_map<OptimizerKeyTable::Number, std::size_t> mapGroups;
-    for (auto ite = inout_Instances.begin(); ite != inout_Instances.end(); ++ite) {
-        if (bWithText) {
-            (*ite)->key();
+/// The instances of a list by key, the groups in the order of their first instance. Serves one list
+/// after the other.
+class InstanceGroups {
+public:
+    void assign(InstanceList& inout_Instances) {
+        // Comparing two instances builds their keys, which their readers see in the log.
+        const bool bWithText = areKeysLogged() && inout_Instances.size() > 1;
+        ++m_uiList;
+        m_vGroupOf.clear();
+        m_vEnds.clear();
+        for (const Data& pData : inout_Instances) {
+            if (bWithText) {
+                pData->key();
+            }
+            m_vGroupOf.push_back(groupOf(pData->getKeyNumber()));
+            ++m_vEnds[m_vGroupOf.back()];
         }
-        const auto inserted = mapGroups.emplace((*ite)->getKeyNumber(), vGroups.size());
-        if (inserted.second) {
-            vGroups.emplace_back();
+        // From the sizes of the groups to where each begins, and, once they are filled, ends.
+        std::size_t uiBegin = 0;
+        for (std::size_t& uiEnd : m_vEnds) {
+            uiBegin += std::exchange(uiEnd, uiBegin);
         }
-        vGroups[inserted.first->second].push_back(ite);
+        m_vInstances.resize(inout_Instances.size());
+        auto ite = inout_Instances.begin();
+        for (const std::size_t uiGroup : m_vGroupOf) {
+            m_vInstances[m_vEnds[uiGroup]++] = ite++;
+        }
     }
-    return vGroups;
-}
+
+    std::size_t size() const { return m_vEnds.size(); }
+
+    Instances operator[](std::size_t in_uiGroup) const {
+        const std::size_t uiBegin = in_uiGroup == 0 ? 0 : m_vEnds[in_uiGroup - 1];
+        return {m_vInstances.data() + uiBegin, m_vInstances.data() + m_vEnds[in_uiGroup]};
+    }
+
+private:
+    struct Known {
+        std::size_t m_uiList = 0;
+        std::size_t m_uiGroup = 0;
+    };
+
+    std::size_t groupOf(OptimizerKeyTable::Number in_uiKey) {
+        if (in_uiKey >= m_vKnown.size()) {
+            m_vKnown.resize(std::max<std::size_t>(in_uiKey + 1, 2 * m_vKnown.size()));
+        }
+        Known& known = m_vKnown[in_uiKey];
+        if (known.m_uiList != m_uiList) {
+            known = {m_uiList, m_vEnds.size()};
+            m_vEnds.push_back(0);
+        }
+        return known.m_uiGroup;
+    }
+
+    std::size_t m_uiList = 0;
+    /// By the number of the key; good for the list that it was noted for.
+    std::vector<Known> m_vKnown;
+    std::vector<std::size_t> m_vGroupOf;
+    std::vector<std::size_t> m_vEnds;
+    std::vector<InstanceList::iterator> m_vInstances;
+};
 
 /// Merges the instances of one key into the first of those with the highest complexity.
 class Merger {
@@ -89,9 +141,9 @@ public:
         : m_bOneEntryEach(inout_Index.hasOneVisitEach()),
           m_Complexity(inout_Index.getComplexity()) {}
 
-    void merge(const Instances& in_vSimilar) {
-        const Data pBest = findBest(in_vSimilar);
-        for (const auto& iteSimilar : in_vSimilar) {
+    void merge(const Instances& in_Similar) {
+        const Data pBest = findBest(in_Similar);
+        for (const auto& iteSimilar : in_Similar) {
             const Data& pOther = *iteSimilar;
             if (pOther->getExpression()->getId() != pBest->getExpression()->getId()) {
                 replace(*pOther->getExpression(), pBest->getExpression());
@@ -100,9 +152,9 @@ public:
     }
 
 private:
-    Data findBest(const Instances& in_vSimilar) {
-        Data pBest = *in_vSimilar.front();
-        for (const auto& iteSimilar : in_vSimilar) {
+    Data findBest(const Instances& in_Similar) {
+        Data pBest = **in_Similar.begin();
+        for (const auto& iteSimilar : in_Similar) {
             const Data& pOther = *iteSimilar;
             // Entries of one expression need no count.
             if (pOther->getExpression()->getId() != pBest->getExpression()->getId() &&
@@ -180,15 +232,18 @@ bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
     }
     m_bHasConcatenations = dictOptimizer.hasFunction(OperatorConcatenate::getNameStatic());
     Merger merger(dictOptimizer);
+    InstanceGroups groups;
     for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
          ++ite) {
         InstanceList& instances = *ite->second;
-        for (Instances& vSimilar : groupByKey(instances)) {
-            VELMORA_LOG_DEBUG(fileLogger(), "found " << vSimilar.size()
+        groups.assign(instances);
+        for (std::size_t uiGroup = 0; uiGroup != groups.size(); ++uiGroup) {
+            const Instances similar = groups[uiGroup];
+            VELMORA_LOG_DEBUG(fileLogger(), "found " << similar.size()
                                                      << " similar instance(s) of the function "
                                                      << ite->first);
-            merger.merge(vSimilar);
-            for (auto& iteInstance : vSimilar) {
+            merger.merge(similar);
+            for (InstanceList::iterator iteInstance : similar) {
                 dictOptimizer.eraseFunctionInstance(iteInstance, instances);
             }
         }

@@ -26,6 +26,13 @@ constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 /// A definition of two operators.
 constexpr std::size_t ExpressionsPerRoot = 8;
 
+template <std::size_t Lines>
+void fetchChilds(const ExpressionBaseImpl& in_Node) {
+    for (const auto* p = in_Node.getChildBegin(); p != in_Node.getChildEnd(); ++p) {
+        fetchAhead<Lines>(p->get());
+    }
+}
+
 } // namespace
 
 OptimizerDictionnary::ExpressionMap::ExpressionMap(std::pmr::memory_resource* in_pMemory)
@@ -61,7 +68,7 @@ struct OptimizerDictionnary::Walks {
 /// instances, and the keys on the way up.
 class OptimizerDictionnary::SingleWalk {
 public:
-    SingleWalk(OptimizerDictionnary& out_Index, const GraphWalk::Nodes& in_vRoots)
+    SingleWalk(OptimizerDictionnary& out_Index, const Nodes& in_vRoots)
         : m_Index(out_Index), m_Keys(out_Index.m_ExpressionMap.getKeys()), m_Ahead(in_vRoots) {}
 
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pRoot) {
@@ -183,22 +190,28 @@ OptimizerDictionnary::~OptimizerDictionnary() {
     releaseHeld();
 }
 
-/// Expressions that others have taken the place of go with their data.
+/// Expressions that others have taken the place of go with their data, and are fetched before, one
+/// level after the other: themselves, their arguments, and what loses these as parents.
 void OptimizerDictionnary::releaseHeld() {
-    constexpr std::size_t Ahead = 8;
+    constexpr std::size_t Ahead = 4;
+    const auto getDying = [this](std::size_t in_ui) {
+        const ExpressionBaseImpl* const pNode =
+            in_ui < m_vHeld.size() ? m_vHeld[in_ui].m_pNode : nullptr;
+        const bool bDying = pNode != nullptr && pNode->getParentBegin() == pNode->getParentEnd();
+        return bDying ? pNode : nullptr;
+    };
     for (std::size_t ui = 0; ui != m_vHeld.size(); ++ui) {
-        if (ui + 2 * Ahead < m_vHeld.size()) {
-            const Held& later = m_vHeld[ui + 2 * Ahead];
-            fetchAhead<2>(later.m_pData.get());
-            fetchAhead<WalkedLines>(later.m_pNode);
+        if (ui + 4 * Ahead < m_vHeld.size()) {
+            fetchAhead<2>(m_vHeld[ui + 4 * Ahead].m_pData.get());
+            fetchAhead<WalkedLines>(m_vHeld[ui + 4 * Ahead].m_pNode);
         }
-        if (ui + Ahead < m_vHeld.size()) {
-            const ExpressionBaseImpl& later = *m_vHeld[ui + Ahead].m_pNode;
-            if (later.getParentBegin() == later.getParentEnd()) {
-                fetchAhead<AllLines>(&later);
-                for (const auto* p = later.getChildBegin(); p != later.getChildEnd(); ++p) {
-                    fetchAhead<AllLines>(p->get());
-                }
+        if (const auto* const pDying = getDying(ui + 2 * Ahead)) {
+            fetchAhead<AllLines>(pDying);
+            fetchChilds<AllLines>(*pDying);
+        }
+        if (const auto* const pDying = getDying(ui + Ahead)) {
+            for (const auto* p = pDying->getChildBegin(); p != pDying->getChildEnd(); ++p) {
+                fetchChilds<WalkedLines>(**p);
             }
         }
         const CountedObjPtr<OptimizerExpressionData> pReleased(std::move(m_vHeld[ui].m_pData));
@@ -247,8 +260,7 @@ bool OptimizerDictionnary::insertInTwoWalks(const Roots& in_vRoots) {
     return true;
 }
 
-bool OptimizerDictionnary::insertInOneWalk(const Roots& in_vRoots,
-                                           const std::vector<ExpressionBaseImpl*>& in_vNodes) {
+bool OptimizerDictionnary::insertInOneWalk(const Roots& in_vRoots, const Nodes& in_vNodes) {
     SingleWalk walk(*this, in_vNodes);
     return std::all_of(in_vRoots.begin(), in_vRoots.end(),
                        [&](const auto& in_pRoot) { return walk.insertExpression(in_pRoot); });

@@ -78,9 +78,10 @@ private:
     class SingleWalk;
 
     using Roots = std::vector<Handle<ExpressionBaseImpl>>;
+    using Nodes = std::vector<ExpressionBaseImpl*>;
 
     bool insertInTwoWalks(const Roots& in_vRoots);
-    bool insertInOneWalk(const Roots& in_vRoots, const std::vector<ExpressionBaseImpl*>& in_vNodes);
+    bool insertInOneWalk(const Roots& in_vRoots, const Nodes& in_vNodes);
     void releaseHeld();
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, const Walks& in_Walks);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
