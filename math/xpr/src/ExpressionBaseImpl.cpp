@@ -157,7 +157,7 @@ bool ExpressionBaseImpl::quickEvaluate(LimitedObjPtr<DoubleVector>& out) {
 }
 
 bool ExpressionBaseImpl::reportNoValue() const {
-    VELMORA_LOG_ERROR(fileLogger(), m_strSourceInfo << ":no value to compute from: " << getName());
+    VELMORA_LOG_ERROR(fileLogger(), getSourceInfo() << ":no value to compute from: " << getName());
     return false;
 }
 
@@ -215,7 +215,8 @@ ExpressionBaseImpl::Labels& ExpressionBaseImpl::labels() const {
 }
 
 void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
-    m_strSourceInfo = in_szSourceInfo == nullptr ? "" : in_szSourceInfo;
+    const bool bEmpty = in_szSourceInfo == nullptr || *in_szSourceInfo == '\0';
+    m_pSourceInfo = bEmpty ? nullptr : std::make_shared<const std::string>(in_szSourceInfo);
 }
 
 const char* ExpressionBaseImpl::getDotName() const {
@@ -575,7 +576,7 @@ void ExpressionBaseImpl::fill(const ExpressionBaseImpl& in_Source, ExpressionImp
     if (*in_Source.getType() != '\0' || *getType() != '\0') {
         labels().m_strType = in_Source.getType();
     }
-    m_strSourceInfo = in_Source.m_strSourceInfo;
+    m_pSourceInfo = in_Source.m_pSourceInfo;
     *m_pValid = 0;
 }
 

@@ -84,7 +84,9 @@ public:
     void setType(const char* in_szType);
 
     /// Where in a script the node came from; empty on a node made by hand.
-    const char* getSourceInfo() const { return m_strSourceInfo.c_str(); }
+    const char* getSourceInfo() const {
+        return m_pSourceInfo == nullptr ? "" : m_pSourceInfo->c_str();
+    }
     void setSourceInfo(const char* in_szSourceInfo);
 
     /// Whether the cached value is current.
@@ -259,7 +261,8 @@ private:
     std::uint32_t m_uiWalkPlace = 0;
     std::uint32_t m_uiPlanIndex = 0;
     ParentList m_Parents;
-    std::string m_strSourceInfo;
+    /// Shared with the copies of the node. Null for an empty text.
+    std::shared_ptr<const std::string> m_pSourceInfo;
     /// What few nodes have; null for the others.
     struct Labels {
         std::string m_strType;
