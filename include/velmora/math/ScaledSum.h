@@ -47,6 +47,7 @@ public:
         std::size_t m_uiCount = 0;
     };
 
+    /// The loop for those operations.
     explicit ScaledSum(const Form& in_Form);
 
     /// Carries the operations out, element by element.

@@ -214,9 +214,38 @@ ExpressionBaseImpl::Labels& ExpressionBaseImpl::labels() const {
     return *m_pLabels;
 }
 
+const char* ExpressionBaseImpl::getSourceInfo() const {
+    if (m_Position.isSet() && labels().m_strSourceInfo.empty()) {
+        labels().m_strSourceInfo = m_Position.getText();
+    }
+    return m_pLabels == nullptr ? "" : m_pLabels->m_strSourceInfo.c_str();
+}
+
+bool ExpressionBaseImpl::hasSourceInfo() const {
+    return m_Position.isSet() || (m_pLabels != nullptr && !m_pLabels->m_strSourceInfo.empty());
+}
+
 void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
     const bool bEmpty = in_szSourceInfo == nullptr || *in_szSourceInfo == '\0';
-    m_pSourceInfo = bEmpty ? nullptr : std::make_shared<const std::string>(in_szSourceInfo);
+    setSourceInfo(SourcePosition());
+    if (!bEmpty) {
+        labels().m_strSourceInfo = in_szSourceInfo;
+    }
+}
+
+void ExpressionBaseImpl::setSourceInfo(const SourcePosition& in_Position) {
+    m_Position = in_Position;
+    if (m_pLabels != nullptr) {
+        m_pLabels->m_strSourceInfo.clear();
+    }
+}
+
+void ExpressionBaseImpl::copySourceInfo(const ExpressionBaseImpl& in_Source) {
+    if (in_Source.m_Position.isSet()) {
+        setSourceInfo(in_Source.m_Position);
+    } else {
+        setSourceInfo(in_Source.getSourceInfo());
+    }
 }
 
 const char* ExpressionBaseImpl::getDotName() const {
@@ -576,7 +605,7 @@ void ExpressionBaseImpl::fill(const ExpressionBaseImpl& in_Source, ExpressionImp
     if (*in_Source.getType() != '\0' || *getType() != '\0') {
         labels().m_strType = in_Source.getType();
     }
-    m_pSourceInfo = in_Source.m_pSourceInfo;
+    copySourceInfo(in_Source);
     *m_pValid = 0;
 }
 

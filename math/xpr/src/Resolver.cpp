@@ -180,8 +180,8 @@ bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChi
         return false;
     }
     m_Log.resolvedUnknown(*in_pUnknown, strCandidate.c_str());
-    if (isFunction(m_Kinds.of(*pExpression)) && *pExpression->getSourceInfo() == '\0') {
-        pExpression->setSourceInfo(in_pUnknown->getSourceInfo());
+    if (isFunction(m_Kinds.of(*pExpression)) && !pExpression->hasSourceInfo()) {
+        pExpression->copySourceInfo(*in_pUnknown);
     }
     if (in_Kind == NodeKind::UnknownFunction && !resolveCall(pExpression, *in_pUnknown)) {
         return false;

@@ -79,8 +79,6 @@ inline ScriptIterator& ScriptIterator::operator++() {
 
 /// The form in which a position is written wherever one is.
 std::string positionText(const ScriptIterator& in_Position);
-/// The same, for whoever writes many into one string.
-void writePosition(const ScriptIterator& in_Position, std::string& out_strText);
 std::ostream& operator<<(std::ostream& out_Stream, const ScriptIterator& in_Position);
 
 /// The text between two places as it stands in the script.

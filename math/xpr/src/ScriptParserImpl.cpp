@@ -83,8 +83,11 @@ void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_p
 
 void ScriptParser::ScriptParserImpl::setSourceInfo(ExpressionBaseImpl& inout_Node,
                                                    const ScriptIterator& in_Position) {
-    writePosition(in_Position, m_strPosition);
-    inout_Node.setSourceInfo(m_strPosition.c_str());
+    if (m_pFile == nullptr || *m_pFile != in_Position.getFile()) {
+        m_pFile = std::make_shared<const std::string>(in_Position.getFile());
+    }
+    inout_Node.setSourceInfo(
+        SourcePosition(m_pFile, in_Position.getLine(), in_Position.getColumn()));
 }
 
 void ScriptParser::ScriptParserImpl::saveNodePosition(const ParsedExpression& in_Node,

@@ -152,7 +152,8 @@ private:
     /// What the script has made so far, failed alternatives included.
     std::size_t m_uiOperands = 0;
     std::size_t m_uiListedIndices = 0;
-    std::string m_strPosition;
+    /// The name of the file in the positions of its nodes.
+    std::shared_ptr<const std::string> m_pFile;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -100,6 +100,7 @@ void SealedPlan::Builder::spread(NodeSet& inout_Set) {
 
 void SealedPlan::Builder::enter(ExpressionBaseImpl& in_Node) {
     if (m_Walk.enter(in_Node)) {
+        in_Node.m_uiWalkPlace = PassedOver;
         const std::size_t uiInputs = m_vInputs.size();
         m_vInputsOfNode.clear();
         const bool bKnown = in_Node.getSealedInputs(m_vInputsOfNode);
@@ -132,10 +133,17 @@ void SealedPlan::Builder::append(const Place& in_Place) {
     step.m_pNode = &node;
     step.m_bPlanned = in_Place.m_bKnown;
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+    const auto uiOwn = static_cast<Index>(m_Plan.m_vSteps.size());
+    const auto placeOf = [&](std::size_t in_uiInput) {
+        const Index uiPlace = m_vInputs[in_uiInput]->m_uiWalkPlace;
+        // An input that isn't listed yet stands in a circle, which only a host can make.
+        return uiPlace == PassedOver ? uiOwn : uiPlace;
+    };
     for (std::size_t ui = in_Place.m_uiInputs; ui != in_Place.m_uiInputsEnd; ++ui) {
-        const Index uiInput = m_vInputs[ui]->m_uiWalkPlace;
+        const Index uiInput = placeOf(ui);
         m_Plan.m_vInputs.push_back(uiInput);
-        step.m_bPlanned = step.m_bPlanned && m_Plan.m_vSteps[uiInput].m_bPlanned;
+        step.m_bPlanned =
+            step.m_bPlanned && uiInput != uiOwn && m_Plan.m_vSteps[uiInput].m_bPlanned;
     }
     if (in_Place.m_bKnown && in_Place.m_uiInputs == in_Place.m_uiInputsEnd) {
         const std::type_info& type = typeid(node);
@@ -145,11 +153,11 @@ void SealedPlan::Builder::append(const Place& in_Place) {
             step.m_eKind = Kind::Input;
         }
     } else if (in_Place.m_bKnown) {
-        step.m_uiFirst = m_vInputs[in_Place.m_uiInputs]->m_uiWalkPlace;
-        step.m_uiSecond = m_vInputs[in_Place.m_uiInputsEnd - 1]->m_uiWalkPlace;
+        step.m_uiFirst = placeOf(in_Place.m_uiInputs);
+        step.m_uiSecond = placeOf(in_Place.m_uiInputsEnd - 1);
         step.m_eKind = kindOf(node);
     }
-    node.m_uiWalkPlace = static_cast<Index>(m_Plan.m_vSteps.size());
+    node.m_uiWalkPlace = uiOwn;
     m_Plan.m_vSteps.push_back(step);
 }
 

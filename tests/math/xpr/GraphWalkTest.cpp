@@ -166,6 +166,11 @@ TEST_F(GraphWalkTest, CircleThatAHostHasMadeIsNotShortAndWalksOverItEnd) {
     EXPECT_TRUE(pTop->configure(TSHandle<VirtualFileSystem>()));
     EXPECT_TRUE(pTop->reset());
     EXPECT_EQ(ExpressionComplexity().of(*pTop), std::numeric_limits<unsigned long>::max());
+    pTop->seal();
+    EXPECT_TRUE(pTop->isSealed());
+    EXPECT_TRUE(pBottom->isSealed());
+    pTop->invalidate();
+    EXPECT_FALSE(pTop->isValid());
     // Opens the circle, which would keep both alive.
     pBottom->replaceChild(*pTop, Handle<ExpressionBaseImpl>(node()), true);
     EXPECT_TRUE(GraphWalk::isShort(*pTop));

@@ -11,6 +11,7 @@
 #include <velmora/Handle.h>
 #include <velmora/math/xpr/Expression.h>
 #include <velmora/math/xpr/ParentList.h>
+#include <velmora/math/xpr/SourcePosition.h>
 
 namespace Velmora::Math::Xpr {
 
@@ -83,11 +84,13 @@ public:
     const char* getType() const { return m_pLabels == nullptr ? "" : m_pLabels->m_strType.c_str(); }
     void setType(const char* in_szType);
 
-    /// Where in a script the node came from; empty on a node made by hand.
-    const char* getSourceInfo() const {
-        return m_pSourceInfo == nullptr ? "" : m_pSourceInfo->c_str();
-    }
+    /// Where in a script the node came from; empty on a node made by hand. The text of a position
+    /// is made when it is first asked for, so that one thread at a time may ask.
+    const char* getSourceInfo() const;
+    bool hasSourceInfo() const;
     void setSourceInfo(const char* in_szSourceInfo);
+    void setSourceInfo(const SourcePosition& in_Position);
+    void copySourceInfo(const ExpressionBaseImpl& in_Source);
 
     /// Whether the cached value is current.
     bool isValid() const { return *m_pValid != 0; }
@@ -261,12 +264,13 @@ private:
     std::uint32_t m_uiWalkPlace = 0;
     std::uint32_t m_uiPlanIndex = 0;
     ParentList m_Parents;
-    /// Shared with the copies of the node. Null for an empty text.
-    std::shared_ptr<const std::string> m_pSourceInfo;
+    SourcePosition m_Position;
     /// What few nodes have; null for the others.
     struct Labels {
         std::string m_strType;
         std::string m_strDotName;
+        /// What was set, or the text of the position.
+        std::string m_strSourceInfo;
     };
     Labels& labels() const;
     mutable std::unique_ptr<Labels> m_pLabels;

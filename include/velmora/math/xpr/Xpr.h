@@ -122,6 +122,7 @@
 #include <velmora/math/xpr/SignalFeatureWithSingleParamAdaptorImpl.h>
 #include <velmora/math/xpr/SingleParameterFunctionImpl.h>
 #include <velmora/math/xpr/SingleVariableFunctionImpl.h>
+#include <velmora/math/xpr/SourcePosition.h>
 #include <velmora/math/xpr/UserFunctionImpl.h>
 #include <velmora/math/xpr/Variable.h>
 #include <velmora/math/xpr/VariableImpl.h>
