@@ -15,6 +15,7 @@ namespace Velmora::Math {
 /// The object refers to a loop that suits the processor and owns nothing. Any thread may use it.
 class VELMORA_EXPORT ScaledSum {
 public:
+    /// What can be done with a vector and a number.
     enum class Scale { None, Multiply, Divide };
 
     /// Which operations there are.
