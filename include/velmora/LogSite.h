@@ -13,6 +13,7 @@
 /// A site tests the level, then the number of appenders, and only then builds its message:
 /// `VELMORA_LOG_DEBUG(logger, "text" << value)`. `logger` is a `Logger` or, for the cheaper test by
 /// the cached level, a `CachedLLLogger`; it is evaluated once, and the text only if it is written.
+/// The text becomes a lambda, which can't name what a structured binding has declared.
 
 #define VELMORA_LOG_ERROR(logger, text)                                                            \
     VELMORA_LOG_AT_LEVEL(logger, ::log4cplus::ERROR_LOG_LEVEL, text)

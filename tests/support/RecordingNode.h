@@ -177,6 +177,10 @@ public:
     bool calculate(const DoubleVector& in_Left, const DoubleVector& in_Right,
                    DoubleVector& out) override {
         ++m_uiCalculations;
+        if (m_pAlsoEvaluated != nullptr) {
+            LimitedObjPtr<DoubleVector> pValue;
+            m_pAlsoEvaluated->evaluate(pValue);
+        }
         m_pLeft = &in_Left;
         m_pRight = &in_Right;
         m_pOut = &out;
@@ -188,6 +192,8 @@ public:
     using BinaryOperatorImpl::addArgument;
 
     bool m_bCalculates = true;
+    /// A node beside this one that it evaluates on the way.
+    ExpressionBaseImpl* m_pAlsoEvaluated = nullptr;
     unsigned m_uiCalculations = 0;
     const DoubleVector* m_pLeft = nullptr;
     const DoubleVector* m_pRight = nullptr;

@@ -198,7 +198,8 @@ SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
             const auto uiNode =
                 static_cast<Index>(word.m_uiPlace * FlagsPerWord +
                                    static_cast<std::size_t>(__builtin_ctzll(flags)) / 8);
-            if (!step(uiNode)) {
+            // A node of the host's may have evaluated others on the way.
+            if (!isValid(uiNode) && !step(uiNode)) {
                 return uiNode;
             }
         }

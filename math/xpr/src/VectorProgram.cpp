@@ -222,7 +222,8 @@ SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
     const std::size_t uiSteps = inout_Plan.m_vSteps.size();
     for (const Index uiItem : m_vItems) {
         if (uiItem < uiSteps) {
-            if (!computeNode(inout_Plan, uiItem)) {
+            // A node of the host's may have evaluated others on the way.
+            if (!inout_Plan.isValid(uiItem) && !computeNode(inout_Plan, uiItem)) {
                 return uiItem;
             }
             continue;

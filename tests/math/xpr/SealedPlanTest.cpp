@@ -312,6 +312,16 @@ TEST_F(SealedPlanGraphTest, WhatWasAskedForAheadIsNotComputedAgain) {
     EXPECT_TRUE(graph.m_pY->getValue()->isValid());
 }
 
+TEST_F(SealedPlanGraphTest, WhatAnOperatorOfTheHostEvaluatesOnTheWayIsNotComputedAgain) {
+    CountedGraph graph;
+    graph.m_pLeft->m_pAlsoEvaluated = &*graph.m_pRight;
+    for (int iFrame = 0; iFrame != 6; ++iFrame) {
+        CountedGraph::set(graph.m_pX, iFrame % 2 == 0 ? graph.m_vNextX : graph.m_vX);
+        evaluated(*graph.m_pTop);
+        EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 1, 1})) << iFrame;
+    }
+}
+
 TEST_F(SealedPlanGraphTest, FailingNodeIsTriedForEachReader) {
     CountedGraph graph;
     evaluated(*graph.m_pTop);
