@@ -75,7 +75,10 @@ public:
         if (pMemory == MAP_FAILED) {
             throw std::bad_alloc();
         }
-        mprotect(pMemory, GuardSize, PROT_NONE);
+        if (mprotect(pMemory, GuardSize, PROT_NONE) != 0) {
+            munmap(pMemory, FreshSize);
+            throw std::bad_alloc();
+        }
         m_pMemory = static_cast<char*>(pMemory);
     }
 

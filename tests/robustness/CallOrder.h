@@ -37,4 +37,19 @@ inline void report(const char* in_szClass, std::size_t in_uiPairs) {
 /// The condition of many an operation that is given a null name.
 inline constexpr const char* NullName = "0 != in_szName";
 
+/// What an evaluator says to a script or an expression that comes too late.
+inline constexpr const char* LinkedAlready =
+    "!m_bLinked && \"evaluator contains linked expressions.  Can't \" "
+    "\"add expression to evaluator when the evaluator \" "
+    "\"when the eveluator contains linked expressions.\"";
+
+inline std::string notConfigured(const std::string& in_strOperation) {
+    return "!m_pDictionnary.isNull() && \"please call configure prior to " + in_strOperation +
+           "()\"";
+}
+
+inline std::string notLinked(const std::string& in_strOperation) {
+    return "m_bLinked && \"please call link() prio to call " + in_strOperation + "()\"";
+}
+
 } // namespace Velmora::Testing::CallOrder

@@ -5,10 +5,7 @@
 #include <sstream>
 
 #include <velmora/ParameterTrie.h>
-#include <velmora/math/xpr/Dictionnary.h>
 #include <velmora/math/xpr/Evaluator.h>
-#include <velmora/math/xpr/FeatureComputerWithInputs.h>
-#include <velmora/math/xpr/Linker.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "robustness/CallOrder.h"
@@ -19,11 +16,8 @@ namespace Velmora::Testing {
 
 namespace {
 
-using Math::DoubleVector;
 using namespace Math::Xpr;
 using namespace CallOrder;
-
-// --- Evaluator ---------------------------------------------------------------------------------
 
 struct EvaluatorSubject {
     struct State {
@@ -36,20 +30,6 @@ struct EvaluatorSubject {
     };
     Evaluator m_Evaluator;
 };
-
-const char* const LinkedAlready =
-    "!m_bLinked && \"evaluator contains linked expressions.  Can't \" "
-    "\"add expression to evaluator when the evaluator \" "
-    "\"when the eveluator contains linked expressions.\"";
-
-std::string notConfigured(const std::string& in_strOperation) {
-    return "!m_pDictionnary.isNull() && \"please call configure prior to " + in_strOperation +
-           "()\"";
-}
-
-std::string notLinked(const std::string& in_strOperation) {
-    return "m_bLinked && \"please call link() prio to call " + in_strOperation + "()\"";
-}
 
 using EvaluatorState = EvaluatorSubject::State;
 
@@ -188,131 +168,6 @@ TEST(CallOrderTest, Evaluator) {
          }},
     };
     report("Evaluator", callPairs(vOperations, {"configure", "addScript", "link and optimize"}));
-}
-
-// --- FeatureComputer ---------------------------------------------------------------------------
-
-struct ComputerSubject {
-    struct State {
-        bool m_bShared = false;
-        bool m_bEvaluator = false;
-        bool m_bScript = false;
-        bool m_bLinked = false;
-        bool m_bInput = false;
-        bool m_bSetUp = false;
-
-        /// The evaluator of its own is configured, the shared one isn't.
-        std::string notReady(const std::string& in_strOperation) const {
-            return m_bShared ? notConfigured(in_strOperation) : notLinked(in_strOperation);
-        }
-    };
-    Evaluator m_Evaluator;
-    FeatureComputerWithInputs m_Computer{"y"};
-};
-
-/// What an evaluator says that isn't configured.
-Conditions expectSetUp(ComputerSubject::State& inout_State) {
-    inout_State.m_bSetUp = true;
-    return inout_State.m_bInput
-               ? Conditions{notConfigured("addExpression"), notConfigured("addScript")}
-               : Conditions{notConfigured("addScript")};
-}
-
-Conditions expectScript(ComputerSubject::State& inout_State, bool in_bName) {
-    if (!inout_State.m_bShared && inout_State.m_bEvaluator) {
-        return {"m_bSharedEvaluator || (!m_bSharedEvaluator && m_pEvaluator.isNull())"};
-    }
-    if (!in_bName) {
-        return {"in_szFileName"};
-    }
-    inout_State.m_bScript = true;
-    if (inout_State.m_bShared && inout_State.m_bEvaluator) {
-        return expectSetUp(inout_State);
-    }
-    if (!inout_State.m_bShared) {
-        inout_State.m_bEvaluator = inout_State.m_bLinked = inout_State.m_bSetUp = true;
-    }
-    return Conditions();
-}
-
-Conditions expectInput(ComputerSubject::State& inout_State, bool in_bName) {
-    if (!inout_State.m_bEvaluator) {
-        return {"!m_pEvaluator.isNull()"};
-    }
-    if (!inout_State.m_bLinked) {
-        return {inout_State.notReady("getVariable")};
-    }
-    return in_bName ? Conditions() : Conditions{NullName};
-}
-
-TEST(CallOrderTest, FeatureComputer) {
-    using Call = Operation<ComputerSubject>;
-    using State = ComputerSubject::State;
-    const std::vector<Call> vOperations{
-        {"setXprFilename", [](auto& s) { s.m_Computer.setXprFilename("s", newFiles()); },
-         [](auto& st) { return expectScript(st, true); }},
-        {"setXprFilename without files",
-         [](auto& s) { s.m_Computer.setXprFilename("s", TSHandle<VirtualFileSystem>()); },
-         [](auto& st) {
-             // Nothing is found, so that there is nothing to link.
-             const bool bWasLinked = st.m_bLinked;
-             const Conditions vConditions = expectScript(st, true);
-             st.m_bLinked = bWasLinked;
-             return vConditions;
-         }},
-        {"setXprFilename null", [](auto& s) { s.m_Computer.setXprFilename(nullptr, newFiles()); },
-         [](auto& st) { return expectScript(st, false); }},
-        {"setEvaluator", [](auto& s) { s.m_Computer.setEvaluator(&s.m_Evaluator); },
-         [](auto& st) -> Conditions {
-             if (st.m_bEvaluator) {
-                 return {"m_pEvaluator.isNull()"};
-             }
-             st.m_bShared = st.m_bEvaluator = true;
-             // The script that waited is added to an evaluator that isn't configured.
-             return st.m_bScript ? expectSetUp(st) : Conditions();
-         }},
-        {"setEvaluator null",
-         [](auto& s) { s.m_Computer.setEvaluator(LimitedObjPtr<Evaluator>()); },
-         [](auto& st) -> Conditions {
-             if (st.m_bEvaluator) {
-                 return {"m_pEvaluator.isNull()"};
-             }
-             st.m_bShared = true;
-             return Conditions();
-         }},
-        {"setInputNames", [](auto& s) { s.m_Computer.setInputNames({"left"}); },
-         [](auto& st) {
-             st.m_bInput = st.m_bInput || !st.m_bSetUp;
-             return Conditions();
-         }},
-        {"setInputNames without any", [](auto& s) { s.m_Computer.setInputNames({}); },
-         [](auto& st) {
-             st.m_bInput = st.m_bInput && st.m_bSetUp;
-             return Conditions();
-         }},
-        {"setInput", [](auto& s) { s.m_Computer.setInput("left", someVector()); },
-         [](auto& st) { return expectInput(st, true); }},
-        {"setInput null", [](auto& s) { s.m_Computer.setInput(nullptr, someVector()); },
-         [](auto& st) { return expectInput(st, false); }},
-        {"computeFeatures",
-         [](auto& s) {
-             DoubleVector vFeature;
-             s.m_Computer.computeFeatures(vFeature);
-         },
-         [](auto& st) -> Conditions {
-             // Without a script there is no name to look for; with one, the evaluator speaks first.
-             if (st.m_bScript && st.m_bEvaluator && !st.m_bLinked) {
-                 return {st.notReady("getExpression"), "false"};
-             }
-             return st.m_bLinked || !st.m_bScript ? Conditions() : Conditions{"false"};
-         }},
-        {"reset", [](auto& s) { s.m_Computer.reset(); }, nothing<State>},
-        {"a computer without a name", [](auto&) { const FeatureComputer computer(nullptr); },
-         [](auto&) { return Conditions{"in_szFeatureName"}; }},
-    };
-    std::size_t uiPairs = callPairs(vOperations, {"setXprFilename", "computeFeatures"});
-    uiPairs += callPairs(vOperations, {"setInputNames", "setEvaluator", "setXprFilename"});
-    report("FeatureComputer", uiPairs);
 }
 
 } // namespace

@@ -5,14 +5,39 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "support/AssertionCapture.h"
 
 namespace Velmora::Testing {
 
-/// The conditions that fail.
+/// The conditions that fail, and behind them the results of a subject that tells them.
 using Conditions = std::vector<std::string>;
+
+/// A call that gave false or null.
+inline constexpr const char* Refused = "-> false";
+
+/// A subject whose calls say what they gave.
+struct TellingSubject {
+    void tell(bool in_bResult) {
+        if (!in_bResult) {
+            m_vTold.push_back(Refused);
+        }
+    }
+    Conditions m_vTold;
+};
+
+/// What has to come of a call that doesn't assert.
+inline Conditions resultIs(bool in_bResult) {
+    return in_bResult ? Conditions() : Conditions{Refused};
+}
+
+/// What has to come of a call that asserts and gives false.
+inline Conditions refusedWith(const std::string& in_strCondition) {
+    return {in_strCondition, Refused};
+}
 
 /// One operation of a class, with certain arguments.
 template <class Subject>
@@ -49,7 +74,12 @@ std::size_t callPairs(const std::vector<Operation<Subject>>& in_vOperations,
                     const Conditions vExpected = pOperation->m_Expect(state);
                     assertions.clear();
                     pOperation->m_Call(subject);
-                    EXPECT_EQ(assertions.expressions(), vExpected)
+                    Conditions vFound = assertions.expressions();
+                    if constexpr (std::is_base_of_v<TellingSubject, Subject>) {
+                        const Conditions vTold = std::exchange(subject.m_vTold, {});
+                        vFound.insert(vFound.end(), vTold.begin(), vTold.end());
+                    }
+                    EXPECT_EQ(vFound, vExpected)
                         << pOperation->m_szName << ", of the pair " << first.m_szName << ", "
                         << second.m_szName << ", behind " << uiPrepared << " others";
                 }

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <new>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -80,6 +82,38 @@ TEST(DeepCallDeathTest, RecursionGoesDeepOnAMainThreadThatCannotTellItsStack) {
         },
         testing::ExitedWithCode(0), "");
 }
+
+#if !defined(__SANITIZE_THREAD__)
+/// How much more than it has the process may ask the system for. A further stack doesn't go in.
+void leaveRoomFor(std::size_t in_uiSize) {
+    std::size_t uiPages = 0;
+    std::ifstream("/proc/self/statm") >> uiPages;
+    const rlim_t uiLimit = uiPages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + in_uiSize;
+    const rlimit limit{uiLimit, RLIM_INFINITY};
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+bool isRefused() {
+    try {
+        descend(200000);
+        return false;
+    } catch (const std::bad_alloc&) {
+        return !DeepCall::isStackLow();
+    }
+}
+
+TEST(DeepCallDeathTest, RecursionThatFindsNoFurtherStackThrowsAndCanBeTriedAgain) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            leaveRoomFor(std::size_t(32) * 1024 * 1024);
+            const bool bRefused = isRefused() && descend(1000) == 1000 && isRefused();
+            leaveRoomFor(std::size_t(1024) * 1024 * 1024);
+            _exit(bRefused && descend(200000) == 200000 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+#endif
 #endif
 
 TEST(DeepCallTest, ExceptionComesThroughFromADeepLevel) {
