@@ -28,7 +28,7 @@ struct VELMORA_EXPORT StringHash {
 
 /// A map that is walked in the order of insertion, whatever the hashes are.
 ///
-/// No two entries have the same key. An entry is a heap object with `first` and `second` that stays
+/// No two entries have the same key. An entry is an object with `first` and `second` that stays
 /// where it is until the map is cleared, assigned or destroyed. An empty map allocates nothing, and
 /// a small one has no index: its entries are compared one by one, which is faster there. Not
 /// thread-safe.

@@ -73,7 +73,9 @@ public:
     }
 
     [[gnu::always_inline]] void store(double* out_pValues) const {
-        std::memcpy(out_pValues, m_parts, sizeof(m_parts));
+        for (std::size_t i = 0; i < parts; ++i) {
+            std::memcpy(out_pValues + i * width, &m_parts[i], sizeof(Register));
+        }
     }
 
     /// The sum of the eight, halves first: lane i and lane i + 4, then i + 2, then i + 1.

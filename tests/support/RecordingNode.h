@@ -5,6 +5,7 @@
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 #include <velmora/math/xpr/XaryFunction.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -177,9 +178,8 @@ public:
     bool calculate(const DoubleVector& in_Left, const DoubleVector& in_Right,
                    DoubleVector& out) override {
         ++m_uiCalculations;
-        if (m_pAlsoEvaluated != nullptr) {
-            LimitedObjPtr<DoubleVector> pValue;
-            m_pAlsoEvaluated->evaluate(pValue);
+        if (m_OnCalculation) {
+            m_OnCalculation();
         }
         m_pLeft = &in_Left;
         m_pRight = &in_Right;
@@ -192,8 +192,8 @@ public:
     using BinaryOperatorImpl::addArgument;
 
     bool m_bCalculates = true;
-    /// A node beside this one that it evaluates on the way.
-    ExpressionBaseImpl* m_pAlsoEvaluated = nullptr;
+    /// What it does on the way.
+    std::function<void()> m_OnCalculation;
     unsigned m_uiCalculations = 0;
     const DoubleVector* m_pLeft = nullptr;
     const DoubleVector* m_pRight = nullptr;

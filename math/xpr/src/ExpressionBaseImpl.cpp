@@ -226,10 +226,14 @@ bool ExpressionBaseImpl::hasSourceInfo() const {
 }
 
 void ExpressionBaseImpl::setSourceInfo(const char* in_szSourceInfo) {
-    const bool bEmpty = in_szSourceInfo == nullptr || *in_szSourceInfo == '\0';
+    // It may be this node's own.
+    std::string strSourceInfo(in_szSourceInfo == nullptr ? "" : in_szSourceInfo);
+    if (!strSourceInfo.empty()) {
+        labels();
+    }
     setSourceInfo(SourcePosition());
-    if (!bEmpty) {
-        labels().m_strSourceInfo = in_szSourceInfo;
+    if (!strSourceInfo.empty()) {
+        m_pLabels->m_strSourceInfo.swap(strSourceInfo);
     }
 }
 

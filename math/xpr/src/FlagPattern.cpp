@@ -36,8 +36,11 @@ bool SealedPlan::FlagPattern::fits(const SealedPlan& in_Plan, const Needs& in_Ne
 }
 
 void SealedPlan::FlagPattern::remember(SealedPlan& inout_Plan, const Needs& in_Needs) const {
-    std::copy(m_vBefore.begin(), m_vBefore.end(),
-              inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace);
+    // Of other nodes an evaluation around this one may have remembered the flags.
+    Flags* const pBefore = inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace;
+    for (std::size_t ui = 0; ui != m_vBefore.size(); ++ui) {
+        pBefore[ui] = (pBefore[ui] & ~in_Needs.m_vFlags[ui]) | m_vBefore[ui];
+    }
 }
 
 } // namespace Velmora::Math::Xpr

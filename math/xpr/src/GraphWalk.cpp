@@ -17,8 +17,6 @@ thread_local bool t_bWalking = false;
 /// Numbers are never given twice: a graph may have been walked by another thread before.
 std::atomic<std::uint64_t> g_uiLastWalk{0};
 
-constexpr std::size_t SealedTogether = 512;
-
 } // namespace
 
 GraphWalk::Outermost::Outermost() : m_bOutermost(!t_bWalking) {
@@ -85,17 +83,12 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     GraphWalk walk;
     Nodes vNodes;
     std::size_t uiVisits = 0;
-    std::size_t uiSealed = 0;
     RootsAhead<2> ahead(in_vRoots);
     for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
         ahead.begin(uiRoot);
         walk.append(*in_vRoots[uiRoot], vNodes, &ahead);
         uiVisits =
             std::min<std::size_t>(uiVisits + in_vRoots[uiRoot]->m_uiWalkPlace, TooManyVisits);
-        // Those of a large graph are sealed while the processor still has them.
-        if (uiVisits == TooManyVisits && vNodes.size() - uiSealed > SealedTogether) {
-            uiSealed = sealFrom(vNodes, uiSealed);
-        }
     }
     if (uiVisits < TooManyVisits) {
         for (ExpressionBaseImpl* pRoot : in_vRoots) {
@@ -104,8 +97,8 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
         SealedPlan::make(in_vRoots, GraphWalk().collectAll(in_vRoots), SealedPlan::Parents::Sealed);
         return;
     }
-    sealFrom(vNodes, uiSealed);
     try {
+        sealAll(vNodes);
         SealedPlan::make(in_vRoots, vNodes, SealedPlan::Parents::Complete);
     } catch (const std::bad_alloc&) {
         // Without a plan, changes go from parent to parent.
@@ -115,14 +108,13 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     }
 }
 
-std::size_t GraphWalk::sealFrom(const Nodes& in_vNodes, std::size_t in_uiFirst) {
-    forEachAhead<AllLines>(in_vNodes, in_uiFirst, [](ExpressionBaseImpl& inout_Node) {
+void GraphWalk::sealAll(const Nodes& in_vNodes) {
+    forEachAhead<AllLines>(in_vNodes, 0, [](ExpressionBaseImpl& inout_Node) {
         // A plan that doesn't know the new readers isn't used any more, even if this goes wrong.
         inout_Node.noteChange();
         inout_Node.m_bSealed = true;
         inout_Node.seal_i();
     });
-    return in_vNodes.size();
 }
 
 GraphWalk::Nodes GraphWalk::collectAll(const Nodes& in_vRoots) {

@@ -94,8 +94,8 @@ private:
     void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead<2>* inout_pAhead);
     static void addUpVisits(ExpressionBaseImpl& inout_Node);
 
-    /// Seals the nodes from one on, but for their lists of parents, and returns where it ended.
-    static std::size_t sealFrom(const Nodes& in_vNodes, std::size_t in_uiFirst);
+    /// Seals the nodes, but for their lists of parents.
+    static void sealAll(const Nodes& in_vNodes);
 
     std::uint64_t m_uiNumber;
     std::vector<Place> m_vPath;

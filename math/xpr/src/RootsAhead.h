@@ -86,7 +86,8 @@ private:
             return;
         }
         const auto* const pFirst = in_Node.getChildBegin();
-        const auto* const pEnd = std::min(in_Node.getChildEnd(), pFirst + MaxChilds);
+        const auto* const pEnd =
+            pFirst + std::min<std::ptrdiff_t>(in_Node.getChildEnd() - pFirst, MaxChilds);
         for (const auto* pChild = pFirst; pChild != pEnd; ++pChild) {
             fetchLevel(**pChild, in_iLevel - 1);
         }

@@ -216,6 +216,7 @@ public:
         const StatementGuard::Result* pKnown = trial.findResult();
         if (pKnown != nullptr) {
             in_Scanner.first = pKnown->m_End;
+            meter.jumpTo(pKnown->m_End);
             return match(in_Scanner, first, *pKnown);
         }
         StatementGuard::Result outcome;

@@ -149,12 +149,16 @@ void SealedPlan::leave() {
 /// Computes what isn't valid. Returns the node that failed, or `PassedOver`.
 SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
     Index uiFailed = PassedOver;
+    const std::size_t uiEvaluation = ++m_uiEvaluations;
     if (Program* const pProgram = inout_Needs.findProgram(*this); pProgram != nullptr) {
         uiFailed = computeByProgram(*pProgram, inout_Needs);
     } else {
         remember(inout_Needs.m_Set);
         uiFailed = computeByNodes(inout_Needs);
-        if (uiFailed == PassedOver && !inout_Needs.m_Programs.empty()) {
+        // What another evaluation has remembered on the way isn't how this one began, and the
+        // program that goes on further out stays.
+        if (uiFailed == PassedOver && uiEvaluation == m_uiEvaluations &&
+            !inout_Needs.m_Programs.empty() && !inout_Needs.m_bRunning) {
             makeProgram(inout_Needs);
         }
     }
@@ -167,7 +171,8 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
 SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Needs& inout_Needs) {
     Index uiFailed = PassedOver;
     if (!inout_Program.m_Scalars.isUsable()) {
-        uiFailed = inout_Program.m_Vectors.run(*this);
+        const Needs::Running running(inout_Needs);
+        uiFailed = inout_Program.m_Vectors.run(*this, inout_Needs);
     } else if (!inout_Program.m_Scalars.run(*this, inout_Needs)) {
         uiFailed = computeByNodes(inout_Needs);
     }
@@ -207,6 +212,7 @@ bool SealedPlan::invalidate(Index in_uiNode) {
     if (!m_bUsable || !m_bIntact || pReaders == nullptr) {
         return false;
     }
+    ++m_uiInvalidations;
     if (!pReaders->m_vOthers.empty()) {
         Flags* const pValid = m_vValid.data() + pReaders->m_uiFirstPlace;
         const Flags* const pOthers = pReaders->m_vOthers.data();

@@ -218,6 +218,7 @@ private:
     void makeRoomForPrograms(Needs& inout_Needs);
     Index computeInListOrder(const Needs& in_Needs);
     Index computeInOwnOrder(const Needs& in_Needs);
+    Index computeBehind(const Needs& in_Needs, Index in_uiNode);
     void remember(const NodeSet& in_Set);
     void takeBack(const Needs& in_Needs, Index in_uiFailed);
     bool step(Index in_uiNode);
@@ -251,6 +252,10 @@ private:
     /// Nodes that the sets of needs, and their programs, may still list.
     std::size_t m_uiNeedsRoom = 0;
     std::size_t m_uiProgramRoom = 0;
+    /// How often what a node needs was computed.
+    std::size_t m_uiEvaluations = 0;
+    /// How often flags were cleared.
+    std::size_t m_uiInvalidations = 0;
     /// How often a step became a scalar, or ceased to be one, or has its element elsewhere.
     std::size_t m_uiScalarChanges = 1;
     /// For a program that is being put together, by node.

@@ -32,6 +32,22 @@ struct SealedPlan::Needs {
     /// Programs for the patterns of flags that came up last: a host that sets all inputs ahead of
     /// one call and a single one ahead of the next has two. None where there is no room for any.
     std::vector<Program> m_Programs;
+    /// Does a program of vectors go on, whose nodes may evaluate anything on the way?
+    bool m_bRunning = false;
+    class Running {
+    public:
+        explicit Running(Needs& inout_Needs)
+            : m_Needs(inout_Needs), m_bOuter(inout_Needs.m_bRunning) {
+            m_Needs.m_bRunning = true;
+        }
+        ~Running() { m_Needs.m_bRunning = m_bOuter; }
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+
+    private:
+        Needs& m_Needs;
+        bool m_bOuter;
+    };
     /// Are all nodes of kinds that a program for scalars knows?
     bool m_bMayBeScalars = false;
     /// For the programs, the flags of the set word after word, those between its words included.

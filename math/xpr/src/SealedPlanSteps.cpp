@@ -215,6 +215,15 @@ SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
     return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
 }
 
+/// What comes behind a node in that order.
+SealedPlan::Index SealedPlan::computeBehind(const Needs& in_Needs, Index in_uiNode) {
+    auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiNode);
+    ite = std::find_if(ite, in_Needs.m_vOrder.end(), [&](Index in_uiBehind) {
+        return in_uiBehind != in_uiNode && !isValid(in_uiBehind) && !step(in_uiBehind);
+    });
+    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
+}
+
 /// Computes a variable that is one operation on scalars, as features are that scale a common one.
 /// False, and nothing has happened, for all else.
 inline bool SealedPlan::computeOne(Index in_uiNode) {

@@ -34,7 +34,7 @@ void SkipGrammar::skipItems(ScriptIterator& inout_Position) const {
     const char* pFirst = inout_Position.getText();
     if (pFirst == m_pSkippedFrom) {
         inout_Position = m_SkippedTo;
-        m_pReadUpTo = inout_Position.getText();
+        jumpTo(inout_Position);
         return;
     }
     while (!inout_Position.isAtEnd() && skipItem(inout_Position)) {

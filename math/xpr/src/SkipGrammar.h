@@ -40,6 +40,9 @@ public:
         }
     }
 
+    /// What is remembered of the text ahead of this place isn't read.
+    void jumpTo(const ScriptIterator& in_Position) const { m_pReadUpTo = in_Position.getText(); }
+
     /// The characters read so far: as often as they were read, remembered text excepted.
     std::size_t getTextRead() const { return m_uiTextRead; }
 

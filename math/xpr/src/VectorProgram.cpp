@@ -1,6 +1,7 @@
 #include "VectorProgram.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 
@@ -22,6 +23,7 @@ void SealedPlan::VectorProgram::reserve(const SealedPlan& in_Plan, const Needs& 
         }));
     m_vItems.reserve(in_Needs.m_vOrder.size());
     m_vPending.reserve(uiOperators);
+    m_vBehind.reserve(in_Needs.m_vOrder.size() - uiOperators);
     m_vJoints.reserve(std::min(uiOperators / 2, MaxJoints));
 }
 
@@ -29,6 +31,7 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
     m_vItems.clear();
     m_vJoints.clear();
     m_vPending.clear();
+    m_vBehind.clear();
     for (const Index uiNode : in_Needs.m_vOrder) {
         const Step& step = inout_Plan.m_vSteps[uiNode];
         if (inout_Plan.wasValid(uiNode)) {
@@ -38,11 +41,14 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
             m_vPending.push_back(uiNode);
             continue;
         }
-        // Inputs and variables may come ahead of their turn: all has been computed before.
+        // Inputs and variables may come out of their turn: all has been computed before. But a
+        // variable isn't valid ahead of the operator whose value it has.
         if (!inout_Plan.isSilent(uiNode)) {
             flush(inout_Plan);
         }
-        m_vItems.push_back(uiNode);
+        const bool bBehind = step.m_eKind == Kind::Forward &&
+                             isOperator(sourceOf(inout_Plan, step.m_uiFirst).m_eKind);
+        (bBehind ? m_vBehind : m_vItems).push_back(uiNode);
     }
     flush(inout_Plan);
 }
@@ -55,7 +61,8 @@ SealedPlan::Step& SealedPlan::VectorProgram::sourceOf(SealedPlan& inout_Plan, In
     return inout_Plan.m_vSteps[in_uiNode];
 }
 
-/// Lists the operators that wait, joined where they can be.
+/// Lists the operators that wait, joined where they can be, and the variables that have their
+/// values.
 void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
     for (std::size_t ui = 0; ui != m_vPending.size();) {
         Joint joint;
@@ -69,6 +76,8 @@ void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
         }
     }
     m_vPending.clear();
+    m_vItems.insert(m_vItems.end(), m_vBehind.begin(), m_vBehind.end());
+    m_vBehind.clear();
 }
 
 /// Finds out which of the operators from that place on can be joined. Returns their number, 0 for
@@ -84,7 +93,7 @@ std::size_t SealedPlan::VectorProgram::findJoint(SealedPlan& inout_Plan, std::si
     std::size_t uiJoined = uiScaled + 1;
     const Part behind = findScaling(inout_Plan, in_uiFirst + uiJoined);
     ScaledSum::Form form;
-    if (behind.m_pStep != nullptr && behind.m_pVector == out_Joint.m_Sum.m_pStep) {
+    if (behind.m_pStep != nullptr && behind.m_pSource == out_Joint.m_Sum.m_pStep) {
         out_Joint.m_Behind = behind;
         form.m_eBehind = behind.m_pStep->m_eKind == Kind::Divide ? ScaledSum::Scale::Divide
                                                                  : ScaledSum::Scale::Multiply;
@@ -110,13 +119,15 @@ bool SealedPlan::VectorProgram::findSum(SealedPlan& inout_Plan, std::size_t in_u
     if ((eKind != Kind::Plus && eKind != Kind::Minus) || sum.m_pScalar != nullptr) {
         return false;
     }
-    out_Joint.m_Sum = {uiSum, &sum, nullptr, nullptr};
-    out_Joint.m_pLeft = &sourceOf(inout_Plan, sum.m_uiFirst);
-    out_Joint.m_pRight = &sourceOf(inout_Plan, sum.m_uiSecond);
+    out_Joint.m_Sum = {uiSum, &sum, nullptr, nullptr, nullptr};
+    out_Joint.m_pLeft = &inout_Plan.m_vSteps[sum.m_uiFirst];
+    out_Joint.m_pRight = &inout_Plan.m_vSteps[sum.m_uiSecond];
+    const Step* const pLeft = &sourceOf(inout_Plan, sum.m_uiFirst);
+    const Step* const pRight = &sourceOf(inout_Plan, sum.m_uiSecond);
     for (std::size_t ui = in_uiFirst; ui != in_uiFirst + in_uiScaled; ++ui) {
         const Part scaling = findScaling(inout_Plan, ui);
-        const bool bLeft = scaling.m_pStep == out_Joint.m_pLeft;
-        const bool bRight = scaling.m_pStep == out_Joint.m_pRight;
+        const bool bLeft = scaling.m_pStep == pLeft;
+        const bool bRight = scaling.m_pStep == pRight;
         const bool bInOrder = in_uiScaled == 1 || bLeft == (ui == in_uiFirst);
         if (scaling.m_pStep == nullptr || scaling.m_pStep->m_eKind != Kind::Multiply ||
             bLeft == bRight || !bInOrder) {
@@ -135,16 +146,17 @@ SealedPlan::VectorProgram::findScaling(SealedPlan& inout_Plan, std::size_t in_ui
         return {};
     }
     Step& step = inout_Plan.m_vSteps[m_vPending[in_uiPlace]];
-    const Step& first = sourceOf(inout_Plan, step.m_uiFirst);
-    const Step& second = sourceOf(inout_Plan, step.m_uiSecond);
+    const Step& first = inout_Plan.m_vSteps[step.m_uiFirst];
+    const Step& second = inout_Plan.m_vSteps[step.m_uiSecond];
     const bool bByFirst = step.m_eKind == Kind::Multiply && findScalar(first) != nullptr;
     const bool bBySecond = (step.m_eKind == Kind::Multiply || step.m_eKind == Kind::Divide) &&
                            findScalar(second) != nullptr;
     if (step.m_pScalar != nullptr || bByFirst == bBySecond) {
         return {};
     }
+    const Index uiVector = bByFirst ? step.m_uiSecond : step.m_uiFirst;
     return {m_vPending[in_uiPlace], &step, bByFirst ? &first : &second,
-            bByFirst ? &second : &first};
+            &inout_Plan.m_vSteps[uiVector], &sourceOf(inout_Plan, uiVector)};
 }
 
 /// False, and nothing has happened, if the operands or the results haven't the shapes for it.
@@ -218,24 +230,48 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, Index
     return true;
 }
 
-SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
+/// Has a node of the host's evaluated some of it on the way?
+bool SealedPlan::VectorProgram::isBegun(const SealedPlan& in_Plan, const Joint& in_Joint) {
+    const Part* const pParts[] = {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum,
+                                  &in_Joint.m_Behind};
+    return std::any_of(std::begin(pParts), std::end(pParts), [&](const Part* in_pPart) {
+        return in_pPart->m_pStep != nullptr && in_Plan.isValid(in_pPart->m_uiNode);
+    });
+}
+
+SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_Plan,
+                                                             const Joint& in_Joint) {
+    for (const Part* pPart :
+         {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum, &in_Joint.m_Behind}) {
+        if (pPart->m_pStep != nullptr && !inout_Plan.isValid(pPart->m_uiNode) &&
+            !inout_Plan.step(pPart->m_uiNode)) {
+            return pPart->m_uiNode;
+        }
+    }
+    return PassedOver;
+}
+
+SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan,
+                                                 const Needs& in_Needs) const {
     const std::size_t uiSteps = inout_Plan.m_vSteps.size();
+    const std::size_t uiInvalidations = inout_Plan.m_uiInvalidations;
     for (const Index uiItem : m_vItems) {
         if (uiItem < uiSteps) {
             // A node of the host's may have evaluated others on the way.
             if (!inout_Plan.isValid(uiItem) && !computeNode(inout_Plan, uiItem)) {
                 return uiItem;
             }
+            // Or it may have set an input that is read behind it.
+            if (uiInvalidations != inout_Plan.m_uiInvalidations) {
+                return inout_Plan.computeBehind(in_Needs, uiItem);
+            }
             continue;
         }
         const Joint& joint = m_vJoints[uiItem - uiSteps];
-        if (computeJoint(inout_Plan, joint)) {
-            continue;
-        }
-        for (const Part* pPart :
-             {&joint.m_ScaledLeft, &joint.m_ScaledRight, &joint.m_Sum, &joint.m_Behind}) {
-            if (pPart->m_pStep != nullptr && !inout_Plan.step(pPart->m_uiNode)) {
-                return pPart->m_uiNode;
+        if (isBegun(inout_Plan, joint) || !computeJoint(inout_Plan, joint)) {
+            const Index uiFailed = computeOneByOne(inout_Plan, joint);
+            if (uiFailed != PassedOver) {
+                return uiFailed;
             }
         }
     }

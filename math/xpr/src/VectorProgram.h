@@ -29,7 +29,7 @@ public:
     void make(SealedPlan& inout_Plan, const Needs& in_Needs);
 
     /// Computes the set. Returns the node that failed, or `PassedOver`.
-    Index run(SealedPlan& inout_Plan) const;
+    Index run(SealedPlan& inout_Plan, const Needs& in_Needs) const;
 
 private:
     /// An operator of a joint, and what it scales if it does. Not every joint has all of them.
@@ -37,7 +37,9 @@ private:
         Index m_uiNode = PassedOver;
         Step* m_pStep = nullptr;
         const Step* m_pFactor = nullptr;
+        /// What it reads, and where the value of that comes from.
         const Step* m_pVector = nullptr;
+        const Step* m_pSource = nullptr;
     };
 
     /// Operators that one pass computes, and the vectors that they read.
@@ -58,6 +60,8 @@ private:
     Part findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const;
     static Step& sourceOf(SealedPlan& inout_Plan, Index in_uiNode);
     static bool computeNode(SealedPlan& inout_Plan, Index in_uiNode);
+    static bool isBegun(const SealedPlan& in_Plan, const Joint& in_Joint);
+    static Index computeOneByOne(SealedPlan& inout_Plan, const Joint& in_Joint);
     static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);
 
     /// Nodes, and behind their numbers those of the joints.
@@ -65,6 +69,8 @@ private:
     std::vector<Joint> m_vJoints;
     /// Operators that wait for others to be joined with, while the program is made.
     std::vector<Index> m_vPending;
+    /// Variables that wait for an operator's value.
+    std::vector<Index> m_vBehind;
 };
 
 } // namespace Velmora::Math::Xpr

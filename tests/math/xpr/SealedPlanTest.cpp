@@ -314,12 +314,33 @@ TEST_F(SealedPlanGraphTest, WhatWasAskedForAheadIsNotComputedAgain) {
 
 TEST_F(SealedPlanGraphTest, WhatAnOperatorOfTheHostEvaluatesOnTheWayIsNotComputedAgain) {
     CountedGraph graph;
-    graph.m_pLeft->m_pAlsoEvaluated = &*graph.m_pRight;
+    graph.m_pLeft->m_OnCalculation = [&] { evaluated(*graph.m_pRight); };
     for (int iFrame = 0; iFrame != 6; ++iFrame) {
         CountedGraph::set(graph.m_pX, iFrame % 2 == 0 ? graph.m_vNextX : graph.m_vX);
         evaluated(*graph.m_pTop);
         EXPECT_EQ(graph.takeCounts(), (Counts{1, 1, 1, 1})) << iFrame;
     }
+}
+
+TEST_F(SealedPlanGraphTest, InputThatAnOperatorOfTheHostSetsOnTheWayIsReadBehindIt) {
+    const DoubleVector vOne{1.0}, vTwo{2.0};
+    const auto pX = variable("x");
+    const auto pY = variable("y");
+    CountedGraph::set(pX, vOne);
+    CountedGraph::set(pY, vOne);
+    const auto pFirst = CountedGraph::operatorOver(Node(pX), Node(constant({0.0})));
+    const auto pSecond = CountedGraph::operatorOver(Node(pY), Node(constant({0.0})));
+    const auto pTop = CountedGraph::operatorOver(Node(pFirst), Node(pSecond));
+    pTop->seal();
+    for (int iFrame = 0; iFrame != 8; ++iFrame) {
+        const DoubleVector& vValue = iFrame % 2 == 0 ? vOne : vTwo;
+        pFirst->m_OnCalculation = [&] { CountedGraph::set(pY, vValue); };
+        CountedGraph::set(pX, vValue);
+        const double dValue = *vValue.begin();
+        EXPECT_EQ(evaluated(*pTop), (Values{dValue, 0, dValue, 0})) << iFrame;
+        EXPECT_TRUE(pSecond->isValid());
+    }
+    pFirst->m_OnCalculation = nullptr;
 }
 
 TEST_F(SealedPlanGraphTest, FailingNodeIsTriedForEachReader) {

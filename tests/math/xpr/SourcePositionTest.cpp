@@ -41,6 +41,20 @@ TEST(SourcePositionTest, NodeTellsWhatWasSetLast) {
     EXPECT_STREQ(pNode->getSourceInfo(), "");
 }
 
+TEST(SourcePositionTest, NodeMayBeGivenItsOwnText) {
+    const Handle<VariableImpl> pNode(new VariableImpl);
+    pNode->setSourceInfo("by hand");
+    pNode->setSourceInfo(pNode->getSourceInfo());
+    EXPECT_STREQ(pNode->getSourceInfo(), "by hand");
+    pNode->setSourceInfo(pNode->getSourceInfo() + 3);
+    EXPECT_STREQ(pNode->getSourceInfo(), "hand");
+    pNode->copySourceInfo(*pNode);
+    EXPECT_STREQ(pNode->getSourceInfo(), "hand");
+    pNode->setSourceInfo(place(3));
+    pNode->copySourceInfo(*pNode);
+    EXPECT_EQ(pNode->getSourceInfo(), place(3).getText());
+}
+
 TEST(SourcePositionTest, OutlivesTheNodeThatItWasCopiedFrom) {
     const Handle<VariableImpl> pCopy(new VariableImpl);
     const Handle<VariableImpl> pOther(new VariableImpl);
