@@ -32,6 +32,7 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
     m_vJoints.clear();
     m_vPending.clear();
     m_vBehind.clear();
+    m_bOthers = false;
     for (const Index uiNode : in_Needs.m_vOrder) {
         const Step& step = inout_Plan.m_vSteps[uiNode];
         if (inout_Plan.wasValid(uiNode)) {
@@ -45,6 +46,7 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         // variable isn't valid ahead of the operator whose value it has.
         if (!inout_Plan.isSilent(uiNode)) {
             flush(inout_Plan);
+            m_bOthers = true;
         }
         const bool bBehind = step.m_eKind == Kind::Forward &&
                              isOperator(sourceOf(inout_Plan, step.m_uiFirst).m_eKind);
@@ -268,7 +270,7 @@ SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan,
             continue;
         }
         const Joint& joint = m_vJoints[uiItem - uiSteps];
-        if (isBegun(inout_Plan, joint) || !computeJoint(inout_Plan, joint)) {
+        if ((m_bOthers && isBegun(inout_Plan, joint)) || !computeJoint(inout_Plan, joint)) {
             const Index uiFailed = computeOneByOne(inout_Plan, joint);
             if (uiFailed != PassedOver) {
                 return uiFailed;

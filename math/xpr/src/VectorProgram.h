@@ -67,6 +67,8 @@ private:
     /// Nodes, and behind their numbers those of the joints.
     std::vector<Index> m_vItems;
     std::vector<Joint> m_vJoints;
+    /// Are there other nodes than operators and what they read?
+    bool m_bOthers = false;
     /// Operators that wait for others to be joined with, while the program is made.
     std::vector<Index> m_vPending;
     /// Variables that wait for an operator's value.

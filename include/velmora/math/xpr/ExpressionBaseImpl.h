@@ -264,6 +264,17 @@ private:
     std::uint32_t m_uiWalkPlace = 0;
     std::uint32_t m_uiPlanIndex = 0;
     ParentList m_Parents;
+    bool m_bSealed = false;
+    std::uint8_t m_bValid = 0;
+    LimitedObjPtr<DoubleVector> m_pValue;
+    /// The next node of a running invalidation: a list through the nodes needs neither the stack
+    /// nor memory, however deep the graph.
+    ExpressionBaseImpl* m_pNextInvalid = nullptr;
+    /// Where the validity flag is: in the node, or side by side with those of its plan.
+    std::uint8_t* m_pValid = &m_bValid;
+    std::shared_ptr<SealedPlan> m_pPlan;
+
+    // What frames and walks don't touch.
     SourcePosition m_Position;
     /// What few nodes have; null for the others.
     struct Labels {
@@ -274,15 +285,6 @@ private:
     };
     Labels& labels() const;
     mutable std::unique_ptr<Labels> m_pLabels;
-    bool m_bSealed = false;
-    std::uint8_t m_bValid = 0;
-    LimitedObjPtr<DoubleVector> m_pValue;
-    /// The next node of a running invalidation: a list through the nodes needs neither the stack
-    /// nor memory, however deep the graph.
-    ExpressionBaseImpl* m_pNextInvalid = nullptr;
-    /// Where the validity flag is: in the node, or side by side with those of its plan.
-    std::uint8_t* m_pValid = &m_bValid;
-    std::shared_ptr<SealedPlan> m_pPlan;
 };
 
 } // namespace Velmora::Math::Xpr
