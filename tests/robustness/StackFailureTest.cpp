@@ -15,8 +15,6 @@
 #include <utility>
 #include <vector>
 
-#include <pthread.h>
-
 #include <velmora/DeepCall.h>
 #include <velmora/math/xpr/Evaluator.h>
 #include <velmora/math/xpr/Variable.h>
@@ -26,6 +24,7 @@
 #include "robustness/Stacks.h"
 #include "support/AssertionCapture.h"
 #include "support/LinkBench.h"
+#include "support/StackThread.h"
 
 namespace Velmora::Testing {
 
@@ -33,23 +32,6 @@ namespace {
 
 using Math::DoubleVector;
 using namespace Math::Xpr;
-
-constexpr std::size_t SmallStack = std::size_t(256) * 1024;
-
-/// Calls the function on a thread of its own with a small stack.
-void runOnSmallThread(std::function<void()> in_Function) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, SmallStack);
-    pthread_t thread;
-    const auto run = [](void* in_pFunction) -> void* {
-        (*static_cast<std::function<void()>*>(in_pFunction))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &in_Function), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 std::string repeated(const std::string& in_strText, std::size_t in_uiCount) {
     std::string strResult;
@@ -164,7 +146,7 @@ protected:
         auto pHost = std::make_unique<Host>(GetParam());
         Host& host = *pHost;
         for (std::size_t ui = 0; ui != steps().size(); ++ui) {
-            runOnSmallThread([&] {
+            runOnStack(SmallStack, [&] {
                 if (ui == in_uiFailing && isDone(steps()[ui], host, in_uiOthers)) {
                     return;
                 }
@@ -174,7 +156,7 @@ protected:
             });
         }
         m_vValues = host.takeValues();
-        runOnSmallThread([&] {
+        runOnStack(SmallStack, [&] {
             // A destructor couldn't say that there is none.
             Stacks::refuseBehind(0);
             pHost.reset();
@@ -275,7 +257,7 @@ TEST(DeepCallFailureTest, FailureOnAFurtherStackComesThroughAllThatWereThere) {
     GTEST_SKIP() << "what the thread sanitizer keeps on a small stack leaves too little of it";
 #endif
     static constexpr std::size_t Levels = 10000;
-    runOnSmallThread([] {
+    runOnStack(SmallStack, [] {
         Stacks::refuseBehind(2);
         EXPECT_THROW(descend(Levels), std::bad_alloc);
         EXPECT_FALSE(DeepCall::isStackLow());

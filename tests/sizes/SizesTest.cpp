@@ -14,7 +14,6 @@
 #include <string>
 #include <vector>
 
-#include <pthread.h>
 #include <sys/resource.h>
 
 #include <gmock/gmock.h>
@@ -23,6 +22,7 @@
 #include <velmora/ParameterTrie.h>
 
 #include "support/LogCapture.h"
+#include "support/StackThread.h"
 
 namespace {
 
@@ -83,17 +83,7 @@ protected:
             in_Function();
             return;
         }
-        pthread_attr_t attributes;
-        pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, GetParam());
-        pthread_t thread;
-        const auto run = [](void* in_pFunction) -> void* {
-            (*static_cast<std::function<void()>*>(in_pFunction))();
-            return nullptr;
-        };
-        ASSERT_EQ(pthread_create(&thread, &attributes, run, &in_Function), 0);
-        pthread_join(thread, nullptr);
-        pthread_attr_destroy(&attributes);
+        Testing::runOnStack(GetParam(), std::move(in_Function));
     }
 
     static bool load(Evaluator& inout_Evaluator, const std::string& in_strScript) {

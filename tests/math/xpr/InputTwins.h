@@ -7,7 +7,10 @@
 
 #include <velmora/math/xpr/Variable.h>
 
+#include <gtest/gtest.h>
+
 #include "math/xpr/PlanTwins.h"
+#include "support/AllocationCounter.h"
 
 /// Twins of a script with inputs, which are called by their number.
 class InputTwins {
@@ -96,3 +99,28 @@ private:
     std::vector<Velmora::Handle<Velmora::Math::Xpr::Variable>> m_vVariables;
     Velmora::LimitedObjPtr<Velmora::Math::DoubleVector> m_pValue;
 };
+
+/// Evaluates six frames with two values of the first input, of which the first three set the second
+/// and third input too, behind one evaluation that may allocate.
+inline void expectNoAllocations(InputFeature& inout_Feature,
+                                const Velmora::Math::DoubleVector& in_vOne,
+                                const Velmora::Math::DoubleVector& in_vOther,
+                                const Velmora::Math::DoubleVector& in_vSecond,
+                                const Velmora::Math::DoubleVector& in_vThird) {
+    const auto evaluateFrame = [&](int in_iFrame) {
+        inout_Feature.set(0, in_iFrame % 2 == 0 ? in_vOne : in_vOther);
+        if (in_iFrame < 3) {
+            inout_Feature.set(1, in_vSecond);
+            inout_Feature.set(2, in_vThird);
+        }
+        return inout_Feature.evaluate();
+    };
+    ASSERT_TRUE(evaluateFrame(0));
+    const Velmora::Testing::AllocationCounter counter;
+    bool bEvaluated = true;
+    for (int iFrame = 0; iFrame != 6; ++iFrame) {
+        bEvaluated = evaluateFrame(iFrame) && bEvaluated;
+    }
+    EXPECT_EQ(counter.allocations(), 0u);
+    EXPECT_TRUE(bEvaluated);
+}

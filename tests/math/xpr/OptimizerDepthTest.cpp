@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <cmath>
 #include <functional>
 #include <sstream>
@@ -15,6 +13,7 @@
 
 #include "support/GraphTest.h"
 #include "support/LinkBench.h"
+#include "support/StackThread.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -24,21 +23,6 @@ namespace {
 
 constexpr std::size_t SmallStack = std::size_t(256) << 10;
 constexpr std::size_t UsualStack = std::size_t(8) << 20;
-
-/// Calls the function on a thread with that much stack.
-void runWithStack(std::size_t in_uiStackSize, std::function<void()> in_Function) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, in_uiStackSize), 0);
-    pthread_t thread;
-    const auto run = [](void* in_pFunction) -> void* {
-        (*static_cast<std::function<void()>*>(in_pFunction))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &in_Function), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 /// Definitions of x0 to x(n - 1) made line by line, in the order of their numbers or the reverse.
 class Definitions {
@@ -86,7 +70,7 @@ protected:
     /// Loads the definitions, links, configures, evaluates frames, resets and destroys, all on one
     /// thread.
     static void runOptimised(const Definitions& in_Definitions, const Expected& in_Expected) {
-        runWithStack(GetParam().m_uiStack, [&] {
+        runOnStack(GetParam().m_uiStack, [&] {
             Evaluator evaluator;
             load(evaluator, in_Definitions, true);
             computeFrames(evaluator, in_Definitions.count(), in_Expected);
@@ -95,7 +79,7 @@ protected:
 
     /// The same in both modes, and with a copy.
     static void runInEveryMode(const Definitions& in_Definitions, const Expected& in_Expected) {
-        runWithStack(GetParam().m_uiStack, [&] {
+        runOnStack(GetParam().m_uiStack, [&] {
             for (const bool bOptimise : {false, true}) {
                 Evaluator evaluator;
                 load(evaluator, in_Definitions, bOptimise);

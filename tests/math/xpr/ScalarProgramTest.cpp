@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include "math/xpr/InputTwins.h"
-#include "support/AllocationCounter.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -240,23 +239,7 @@ TEST(ScalarProgramTest, DivisionByZeroLeavesTheOperatorsValueAndIsReported) {
 
 TEST(ScalarProgramTest, NothingAllocatesBehindTheFirstFrame) {
     InputFeature feature = makeFeature("(a + b) * (a - c) / b + a");
-    const auto computeFrames = [&] {
-        for (int iFrame = 0; iFrame != 6; ++iFrame) {
-            feature.set(0, iFrame % 2 == 0 ? vTwo : vThree);
-            if (iFrame < 3) {
-                feature.set(1, vTwo);
-                feature.set(2, vThree);
-            }
-            ASSERT_TRUE(feature.evaluate());
-        }
-    };
-    feature.set(0, vTwo);
-    feature.set(1, vTwo);
-    feature.set(2, vThree);
-    ASSERT_TRUE(feature.evaluate());
-    const Testing::AllocationCounter counter;
-    computeFrames();
-    EXPECT_EQ(counter.allocations(), 0u);
+    expectNoAllocations(feature, vTwo, vThree, vTwo, vThree);
 }
 
 } // namespace

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <functional>
 #include <streambuf>
 #include <string>
@@ -12,6 +10,7 @@
 
 #include "math/xpr/ParsedScript.h"
 #include "support/LogCapture.h"
+#include "support/StackThread.h"
 
 namespace {
 
@@ -84,22 +83,11 @@ TEST_P(NestingTest, IsRefusedBeyondTheLimitWithItsPlace) {
 }
 
 TEST_P(NestingTest, GoesOnOnASmallStack) {
-    std::function<void()> read = [] {
+    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    runOnStack(SmallStack, [] {
         EXPECT_FALSE(ParsedScript(GetParam().script(ScriptParser::MaxNesting)).failed);
         EXPECT_TRUE(ParsedScript(GetParam().script(ScriptParser::MaxNesting + 1)).failed);
-    };
-    const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 256 * 1024);
-    pthread_t thread;
-    const auto run = [](void* in_pFunction) -> void* {
-        (*static_cast<std::function<void()>*>(in_pFunction))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &read), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    });
 }
 
 TEST_P(NestingTest, EndsSoonWhenNothingIsClosed) {
