@@ -97,6 +97,10 @@ bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
 
 bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
     if (m_pPlan != nullptr) {
+        if (m_uiPlanIndex != SealedPlan::PassedOver && m_pPlan->computeOne(m_uiPlanIndex)) {
+            out = m_pValue;
+            return true;
+        }
         return evaluateSealed(out);
     }
     if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {
@@ -492,10 +496,14 @@ void ExpressionBaseImpl::invalidate_i() {
     if (!isValid()) {
         return;
     }
-    if (m_pPlan != nullptr && m_uiPlanIndex != SealedPlan::PassedOver &&
-        m_pPlan->invalidate(m_uiPlanIndex)) {
-        return;
+    if (m_pPlan == nullptr || m_uiPlanIndex == SealedPlan::PassedOver ||
+        !m_pPlan->invalidate(m_uiPlanIndex)) {
+        invalidateTheLongWay();
     }
+}
+
+/// Climbs from parent to parent.
+void ExpressionBaseImpl::invalidateTheLongWay() {
     *m_pValid = 0;
     m_pNextInvalid = nullptr;
     ExpressionBaseImpl* pPending = this;

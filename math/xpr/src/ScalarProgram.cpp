@@ -44,6 +44,8 @@ void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
                       [&](Index in_uiNode) { append(inout_Plan, in_uiNode); });
         m_uiChain = findChain();
         std::sort(m_vOwn.begin(), m_vOwn.end(), std::less<>());
+        m_pFirstOwn = m_vOwn.empty() ? nullptr : m_vOwn.front();
+        m_pLastOwn = m_vOwn.empty() ? nullptr : m_vOwn.back();
         listFetches(inout_Plan);
     }
 }
@@ -128,21 +130,22 @@ void SealedPlan::ScalarProgram::listFetches(const SealedPlan& in_Plan) {
     }
     for (std::size_t ui = 0; ui != m_vInputs.size(); ++ui) {
         if (m_vElements[ui] != 0.0 || !in_Plan.wasValid(m_vInputs[ui])) {
-            m_vFetches.push_back({m_vInputs[ui], &m_vElements[ui]});
+            m_vFetches.push_back({&in_Plan.m_vSteps[m_vInputs[ui]], &m_vElements[ui]});
         }
     }
 }
 
 bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs) const {
     readInputs(inout_Plan);
-    if (!fetchElements(inout_Plan) || !compute()) {
+    if (!fetchElements() || !compute()) {
         for (const Index uiInput : m_vNew) {
             *inout_Plan.flagOf(uiInput) = 1;
         }
         return false;
     }
     for (const Index uiForward : m_vForwards) {
-        inout_Plan.passOn(inout_Plan.m_vSteps[uiForward]);
+        Step& forward = inout_Plan.m_vSteps[uiForward];
+        passOn(forward, inout_Plan.m_vSteps[forward.m_uiFirst]);
     }
     Flags* const pValid = inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
     const Flags* const pFlags = in_Needs.m_vFlags.data();
@@ -160,24 +163,23 @@ void SealedPlan::ScalarProgram::readInputs(SealedPlan& inout_Plan) const {
     }
 }
 
+/// What the host owns is seldom between the nodes.
+inline bool SealedPlan::ScalarProgram::isResult(const DoubleVector* in_pVector) const {
+    const std::less<const DoubleVector*> isBefore;
+    return !isBefore(in_pVector, m_pFirstOwn) && !isBefore(m_pLastOwn, in_pVector) &&
+           std::binary_search(m_vOwn.begin(), m_vOwn.end(), in_pVector, isBefore);
+}
+
 /// False if one isn't a scalar, or is a result.
-bool SealedPlan::ScalarProgram::fetchElements(const SealedPlan& in_Plan) const {
+bool SealedPlan::ScalarProgram::fetchElements() const {
     for (const Fetch& fetch : m_vFetches) {
-        const DoubleVector* const pVector = in_Plan.m_vSteps[fetch.m_uiInput].m_pVector;
+        const DoubleVector* const pVector = fetch.m_pInput->m_pVector;
         if (pVector == nullptr || pVector->size() != 1 || isResult(pVector)) {
             return false;
         }
         *fetch.m_pElement = *pVector->begin();
     }
     return true;
-}
-
-/// What the host owns is seldom between the nodes.
-bool SealedPlan::ScalarProgram::isResult(const DoubleVector* in_pVector) const {
-    const std::less<const DoubleVector*> isBefore;
-    return !m_vOwn.empty() && !isBefore(in_pVector, m_vOwn.front()) &&
-           !isBefore(m_vOwn.back(), in_pVector) &&
-           std::binary_search(m_vOwn.begin(), m_vOwn.end(), in_pVector, isBefore);
 }
 
 /// False for a division by zero.

@@ -50,7 +50,7 @@ private:
 
     /// An input, and where its element is put.
     struct Fetch {
-        Index m_uiInput;
+        const Step* m_pInput;
         double* m_pElement;
     };
 
@@ -59,7 +59,7 @@ private:
     void append(const SealedPlan& in_Plan, Index in_uiNode);
     void listFetches(const SealedPlan& in_Plan);
     void readInputs(SealedPlan& inout_Plan) const;
-    bool fetchElements(const SealedPlan& in_Plan) const;
+    bool fetchElements() const;
     bool isResult(const DoubleVector* in_pVector) const;
     std::size_t findChain() const;
     bool compute() const;
@@ -79,6 +79,8 @@ private:
     std::vector<Index> m_vForwards;
     /// The vectors of the results, in the order of their addresses.
     std::vector<const DoubleVector*> m_vOwn;
+    const DoubleVector* m_pFirstOwn = nullptr;
+    const DoubleVector* m_pLastOwn = nullptr;
     /// The nodes of the operations.
     std::vector<Index> m_vNodes;
     bool m_bUsable = false;

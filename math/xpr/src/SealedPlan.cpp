@@ -148,36 +148,33 @@ void SealedPlan::leave() {
 
 /// Computes what isn't valid. Returns the node that failed, or `PassedOver`.
 SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
-    Index uiFailed = PassedOver;
     const std::size_t uiEvaluation = ++m_uiEvaluations;
-    if (Program* const pProgram = inout_Needs.findProgram(*this); pProgram != nullptr) {
-        uiFailed = computeByProgram(*pProgram, inout_Needs);
-    } else {
-        remember(inout_Needs.m_Set);
-        uiFailed = computeByNodes(inout_Needs);
-        // What another evaluation has remembered on the way isn't how this one began, and the
-        // program that goes on further out stays.
-        if (uiFailed == PassedOver && uiEvaluation == m_uiEvaluations &&
-            !inout_Needs.m_Programs.empty() && !inout_Needs.m_bRunning) {
-            makeProgram(inout_Needs);
-        }
-    }
+    remember(inout_Needs.m_Set);
+    const Index uiFailed = computeByNodes(inout_Needs);
     if (uiFailed != PassedOver) {
         takeBack(inout_Needs, uiFailed);
+    } else if (uiEvaluation == m_uiEvaluations && !inout_Needs.m_Programs.empty() &&
+               !inout_Needs.m_bRunning) {
+        // What another evaluation has remembered on the way isn't how this one began, and the
+        // program that goes on further out stays.
+        makeProgram(inout_Needs);
     }
     return uiFailed;
 }
 
-SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Needs& inout_Needs) {
+/// The same where what is valid, and what is scalar, is as it was when the program was made.
+SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program, Needs& inout_Needs) {
+    ++m_uiEvaluations;
     Index uiFailed = PassedOver;
-    if (!inout_Program.m_Scalars.isUsable()) {
+    if (!in_Program.m_Scalars.isUsable()) {
         const Needs::Running running(inout_Needs);
-        uiFailed = inout_Program.m_Vectors.run(*this, inout_Needs);
-    } else if (!inout_Program.m_Scalars.run(*this, inout_Needs)) {
+        uiFailed = in_Program.m_Vectors.run(*this, inout_Needs);
+    } else if (!in_Program.m_Scalars.run(*this, inout_Needs)) {
         uiFailed = computeByNodes(inout_Needs);
     }
     if (uiFailed != PassedOver) {
-        inout_Program.m_Pattern.remember(*this, inout_Needs);
+        in_Program.m_Pattern.remember(*this, inout_Needs);
+        takeBack(inout_Needs, uiFailed);
     }
     return uiFailed;
 }

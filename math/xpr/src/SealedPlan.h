@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include <velmora/math/DoubleVector.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
 #include "FailedTries.h"
@@ -58,6 +59,10 @@ public:
     /// the caller takes the long way then, which finds valid what was computed ahead of that.
     /// `out_bSuccess` is what the evaluation returns.
     bool evaluate(Index in_uiNode, bool& out_bSuccess);
+
+    /// Computes a variable that is one operation on scalars, as features are that scale a common
+    /// one. False, and nothing has happened, for all else.
+    bool computeOne(Index in_uiNode);
 
     /// Clears the flag of the node and of all that reads it. False, and nothing has happened, if
     /// the plan can't.
@@ -149,6 +154,8 @@ private:
         bool m_bPlanned = false;
         /// Does the operator lack the pointers that it would have read through?
         bool m_bAhead = false;
+        /// Is this a planned variable whose value is the sum, difference or product below it?
+        bool m_bOneOperation = false;
         /// Evaluations during which nobody looks whether all that isn't valid is near this node.
         std::uint8_t m_uiFar = 0;
     };
@@ -189,15 +196,14 @@ private:
 
     bool compute(Step& inout_Step);
     static void readInput(Step& inout_Step);
-    void passOn(Step& inout_Step) const {
-        const DoubleVector* const pVector = m_vSteps[inout_Step.m_uiFirst].m_pVector;
+    static void passOn(Step& inout_Step, const Step& in_From) {
+        const DoubleVector* const pVector = in_From.m_pVector;
         if (inout_Step.m_pVector != pVector) {
             inout_Step.m_pVector = pVector;
             inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
         }
     }
-    bool computeOne(Index in_uiNode);
-    bool computeScalar(Step& inout_Step) const;
+    static bool computeScalar(Step& inout_Step, const Step* in_pSteps);
     bool computeOperator(Step& inout_Step);
     bool computeAgain(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
@@ -205,14 +211,22 @@ private:
                              const DoubleVector& in_Right, DoubleVector& out);
     void lookAtAll();
     void look(Step& inout_Step);
-    static const double* findScalar(const Step& in_Step);
+    /// The element of a value of one element; null for others.
+    static const double* findScalar(const Step& in_Step) {
+        if (in_Step.m_pScalar != nullptr) {
+            return in_Step.m_pScalar;
+        }
+        const DoubleVector* const pVector = in_Step.m_pVector;
+        return pVector != nullptr && pVector->size() == 1 ? pVector->begin() : nullptr;
+    }
     void setScalar(Step& inout_Step, double* in_pScalar);
     void noteConstant(Step& inout_Step);
     void leave();
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
-    Index computeByProgram(Program& inout_Program, Needs& inout_Needs);
+    bool computeWithoutProgram(Index in_uiNode, Index& out_uiFailed);
+    Index computeByProgram(const Program& in_Program, Needs& inout_Needs);
     Index computeByNodes(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
     void makeRoomForPrograms(Needs& inout_Needs);

@@ -156,6 +156,8 @@ void SealedPlan::Builder::append(const Place& in_Place) {
         step.m_uiFirst = placeOf(in_Place.m_uiInputs);
         step.m_uiSecond = placeOf(in_Place.m_uiInputsEnd - 1);
         step.m_eKind = kindOf(node);
+        step.m_bOneOperation = step.m_bPlanned && step.m_eKind == Kind::Forward &&
+                               m_Plan.m_vSteps[step.m_uiFirst].m_eKind <= Kind::Multiply;
     }
     node.m_uiWalkPlace = uiOwn;
     m_Plan.m_vSteps.push_back(step);

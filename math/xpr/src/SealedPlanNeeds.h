@@ -60,12 +60,13 @@ struct SealedPlan::Needs {
     std::size_t m_uiNext = 0;
 
     /// The program for the plan's scalars and flags; null if there is none.
-    Program* findProgram(const SealedPlan& in_Plan) {
-        const auto ite =
-            std::find_if(m_Programs.begin(), m_Programs.end(), [&](const Program& in_Program) {
-                return in_Program.m_Pattern.fits(in_Plan, *this);
-            });
-        return ite == m_Programs.end() ? nullptr : &*ite;
+    const Program* findProgram(const SealedPlan& in_Plan) const {
+        for (const Program& program : m_Programs) {
+            if (program.m_Pattern.fits(in_Plan, *this)) {
+                return &program;
+            }
+        }
+        return nullptr;
     }
 };
 

@@ -108,22 +108,13 @@ bool SealedPlan::computeVectors(Step& inout_Step) {
     return bComputed;
 }
 
-/// The element of a value of one element; null for others.
-const double* SealedPlan::findScalar(const Step& in_Step) {
-    if (in_Step.m_pScalar != nullptr) {
-        return in_Step.m_pScalar;
-    }
-    const DoubleVector* const pVector = in_Step.m_pVector;
-    return pVector != nullptr && pVector->size() == 1 ? pVector->begin() : nullptr;
-}
-
 /// A scalar that stays one is written in its place. False, and nothing has happened, for all else.
-inline bool SealedPlan::computeScalar(Step& inout_Step) const {
+inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
     if (inout_Step.m_pScalar == nullptr || inout_Step.m_eKind > Kind::Multiply) {
         return false;
     }
-    const double* const pFirst = findScalar(m_vSteps[inout_Step.m_uiFirst]);
-    const double* const pSecond = findScalar(m_vSteps[inout_Step.m_uiSecond]);
+    const double* const pFirst = findScalar(in_pSteps[inout_Step.m_uiFirst]);
+    const double* const pSecond = findScalar(in_pSteps[inout_Step.m_uiSecond]);
     if (pFirst == nullptr || pSecond == nullptr) {
         return false;
     }
@@ -174,7 +165,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
         noteConstant(inout_Step);
         return true;
     case Kind::Forward:
-        passOn(inout_Step);
+        passOn(inout_Step, m_vSteps[inout_Step.m_uiFirst]);
         return true;
     default:
         return computeOperator(inout_Step);
@@ -183,7 +174,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
 
 bool SealedPlan::step(Index in_uiNode) {
     Step& step = m_vSteps[in_uiNode];
-    if (!computeScalar(step) && !compute(step)) {
+    if (!computeScalar(step, m_vSteps.data()) && !compute(step)) {
         noteFailure();
         return false;
     }
@@ -224,21 +215,23 @@ SealedPlan::Index SealedPlan::computeBehind(const Needs& in_Needs, Index in_uiNo
     return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
 }
 
-/// Computes a variable that is one operation on scalars, as features are that scale a common one.
-/// False, and nothing has happened, for all else.
-inline bool SealedPlan::computeOne(Index in_uiNode) {
-    Step& variable = m_vSteps[in_uiNode];
-    if (variable.m_eKind != Kind::Forward || isValid(variable.m_uiFirst)) {
+bool SealedPlan::computeOne(Index in_uiNode) {
+    // Flags are bytes, which may be anything to a compiler: it would look for both after each.
+    Step* const pSteps = m_vSteps.data();
+    std::uint8_t* const pValid = flagOf(0);
+    Step& variable = pSteps[in_uiNode];
+    const Index uiOperation = variable.m_uiFirst;
+    if (!variable.m_bOneOperation || pValid[uiOperation] != 0 || !m_bUsable || !m_bIntact) {
         return false;
     }
-    Step& operation = m_vSteps[variable.m_uiFirst];
-    if (operation.m_eKind > Kind::Multiply || !isValid(operation.m_uiFirst) ||
-        !isValid(operation.m_uiSecond) || !computeScalar(operation)) {
+    Step& operation = pSteps[uiOperation];
+    if (pValid[operation.m_uiFirst] == 0 || pValid[operation.m_uiSecond] == 0 ||
+        !computeScalar(operation, pSteps)) {
         return false;
     }
-    *flagOf(variable.m_uiFirst) = 1;
-    passOn(variable);
-    *flagOf(in_uiNode) = 1;
+    passOn(variable, operation);
+    pValid[uiOperation] = 1;
+    pValid[in_uiNode] = 1;
     return true;
 }
 
@@ -295,15 +288,29 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
         return false;
     }
-    if (computeOne(in_uiNode)) {
-        out_bSuccess = true;
-        return true;
+    Needs* const pNeeds = m_vNeeds[in_uiNode].get();
+    const Program* const pProgram = pNeeds == nullptr ? nullptr : pNeeds->findProgram(*this);
+    Index uiFailed = PassedOver;
+    if (pProgram != nullptr) {
+        uiFailed = computeByProgram(*pProgram, *pNeeds);
+    } else if (!computeWithoutProgram(in_uiNode, uiFailed)) {
+        return false;
     }
+    out_bSuccess = uiFailed == PassedOver;
+    if (!out_bSuccess) {
+        // The long way goes on from here: the reader that needs this node is the first that the
+        // recursion comes to.
+        m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
+    }
+    return out_bSuccess || uiFailed == in_uiNode;
+}
+
+/// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
+bool SealedPlan::computeWithoutProgram(Index in_uiNode, Index& out_uiFailed) {
     Step& step = m_vSteps[in_uiNode];
     bool bIsNear = false;
-    Index uiFailed = PassedOver;
     if (step.m_uiFar == 0) {
-        uiFailed = computeNear(in_uiNode, bIsNear);
+        out_uiFailed = computeNear(in_uiNode, bIsNear);
     }
     if (!bIsNear) {
         // What was far is likely to be far in the next frame too.
@@ -313,15 +320,9 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
         if (pNeeds == nullptr) {
             return false;
         }
-        uiFailed = computeNeeds(*pNeeds);
+        out_uiFailed = computeNeeds(*pNeeds);
     }
-    out_bSuccess = uiFailed == PassedOver;
-    if (!out_bSuccess) {
-        // The long way goes on from here: the reader that needs this node is the first that the
-        // recursion comes to.
-        m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
-    }
-    return out_bSuccess || uiFailed == in_uiNode;
+    return true;
 }
 
 } // namespace Velmora::Math::Xpr

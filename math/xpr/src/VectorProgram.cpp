@@ -50,9 +50,23 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         }
         const bool bBehind = step.m_eKind == Kind::Forward &&
                              isOperator(sourceOf(inout_Plan, step.m_uiFirst).m_eKind);
-        (bBehind ? m_vBehind : m_vItems).push_back(uiNode);
+        if (bBehind) {
+            m_vBehind.push_back(uiNode);
+        } else {
+            appendNode(inout_Plan, uiNode);
+        }
     }
     flush(inout_Plan);
+}
+
+void SealedPlan::VectorProgram::appendNode(SealedPlan& inout_Plan, Index in_uiNode) {
+    Item item;
+    item.m_uiNode = in_uiNode;
+    item.m_pStep = &inout_Plan.m_vSteps[in_uiNode];
+    if (item.m_pStep->m_eKind == Kind::Forward) {
+        item.m_pFrom = &inout_Plan.m_vSteps[item.m_pStep->m_uiFirst];
+    }
+    m_vItems.push_back(item);
 }
 
 /// Where the value of a node comes from, which may be a variable that passes it on.
@@ -70,15 +84,19 @@ void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
         Joint joint;
         const std::size_t uiJoined = findJoint(inout_Plan, ui, joint);
         if (uiJoined != 0 && m_vJoints.size() != m_vJoints.capacity()) {
-            m_vItems.push_back(static_cast<Index>(inout_Plan.m_vSteps.size() + m_vJoints.size()));
+            Item item;
+            item.m_uiJoint = static_cast<Index>(m_vJoints.size());
+            m_vItems.push_back(item);
             m_vJoints.push_back(joint);
             ui += uiJoined;
         } else {
-            m_vItems.push_back(m_vPending[ui++]);
+            appendNode(inout_Plan, m_vPending[ui++]);
         }
     }
     m_vPending.clear();
-    m_vItems.insert(m_vItems.end(), m_vBehind.begin(), m_vBehind.end());
+    for (const Index uiNode : m_vBehind) {
+        appendNode(inout_Plan, uiNode);
+    }
     m_vBehind.clear();
 }
 
@@ -93,17 +111,18 @@ std::size_t SealedPlan::VectorProgram::findJoint(SealedPlan& inout_Plan, std::si
         }
     } while (!findSum(inout_Plan, in_uiFirst, uiScaled, out_Joint));
     std::size_t uiJoined = uiScaled + 1;
-    const Part behind = findScaling(inout_Plan, in_uiFirst + uiJoined);
+    const Scaling behind = findScaling(inout_Plan, in_uiFirst + uiJoined);
     ScaledSum::Form form;
-    if (behind.m_pStep != nullptr && behind.m_pSource == out_Joint.m_Sum.m_pStep) {
-        out_Joint.m_Behind = behind;
-        form.m_eBehind = behind.m_pStep->m_eKind == Kind::Divide ? ScaledSum::Scale::Divide
-                                                                 : ScaledSum::Scale::Multiply;
+    if (behind.m_Part && behind.m_pSource == out_Joint.m_Sum.m_pStep) {
+        out_Joint.m_Behind = behind.m_Part;
+        form.m_eBehind = behind.m_Part.m_pStep->m_eKind == Kind::Divide
+                             ? ScaledSum::Scale::Divide
+                             : ScaledSum::Scale::Multiply;
         ++uiJoined;
     }
     form.m_bSubtract = out_Joint.m_Sum.m_pStep->m_eKind == Kind::Minus;
-    form.m_bScaleLeft = out_Joint.m_ScaledLeft.m_pStep != nullptr;
-    form.m_bScaleRight = out_Joint.m_ScaledRight.m_pStep != nullptr;
+    form.m_bScaleLeft = static_cast<bool>(out_Joint.m_ScaledLeft);
+    form.m_bScaleRight = static_cast<bool>(out_Joint.m_ScaledRight);
     out_Joint.m_Operation = ScaledSum(form);
     return uiJoined > 1 ? uiJoined : 0;
 }
@@ -116,38 +135,38 @@ bool SealedPlan::VectorProgram::findSum(SealedPlan& inout_Plan, std::size_t in_u
         return false;
     }
     const Index uiSum = m_vPending[in_uiFirst + in_uiScaled];
-    Step& sum = inout_Plan.m_vSteps[uiSum];
+    const Step& sum = inout_Plan.m_vSteps[uiSum];
     const Kind eKind = sum.m_eKind;
     if ((eKind != Kind::Plus && eKind != Kind::Minus) || sum.m_pScalar != nullptr) {
         return false;
     }
-    out_Joint.m_Sum = {uiSum, &sum, nullptr, nullptr, nullptr};
+    out_Joint.m_Sum = makePart(inout_Plan, uiSum, nullptr);
     out_Joint.m_pLeft = &inout_Plan.m_vSteps[sum.m_uiFirst];
     out_Joint.m_pRight = &inout_Plan.m_vSteps[sum.m_uiSecond];
     const Step* const pLeft = &sourceOf(inout_Plan, sum.m_uiFirst);
     const Step* const pRight = &sourceOf(inout_Plan, sum.m_uiSecond);
     for (std::size_t ui = in_uiFirst; ui != in_uiFirst + in_uiScaled; ++ui) {
-        const Part scaling = findScaling(inout_Plan, ui);
-        const bool bLeft = scaling.m_pStep == pLeft;
-        const bool bRight = scaling.m_pStep == pRight;
+        const Scaling scaling = findScaling(inout_Plan, ui);
+        const bool bLeft = scaling.m_Part.m_pStep == pLeft;
+        const bool bRight = scaling.m_Part.m_pStep == pRight;
         const bool bInOrder = in_uiScaled == 1 || bLeft == (ui == in_uiFirst);
-        if (scaling.m_pStep == nullptr || scaling.m_pStep->m_eKind != Kind::Multiply ||
+        if (!scaling.m_Part || scaling.m_Part.m_pStep->m_eKind != Kind::Multiply ||
             bLeft == bRight || !bInOrder) {
             return false;
         }
-        (bLeft ? out_Joint.m_ScaledLeft : out_Joint.m_ScaledRight) = scaling;
+        (bLeft ? out_Joint.m_ScaledLeft : out_Joint.m_ScaledRight) = scaling.m_Part;
         (bLeft ? out_Joint.m_pLeft : out_Joint.m_pRight) = scaling.m_pVector;
     }
     return true;
 }
 
 /// The operator at that place if it multiplies a vector by a scalar, or divides it; else none.
-SealedPlan::VectorProgram::Part
+SealedPlan::VectorProgram::Scaling
 SealedPlan::VectorProgram::findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const {
     if (in_uiPlace >= m_vPending.size()) {
         return {};
     }
-    Step& step = inout_Plan.m_vSteps[m_vPending[in_uiPlace]];
+    const Step& step = inout_Plan.m_vSteps[m_vPending[in_uiPlace]];
     const Step& first = inout_Plan.m_vSteps[step.m_uiFirst];
     const Step& second = inout_Plan.m_vSteps[step.m_uiSecond];
     const bool bByFirst = step.m_eKind == Kind::Multiply && findScalar(first) != nullptr;
@@ -157,8 +176,46 @@ SealedPlan::VectorProgram::findScaling(SealedPlan& inout_Plan, std::size_t in_ui
         return {};
     }
     const Index uiVector = bByFirst ? step.m_uiSecond : step.m_uiFirst;
-    return {m_vPending[in_uiPlace], &step, bByFirst ? &first : &second,
+    return {makePart(inout_Plan, m_vPending[in_uiPlace], bByFirst ? &first : &second),
             &inout_Plan.m_vSteps[uiVector], &sourceOf(inout_Plan, uiVector)};
+}
+
+SealedPlan::VectorProgram::Part SealedPlan::VectorProgram::makePart(SealedPlan& inout_Plan,
+                                                                    Index in_uiNode,
+                                                                    const Step* in_pFactor) {
+    Step& step = inout_Plan.m_vSteps[in_uiNode];
+    return {in_uiNode, &step, &static_cast<BinaryOperatorImplNoT&>(*step.m_pNode).m_Result,
+            in_pFactor};
+}
+
+/// Where the operator's result goes; null for one that the joint hasn't got. False if it isn't the
+/// value of a former frame, of that size.
+inline bool SealedPlan::VectorProgram::take(const Part& in_Part, std::size_t in_uiCount,
+                                            double*& out_pResult) {
+    if (!in_Part) {
+        return true;
+    }
+    out_pResult = in_Part.m_pResult->begin();
+    return in_Part.m_pStep->m_pVector == in_Part.m_pResult &&
+           in_Part.m_pResult->size() == in_uiCount;
+}
+
+inline bool SealedPlan::VectorProgram::takeFactor(const Part& in_Part, double& out_dFactor) {
+    if (!in_Part) {
+        return true;
+    }
+    const double* const pFactor = findScalar(*in_Part.m_pFactor);
+    if (pFactor != nullptr) {
+        out_dFactor = *pFactor;
+    }
+    return pFactor != nullptr;
+}
+
+inline void SealedPlan::VectorProgram::note(SealedPlan& inout_Plan, const Part& in_Part) {
+    if (in_Part) {
+        in_Part.m_pStep->m_bAhead = true;
+        *inout_Plan.flagOf(in_Part.m_uiNode) = 1;
+    }
 }
 
 /// False, and nothing has happened, if the operands or the results haven't the shapes for it.
@@ -173,27 +230,14 @@ bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint
     operands.m_uiCount = pLeft->size();
     operands.m_pLeft = pLeft->begin();
     operands.m_pRight = pRight->begin();
-    const auto take = [&](const Part& in_Part, double*& out_pResult, double& out_dFactor) {
-        if (in_Part.m_pStep == nullptr) {
-            return true;
-        }
-        DoubleVector& vResult =
-            static_cast<BinaryOperatorImplNoT&>(*in_Part.m_pStep->m_pNode).m_Result;
-        out_pResult = vResult.begin();
-        if (in_Part.m_pFactor != nullptr) {
-            const double* const pFactor = findScalar(*in_Part.m_pFactor);
-            if (pFactor == nullptr) {
-                return false;
-            }
-            out_dFactor = *pFactor;
-        }
-        return in_Part.m_pStep->m_pVector == &vResult && vResult.size() == operands.m_uiCount;
-    };
-    double dNone = 1.0;
-    if (!take(in_Joint.m_ScaledLeft, operands.m_pScaledLeft, operands.m_dLeftFactor) ||
-        !take(in_Joint.m_ScaledRight, operands.m_pScaledRight, operands.m_dRightFactor) ||
-        !take(in_Joint.m_Sum, operands.m_pSum, dNone) ||
-        !take(in_Joint.m_Behind, operands.m_pScaledSum, operands.m_dBehind)) {
+    const std::size_t uiCount = operands.m_uiCount;
+    if (!take(in_Joint.m_ScaledLeft, uiCount, operands.m_pScaledLeft) ||
+        !takeFactor(in_Joint.m_ScaledLeft, operands.m_dLeftFactor) ||
+        !take(in_Joint.m_ScaledRight, uiCount, operands.m_pScaledRight) ||
+        !takeFactor(in_Joint.m_ScaledRight, operands.m_dRightFactor) ||
+        !take(in_Joint.m_Sum, uiCount, operands.m_pSum) ||
+        !take(in_Joint.m_Behind, uiCount, operands.m_pScaledSum) ||
+        !takeFactor(in_Joint.m_Behind, operands.m_dBehind)) {
         return false;
     }
     // A host may set a result as an input. One by one, the operators would read what was just made.
@@ -205,30 +249,34 @@ bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint
         return false;
     }
     in_Joint.m_Operation.compute(operands);
-    for (const Part* pPart :
-         {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum, &in_Joint.m_Behind}) {
-        if (pPart->m_pStep != nullptr) {
-            pPart->m_pStep->m_bAhead = true;
-            *inout_Plan.flagOf(pPart->m_uiNode) = 1;
-        }
-    }
+    note(inout_Plan, in_Joint.m_ScaledLeft);
+    note(inout_Plan, in_Joint.m_ScaledRight);
+    note(inout_Plan, in_Joint.m_Sum);
+    note(inout_Plan, in_Joint.m_Behind);
     return true;
 }
 
 /// The short way to what isn't an operator.
-inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, Index in_uiNode) {
-    Step& step = inout_Plan.m_vSteps[in_uiNode];
-    if (step.m_eKind == Kind::Forward) {
-        inout_Plan.passOn(step);
-    } else if (step.m_eKind != Kind::Other) {
-        return inout_Plan.step(in_uiNode);
-    } else if (step.m_pNode->evaluate_i(step.m_pNode->m_pValue)) {
+inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const Item& in_Item) {
+    Step& step = *in_Item.m_pStep;
+    switch (step.m_eKind) {
+    case Kind::Forward:
+        passOn(step, *in_Item.m_pFrom);
+        break;
+    case Kind::Input:
+        readInput(step);
+        break;
+    case Kind::Other:
+        if (!step.m_pNode->evaluate_i(step.m_pNode->m_pValue)) {
+            inout_Plan.noteFailure();
+            return false;
+        }
         step.m_pVector = step.m_pNode->m_pValue.get();
-    } else {
-        inout_Plan.noteFailure();
-        return false;
+        break;
+    default:
+        return inout_Plan.step(in_Item.m_uiNode);
     }
-    *inout_Plan.flagOf(in_uiNode) = 1;
+    *inout_Plan.flagOf(in_Item.m_uiNode) = 1;
     return true;
 }
 
@@ -237,7 +285,7 @@ bool SealedPlan::VectorProgram::isBegun(const SealedPlan& in_Plan, const Joint& 
     const Part* const pParts[] = {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum,
                                   &in_Joint.m_Behind};
     return std::any_of(std::begin(pParts), std::end(pParts), [&](const Part* in_pPart) {
-        return in_pPart->m_pStep != nullptr && in_Plan.isValid(in_pPart->m_uiNode);
+        return *in_pPart && in_Plan.isValid(in_pPart->m_uiNode);
     });
 }
 
@@ -245,8 +293,7 @@ SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_P
                                                              const Joint& in_Joint) {
     for (const Part* pPart :
          {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum, &in_Joint.m_Behind}) {
-        if (pPart->m_pStep != nullptr && !inout_Plan.isValid(pPart->m_uiNode) &&
-            !inout_Plan.step(pPart->m_uiNode)) {
+        if (*pPart && !inout_Plan.isValid(pPart->m_uiNode) && !inout_Plan.step(pPart->m_uiNode)) {
             return pPart->m_uiNode;
         }
     }
@@ -255,26 +302,47 @@ SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_P
 
 SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan,
                                                  const Needs& in_Needs) const {
-    const std::size_t uiSteps = inout_Plan.m_vSteps.size();
-    const std::size_t uiInvalidations = inout_Plan.m_uiInvalidations;
-    for (const Index uiItem : m_vItems) {
-        if (uiItem < uiSteps) {
-            // A node of the host's may have evaluated others on the way.
-            if (!inout_Plan.isValid(uiItem) && !computeNode(inout_Plan, uiItem)) {
-                return uiItem;
-            }
-            // Or it may have set an input that is read behind it.
-            if (uiInvalidations != inout_Plan.m_uiInvalidations) {
-                return inout_Plan.computeBehind(in_Needs, uiItem);
+    return m_bOthers ? computeAmongOthers(inout_Plan, in_Needs) : computeAlone(inout_Plan);
+}
+
+SealedPlan::Index SealedPlan::VectorProgram::computeAlone(SealedPlan& inout_Plan) const {
+    for (const Item& item : m_vItems) {
+        if (item.m_pStep != nullptr) {
+            if (!computeNode(inout_Plan, item)) {
+                return item.m_uiNode;
             }
             continue;
         }
-        const Joint& joint = m_vJoints[uiItem - uiSteps];
-        if ((m_bOthers && isBegun(inout_Plan, joint)) || !computeJoint(inout_Plan, joint)) {
-            const Index uiFailed = computeOneByOne(inout_Plan, joint);
-            if (uiFailed != PassedOver) {
-                return uiFailed;
+        const Joint& joint = m_vJoints[item.m_uiJoint];
+        const Index uiFailed =
+            computeJoint(inout_Plan, joint) ? PassedOver : computeOneByOne(inout_Plan, joint);
+        if (uiFailed != PassedOver) {
+            return uiFailed;
+        }
+    }
+    return PassedOver;
+}
+
+/// A node of the host's may have evaluated others on the way, or have set an input that is read
+/// behind it.
+SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inout_Plan,
+                                                                const Needs& in_Needs) const {
+    const std::size_t uiInvalidations = inout_Plan.m_uiInvalidations;
+    for (const Item& item : m_vItems) {
+        if (item.m_pStep != nullptr) {
+            if (!inout_Plan.isValid(item.m_uiNode) && !computeNode(inout_Plan, item)) {
+                return item.m_uiNode;
             }
+            if (uiInvalidations != inout_Plan.m_uiInvalidations) {
+                return inout_Plan.computeBehind(in_Needs, item.m_uiNode);
+            }
+            continue;
+        }
+        const Joint& joint = m_vJoints[item.m_uiJoint];
+        const bool bJoined = !isBegun(inout_Plan, joint) && computeJoint(inout_Plan, joint);
+        const Index uiFailed = bJoined ? PassedOver : computeOneByOne(inout_Plan, joint);
+        if (uiFailed != PassedOver) {
+            return uiFailed;
         }
     }
     return PassedOver;

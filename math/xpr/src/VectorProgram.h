@@ -32,12 +32,20 @@ public:
     Index run(SealedPlan& inout_Plan, const Needs& in_Needs) const;
 
 private:
-    /// An operator of a joint, and what it scales if it does. Not every joint has all of them.
+    /// An operator of a joint, where its result stands, and what it scales by if it does. Not every
+    /// joint has all of them.
     struct Part {
         Index m_uiNode = PassedOver;
         Step* m_pStep = nullptr;
+        DoubleVector* m_pResult = nullptr;
         const Step* m_pFactor = nullptr;
-        /// What it reads, and where the value of that comes from.
+
+        explicit operator bool() const { return m_pStep != nullptr; }
+    };
+
+    /// An operator that scales, what it reads, and where the value of that comes from.
+    struct Scaling {
+        Part m_Part;
         const Step* m_pVector = nullptr;
         const Step* m_pSource = nullptr;
     };
@@ -53,19 +61,33 @@ private:
         ScaledSum m_Operation{ScaledSum::Form()};
     };
 
+    /// A node and, where it passes a value on, the one that has it; or the number of a joint.
+    struct Item {
+        Index m_uiNode = PassedOver;
+        Index m_uiJoint = PassedOver;
+        Step* m_pStep = nullptr;
+        const Step* m_pFrom = nullptr;
+    };
+
+    void appendNode(SealedPlan& inout_Plan, Index in_uiNode);
     void flush(SealedPlan& inout_Plan);
     std::size_t findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst, Joint& out_Joint) const;
     bool findSum(SealedPlan& inout_Plan, std::size_t in_uiFirst, std::size_t in_uiScaled,
                  Joint& out_Joint) const;
-    Part findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const;
+    Scaling findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const;
+    static Part makePart(SealedPlan& inout_Plan, Index in_uiNode, const Step* in_pFactor);
     static Step& sourceOf(SealedPlan& inout_Plan, Index in_uiNode);
-    static bool computeNode(SealedPlan& inout_Plan, Index in_uiNode);
+    static bool computeNode(SealedPlan& inout_Plan, const Item& in_Item);
+    Index computeAlone(SealedPlan& inout_Plan) const;
+    Index computeAmongOthers(SealedPlan& inout_Plan, const Needs& in_Needs) const;
     static bool isBegun(const SealedPlan& in_Plan, const Joint& in_Joint);
     static Index computeOneByOne(SealedPlan& inout_Plan, const Joint& in_Joint);
     static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);
+    static bool take(const Part& in_Part, std::size_t in_uiCount, double*& out_pResult);
+    static bool takeFactor(const Part& in_Part, double& out_dFactor);
+    static void note(SealedPlan& inout_Plan, const Part& in_Part);
 
-    /// Nodes, and behind their numbers those of the joints.
-    std::vector<Index> m_vItems;
+    std::vector<Item> m_vItems;
     std::vector<Joint> m_vJoints;
     /// Are there other nodes than operators and what they read?
     bool m_bOthers = false;

@@ -250,6 +250,7 @@ private:
     Loop findLoop(const Handle<ExpressionBaseImpl>& in_pChild) const;
     bool evaluateSealed(LimitedObjPtr<DoubleVector>& out);
     bool evaluateTheLongWay(LimitedObjPtr<DoubleVector>& out);
+    void invalidateTheLongWay();
     void joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
     bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
     void sealAlongPaths();

@@ -141,7 +141,7 @@ private:
         auto iteArgument = m_vArguments.begin();
         for (LimitedObjPtr<DoubleVector>* const pValue : m_vValues) {
             if (!iteArgument->isNull()) {
-                static_cast<void>((*iteArgument)->evaluate(*pValue));
+                readValue(**iteArgument, *pValue);
             }
             ++iteArgument;
             bComplete = bComplete && !pValue->isNull();
