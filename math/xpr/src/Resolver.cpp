@@ -33,17 +33,23 @@ std::vector<std::string> candidatesOf(const std::string& in_strName) {
 Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions)
     : ObjectWithLogger<CachedLLLogger>(CachedLLLogger("quillmark.math.xpr.Linker")),
       m_Linker(in_Linker),
-      m_RawExpressions(in_RawExpressions, "resolver.raw_expressions", false),
-      m_vRawNodes(nodesOf(m_RawExpressions)),
+      m_RawExpressions(in_RawExpressions, *in_Linker.m_pScriptLoader),
       m_LinkedExpressions("resolver.linked_expressions"),
       m_mapExpressionCalls(100),
       m_Log(getLogger()) {}
 
 bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
     const std::string strName(inout_pExpression->getName());
-    m_bRefused = m_bRefused && !in_bTopLevel;
-    return enter(strName, inout_pExpression, in_bTopLevel) &&
-           leave(strName, resolveExpressionLinks(inout_pExpression, in_bTopLevel));
+    if (in_bTopLevel) {
+        m_bRefused = false;
+        m_RawExpressions.begin(inout_pExpression);
+    }
+    const bool bResolved = enter(strName, inout_pExpression, in_bTopLevel) &&
+                           leave(strName, resolveExpressionLinks(inout_pExpression, in_bTopLevel));
+    if (in_bTopLevel) {
+        m_RawExpressions.end(bResolved);
+    }
+    return bResolved;
 }
 
 bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel) {
@@ -115,7 +121,7 @@ bool Resolver::resolveChilds(const Node& inout_pExpression, bool in_bTopLevel) {
     for (long lChild = 0;
          lChild != inout_pExpression->getChildEnd() - inout_pExpression->getChildBegin();
          ++lChild) {
-        if (!resolveChild(*inout_pExpression, lChild)) {
+        if (!resolveChild(inout_pExpression, lChild)) {
             return false;
         }
     }
@@ -130,9 +136,9 @@ bool Resolver::isPassedBy(const ExpressionBaseImpl& in_Expression) {
     return m_ResolvedIds.count(in_Expression.getId()) != 0 && ++m_uiRevisits > MaxRevisits;
 }
 
-bool Resolver::resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild) {
-    Node pChild(inout_Parent.getChildAt(in_lChild));
-    if (m_Kinds.of(*pChild) == NodeKind::Constant && !shareConstant(inout_Parent, pChild)) {
+bool Resolver::resolveChild(const Node& inout_pParent, long in_lChild) {
+    Node pChild(inout_pParent->getChildAt(in_lChild));
+    if (m_Kinds.of(*pChild) == NodeKind::Constant && !shareConstant(inout_pParent, pChild)) {
         return false;
     }
     const NodeKind kind = m_Kinds.of(*pChild);
@@ -140,7 +146,7 @@ bool Resolver::resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild) {
     case NodeKind::UnknownFunction:
     case NodeKind::UnknownVariable:
         m_Log.resolvingUnknown(kind, *pChild);
-        return resolvePlaceholder(inout_Parent, in_lChild, pChild, kind);
+        return resolvePlaceholder(inout_pParent, in_lChild, pChild, kind);
     case NodeKind::Variable:
         m_bForeignLinks = m_bForeignLinks || !m_Copier.isShared(*pChild);
         return true;
@@ -149,7 +155,7 @@ bool Resolver::resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild) {
     }
 }
 
-bool Resolver::shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pConstant) {
+bool Resolver::shareConstant(const Node& inout_pParent, Node& inout_pConstant) {
     const Node pShared(m_LinkedExpressions.findExpression(inout_pConstant->getName()));
     if (pShared.isNull()) {
         m_LinkedExpressions.add(Handle<Expression>(inout_pConstant), false);
@@ -160,16 +166,25 @@ bool Resolver::shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pCons
     }
     // A constant stands above nothing, and only a host names something else like one.
     const UncheckedLinks unchecked(m_Kinds.of(*pShared) == NodeKind::Constant);
-    if (inout_Parent.replaceChild(*inout_pConstant, pShared, true) == ExpressionBaseImpl::NoChild) {
+    if (inout_pParent->replaceChild(*inout_pConstant, pShared, true) ==
+        ExpressionBaseImpl::NoChild) {
         VELMORA_ASSERT_FAIL_L(getLogger(),
                               "inout_pExpression-> replaceChild( **iteChildExpr, pExpr ) != -1");
         return false;
     }
+    noteReplaced(inout_pParent, inout_pConstant, pShared);
     inout_pConstant = pShared;
     return true;
 }
 
-bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChild,
+/// What a name below stands for has been resolved for its own sake, or is being.
+void Resolver::noteReplaced(const Node& in_pParent, const Node& in_pRaw, const Node& in_pNew) {
+    if (m_mapExpressionCalls.size() == 1) {
+        m_RawExpressions.noteReplaced(in_pParent, in_pRaw, in_pNew);
+    }
+}
+
+bool Resolver::resolvePlaceholder(const Node& inout_pParent, long in_lChild,
                                   const Node& in_pUnknown, NodeKind in_Kind) {
     std::string strCandidate;
     const Node pExpression(findCandidate(*in_pUnknown, strCandidate));
@@ -186,13 +201,16 @@ bool Resolver::resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChi
     if (in_Kind == NodeKind::UnknownFunction && !resolveCall(pExpression, *in_pUnknown)) {
         return false;
     }
-    m_Log.replacingChild(inout_Parent, in_lChild, *in_pUnknown, strCandidate.c_str(), *pExpression);
+    m_Log.replacingChild(*inout_pParent, in_lChild, *in_pUnknown, strCandidate.c_str(),
+                         *pExpression);
     const UncheckedLinks unchecked(!m_bForeignLinks);
-    if (inout_Parent.replaceChild(*in_pUnknown, pExpression, true) == ExpressionBaseImpl::NoChild) {
+    if (inout_pParent->replaceChild(*in_pUnknown, pExpression, true) ==
+        ExpressionBaseImpl::NoChild) {
         VELMORA_ASSERT_FAIL_L(getLogger(),
                               "inout_pExpression->replaceChild( **iteChildExpr, pExpr ) != -1");
         return false;
     }
+    noteReplaced(inout_pParent, in_pUnknown, pExpression);
     return true;
 }
 
@@ -247,11 +265,10 @@ Handle<ExpressionBaseImpl> Resolver::findExpression(const std::string& in_strNam
 
 Handle<ExpressionBaseImpl> Resolver::findUnresolvedExpression(const std::string& in_strName) {
     m_Log.step("searching in dictionnary of raw expressions...", "");
-    Node pExpression(m_RawExpressions.findExpression(in_strName.c_str()));
+    Node pExpression(m_RawExpressions.find(in_strName));
     if (!pExpression.isNull()) {
         m_Log.step("found the expression ", in_strName.c_str(),
                    " in the dictionnary of raw expressions");
-        m_RawAhead.enter(*pExpression);
         return isVariable(m_Kinds.of(*pExpression)) ? pExpression : copyRaw(pExpression);
     }
     m_Log.step("searching in for a script...", "");
@@ -286,8 +303,7 @@ Handle<ExpressionBaseImpl> Resolver::loadExpressionFromScript(const std::string&
         return Node();
     }
     m_Log.step("searching for script expression \"", strFileName.c_str(), "\"");
-    return loadScript(strFileName) ? Node(m_RawExpressions.findExpression(in_strName.c_str()))
-                                   : Node();
+    return loadScript(strFileName) ? m_RawExpressions.find(in_strName) : Node();
 }
 
 bool Resolver::loadScript(const std::string& in_strFileName) {
@@ -300,7 +316,7 @@ bool Resolver::loadScript(const std::string& in_strFileName) {
         return true;
     }
     ScriptLoader& loader = *m_Linker.m_pScriptLoader;
-    if (!loader.run(in_strFileName.c_str(), m_RawExpressions, false)) {
+    if (!loader.run(in_strFileName.c_str(), m_RawExpressions.getLoaded(), false)) {
         return false;
     }
     m_LoadedScripts.insert(in_strFileName);

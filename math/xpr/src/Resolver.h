@@ -16,8 +16,8 @@
 
 #include "NodeKind.h"
 #include "PrototypeCopier.h"
+#include "RawExpressions.h"
 #include "ResolverLog.h"
-#include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -58,11 +58,12 @@ private:
 
     bool resolveExpressionLinks(const Node& inout_pExpression, bool in_bTopLevel);
     bool resolveChilds(const Node& inout_pExpression, bool in_bTopLevel);
-    bool resolveChild(ExpressionBaseImpl& inout_Parent, long in_lChild);
-    bool resolvePlaceholder(ExpressionBaseImpl& inout_Parent, long in_lChild,
-                            const Node& in_pUnknown, NodeKind in_Kind);
+    bool resolveChild(const Node& inout_pParent, long in_lChild);
+    bool resolvePlaceholder(const Node& inout_pParent, long in_lChild, const Node& in_pUnknown,
+                            NodeKind in_Kind);
     bool resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl& in_Unknown);
-    bool shareConstant(ExpressionBaseImpl& inout_Parent, Node& inout_pConstant);
+    bool shareConstant(const Node& inout_pParent, Node& inout_pConstant);
+    void noteReplaced(const Node& in_pParent, const Node& in_pRaw, const Node& in_pNew);
     bool isPassedBy(const ExpressionBaseImpl& in_Expression);
 
     Node findCandidate(const ExpressionBaseImpl& in_Unknown, std::string& out_strCandidate);
@@ -77,9 +78,7 @@ private:
     Node copyPrototype(const Node& in_pPrototype, const ExpressionBaseImpl& in_Unknown);
 
     const Linker& m_Linker;
-    Dictionnary m_RawExpressions;
-    const std::vector<ExpressionBaseImpl*> m_vRawNodes;
-    RootsAhead<WalkedLines> m_RawAhead{m_vRawNodes};
+    RawExpressions m_RawExpressions;
     Dictionnary m_LinkedExpressions;
     std::unordered_map<std::string, Node> m_mapExpressionCalls;
 
