@@ -20,6 +20,15 @@ constexpr double largestEnergy = 1e300;
 constexpr double scaleUp = 0x1p800;
 constexpr double scaleDown = 0x1p-600;
 
+/// The same of a frame that has been brought to an energy that a double holds. Apart from what is
+/// computed in each frame, which it would slow down.
+[[gnu::noinline]] Correlation correlateScaled(double in_dScale, const double* in_pFirst,
+                                              std::size_t in_uiCount, const double* in_pCosine,
+                                              const double* in_pSine) {
+    return correlate(in_pFirst, in_uiCount, in_pCosine, in_pSine,
+                     [in_dScale](double value) { return value * in_dScale; });
+}
+
 double reciprocalNorm(double in_dSquaredNorm) {
     return in_dSquaredNorm > 0.0 ? 1.0 / std::sqrt(in_dSquaredNorm) : 0.0;
 }
@@ -57,15 +66,11 @@ bool SinusCorrelator::compute(const double* const& in_pFirst, const double* cons
     const Basis& basis = m_bases[count % 2];
     const double* const cosines = basis.m_vCosine.begin();
     const double* const sines = basis.m_vSine.begin();
-    const auto productsScaledBy = [&](auto in_scale) {
-        return correlate(in_pFirst, count, cosines, sines, in_scale);
-    };
-
     Correlation products = kernels().m_Correlate(in_pFirst, count, cosines, sines);
     if (products.energy < smallestEnergy) {
-        products = productsScaledBy([](double value) { return value * scaleUp; });
+        products = correlateScaled(scaleUp, in_pFirst, count, cosines, sines);
     } else if (products.energy > largestEnergy) {
-        products = productsScaledBy([](double value) { return value * scaleDown; });
+        products = correlateScaled(scaleDown, in_pFirst, count, cosines, sines);
     }
     if (products.energy == 0.0) {
         out_dCorrelation = 0.0;

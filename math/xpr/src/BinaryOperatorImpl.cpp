@@ -40,10 +40,10 @@ void BinaryOperatorImplNoT::initArguments() {
 }
 
 const Handle<Variable>& BinaryOperatorImplNoT::getInvalidVariable() const {
-    if (m_pInvalidVariable.isNull()) {
-        m_pInvalidVariable = Handle<Variable>(new InvalidVariable);
+    if (m_pInvalidVariable == nullptr) {
+        m_pInvalidVariable = std::make_unique<Handle<Variable>>(new InvalidVariable);
     }
-    return m_pInvalidVariable;
+    return *m_pInvalidVariable;
 }
 
 const Handle<Variable>& BinaryOperatorImplNoT::getLeftArgument() const {

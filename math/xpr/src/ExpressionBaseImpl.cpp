@@ -537,7 +537,7 @@ void ExpressionBaseImpl::sealAlongPaths() {
     }
 }
 
-void ExpressionBaseImpl::joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan,
+void ExpressionBaseImpl::joinPlan(const boost::intrusive_ptr<SealedPlan>& in_pPlan,
                                   std::uint32_t in_uiIndex) {
     const std::uint8_t uiValid = *m_pValid;
     noteChange();

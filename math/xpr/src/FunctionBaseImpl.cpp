@@ -24,9 +24,15 @@ FunctionBaseImpl::FunctionBaseImpl(const char* in_szName) : m_strName("unamed") 
 }
 
 FunctionBaseImpl::~FunctionBaseImpl() {
-    for (const auto& entry : m_Parameters) {
+    for (const auto& entry : parameters()) {
         entry.second->forgetParentFunction(*this);
     }
+}
+
+const FunctionBaseImpl::ParameterMap& FunctionBaseImpl::parameters() const {
+    // Never destroyed: a function may outlive what was initialised behind this library.
+    static const ParameterMap& s_none = *new ParameterMap;
+    return m_pParameters == nullptr ? s_none : *m_pParameters;
 }
 
 void FunctionBaseImpl::setName(const char* in_szName) {
@@ -69,8 +75,7 @@ Handle<Variable> FunctionBaseImpl::getArgument(const char* in_szArgumentName) co
     if (getArgumentCount() == 1) {
         return getArgument(std::size_t(0));
     }
-    m_strKey = in_szArgumentName;
-    const auto iteArgument = m_Arguments.find(m_strKey);
+    const auto iteArgument = m_Arguments.find(in_szArgumentName);
     return iteArgument == m_Arguments.end() ? Handle<Variable>()
                                             : Handle<Variable>(getArgument(iteArgument));
 }
@@ -80,9 +85,8 @@ Handle<Parameter> FunctionBaseImpl::getParameter(const char* in_szName) const {
         VELMORA_ASSERT_FAIL("0 != in_szName");
         return Handle<Parameter>();
     }
-    m_strKey = in_szName;
-    const auto iteParameter = m_Parameters.find(m_strKey);
-    if (iteParameter == m_Parameters.end()) {
+    const auto iteParameter = parameters().find(in_szName);
+    if (iteParameter == parameters().end()) {
         VELMORA_LOG_ERROR(fileLogger(), "Unknown parameter name: " << in_szName);
         return Handle<Parameter>();
     }
@@ -117,11 +121,11 @@ bool FunctionBaseImpl::addArgument(const char* in_szArgumentName,
         VELMORA_ASSERT_FAIL("!in_pArgument.isNull()");
         return false;
     }
-    m_strKey = in_szArgumentName;
-    in_pArgument->setName((m_strKey + '&' + std::to_string(getId())).c_str());
-    const auto iteArgument = m_Arguments.find(m_strKey);
+    const std::string strKey(in_szArgumentName);
+    in_pArgument->setName((strKey + '&' + std::to_string(getId())).c_str());
+    const auto iteArgument = m_Arguments.find(strKey);
     if (iteArgument == m_Arguments.end()) {
-        m_Arguments.insert(m_strKey, addChild(Handle<ExpressionBaseImpl>(in_pArgument), true));
+        m_Arguments.insert(strKey, addChild(Handle<ExpressionBaseImpl>(in_pArgument), true));
     } else if (const Handle<VariableImpl> pExisting = getArgument(iteArgument);
                !pExisting.isNull()) {
         replaceChild(*pExisting, Handle<ExpressionBaseImpl>(in_pArgument), true);
@@ -149,7 +153,10 @@ bool FunctionBaseImpl::addParameter(const char* in_szParameterName,
     }
     in_pParameter->setParentFunction(this);
     in_pParameter->setName(in_szParameterName);
-    if (!m_Parameters.insert(in_szParameterName, in_pParameter).second) {
+    if (m_pParameters == nullptr) {
+        m_pParameters = std::make_unique<ParameterMap>();
+    }
+    if (!m_pParameters->insert(in_szParameterName, in_pParameter).second) {
         VELMORA_LOG_ERROR(fileLogger(), "Can't add the parameter. The function "
                                             << m_strName << "already had one parameter named: "
                                             << in_szParameterName);
@@ -162,7 +169,7 @@ bool FunctionBaseImpl::addParameter(const char* in_szParameterName,
 bool FunctionBaseImpl::configure_i(const TSHandle<VirtualFileSystem>& in_pFileSystem) {
     invalidate();
     ParameterTrie config;
-    for (const auto& entry : m_Parameters) {
+    for (const auto& entry : parameters()) {
         const Handle<Parameter> pParam(entry.second);
         if (pParam.isNull()) {
             VELMORA_ASSERT_FAIL("!pParam.isNull()");
@@ -190,7 +197,7 @@ bool FunctionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpressi
         VELMORA_ASSERT_FAIL("!pFunction.isNull()");
         return false;
     }
-    for (const auto& entry : m_Parameters) {
+    for (const auto& entry : parameters()) {
         const Handle<ParameterImpl> pParameter(entry.second);
         const Function& function = *pFunction;
         pParameter->replace(Handle<ParameterImpl>(function.getParameter(pParameter->getName())));
@@ -209,7 +216,7 @@ void FunctionBaseImpl::fill(const FunctionBaseImpl& in_Source, ExpressionImplCop
                         Handle<VariableImpl>(pArgument->copy(inout_Copier)));
         }
     }
-    for (const auto& entry : in_Source.m_Parameters) {
+    for (const auto& entry : in_Source.parameters()) {
         addParameter(entry.second->getName(), entry.second->copy(inout_Copier));
     }
     ExpressionBaseImpl::fill(in_Source, inout_Copier);
@@ -246,7 +253,7 @@ std::ostream& FunctionBaseImpl::write(std::ostream& out_Stream) const {
     out_Stream << "subgraph cluster" << getId() << "{\n"
                << getDotName() << " [shape=oval]\n"
                << "{rank=same; ";
-    for (const auto& entry : m_Parameters) {
+    for (const auto& entry : parameters()) {
         out_Stream << entry.second->getDotName() << ' ';
     }
     out_Stream << "}\n"
@@ -267,7 +274,7 @@ std::ostream& FunctionBaseImpl::write(std::ostream& out_Stream) const {
             GraphvizNodes::write(out_Stream, *pArgument);
         }
     }
-    for (const auto& entry : m_Parameters) {
+    for (const auto& entry : parameters()) {
         out_Stream << *entry.second;
     }
     return out_Stream;

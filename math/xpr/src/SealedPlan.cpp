@@ -11,6 +11,16 @@
 
 namespace Velmora::Math::Xpr {
 
+void intrusive_ptr_add_ref(SealedPlan* inout_pPlan) noexcept {
+    ++inout_pPlan->m_uiOwners;
+}
+
+void intrusive_ptr_release(SealedPlan* inout_pPlan) noexcept {
+    if (--inout_pPlan->m_uiOwners == 0) {
+        delete inout_pPlan;
+    }
+}
+
 SealedPlan::SealedPlan() = default;
 
 SealedPlan::~SealedPlan() = default;
@@ -19,7 +29,7 @@ SealedPlan::~SealedPlan() = default;
 /// while the node is at hand.
 class SealedPlan::Joining {
 public:
-    Joining(const std::shared_ptr<SealedPlan>& inout_pPlan, const Builder& in_Builder,
+    Joining(const boost::intrusive_ptr<SealedPlan>& inout_pPlan, const Builder& in_Builder,
             const Nodes& in_vNodes, Parents in_eParents)
         : m_pPlan(inout_pPlan),
           m_Builder(in_Builder),
@@ -76,7 +86,7 @@ private:
                            [&](const auto* in_pNode) { return hasPlannedParents(*in_pNode); });
     }
 
-    const std::shared_ptr<SealedPlan>& m_pPlan;
+    const boost::intrusive_ptr<SealedPlan>& m_pPlan;
     const Builder& m_Builder;
     const Nodes& m_vNodes;
     const Parents m_eParents;
@@ -86,7 +96,7 @@ private:
 };
 
 void SealedPlan::make(const Nodes& in_vRoots, const Nodes& in_vNodes, Parents in_eParents) {
-    const auto pPlan = std::make_shared<SealedPlan>();
+    const boost::intrusive_ptr<SealedPlan> pPlan(new SealedPlan);
     Builder builder(*pPlan);
     builder.build(in_vRoots);
     builder.buildReaders();

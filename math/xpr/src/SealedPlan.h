@@ -124,6 +124,9 @@ public:
     }
 
 private:
+    friend void intrusive_ptr_add_ref(SealedPlan* inout_pPlan) noexcept;
+    friend void intrusive_ptr_release(SealedPlan* inout_pPlan) noexcept;
+
     enum class Kind : std::uint8_t {
         Plus,
         Minus,
@@ -281,6 +284,9 @@ private:
     /// The flags of what the running evaluation needs, as they were before.
     std::vector<Flags> m_vBefore;
     Index m_uiFailed = PassedOver;
+    /// The nodes that have the plan; as those of a graph, they aren't counted by several threads at
+    /// a time.
+    std::size_t m_uiOwners = 0;
     bool m_bUsable = true;
     bool m_bIntact = true;
 };

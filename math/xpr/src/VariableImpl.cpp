@@ -32,12 +32,12 @@ bool VariableImpl::setValue(const Handle<Expression>& in_pExpression) {
 }
 
 bool VariableImpl::setValue(const DoubleVector& in_vValue) {
-    if (!m_pDomainValue.isNull()) {
+    if (DomainValueNoCopyImpl* const pDomainValue = getDomainValue().get()) {
         VELMORA_LOG_DEBUG(fileLogger(), "set variable \""
                                             << m_strName << "\" to a domain value. "
                                             << "Keeping same domain value instance --> just swap "
                                                "pointer.");
-        m_pDomainValue->setValue(in_vValue);
+        pDomainValue->setValue(in_vValue);
         invalidate();
         return true;
     }
@@ -56,6 +56,11 @@ bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_
         VELMORA_LOG_ERROR(fileLogger(), "Must use same implementation base for all expressions.");
         return false;
     }
+    std::unique_ptr<Extras> pExtras;
+    if (pValue->isDomainValue()) {
+        pExtras = std::make_unique<Extras>();
+        pExtras->m_pDomainValue = Handle<DomainValueNoCopyImpl>(pValue);
+    }
     // What the cached pointer leads to may go with the old value.
     const Handle<ExpressionBaseImpl> pOldValue(m_pValueExpr);
     if (!pOldValue.isNull()) {
@@ -65,12 +70,9 @@ bool VariableImpl::setValue_i(const Handle<Expression>& in_pExpression, bool in_
     }
     noteChange();
     m_pValueExpr = pValue;
-    m_bValueSet = true;
-    m_pDomainValue = pValue->isDomainValue() ? Handle<DomainValueNoCopyImpl>(pValue)
-                                             : Handle<DomainValueNoCopyImpl>();
+    m_pExtras.swap(pExtras);
     invalidate();
     forgetValue();
-    m_vFormerValues.clear();
     return true;
 }
 
@@ -79,7 +81,7 @@ bool VariableImpl::configure_i(const TSHandle<VirtualFileSystem>&) {
 }
 
 bool VariableImpl::evaluate_i(LimitedObjPtr<DoubleVector>& out) {
-    if (!m_bValueSet) {
+    if (m_pValueExpr.isNull()) {
         VELMORA_LOG_ERROR(fileLogger(), "Can't evaluate a variable ("
                                             << m_strName << ") without setting its value first!");
         return false;
@@ -98,10 +100,15 @@ void VariableImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         return;
     }
     if (isValid()) {
-        m_vFormerValues.push_back(m_pValueExpr);
+        if (m_pExtras == nullptr) {
+            m_pExtras = std::make_unique<Extras>();
+        }
+        m_pExtras->m_vFormerValues.push_back(m_pValueExpr);
     } else {
         forgetValue();
-        m_vFormerValues.clear();
+        if (m_pExtras != nullptr) {
+            m_pExtras->m_vFormerValues.clear();
+        }
     }
     m_pValueExpr = in_pNewChild;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <velmora/MemAccounting.h>
 #include <velmora/math/xpr/BinaryOperator.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
@@ -65,7 +67,8 @@ private:
     Handle<ExpressionBaseImpl> m_pRightChild;
     LimitedObjPtr<DoubleVector> m_pLeftValue;
     LimitedObjPtr<DoubleVector> m_pRightValue;
-    mutable Handle<Variable> m_pInvalidVariable;
+    /// Null until somebody asks for an argument that isn't there.
+    mutable std::unique_ptr<Handle<Variable>> m_pInvalidVariable;
 };
 
 /// The part of the frame that knows the operator's class.

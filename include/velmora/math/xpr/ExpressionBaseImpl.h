@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <boost/container/small_vector.hpp>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include <velmora/Handle.h>
 #include <velmora/math/xpr/Expression.h>
@@ -21,6 +22,10 @@ class GraphWalk;
 class ScriptFunctionImpl;
 class SealedPlan;
 class VariableImpl;
+
+/// Count the nodes that have a plan, which goes with the last of them.
+void intrusive_ptr_add_ref(SealedPlan* inout_pPlan) noexcept;
+void intrusive_ptr_release(SealedPlan* inout_pPlan) noexcept;
 
 /// What all nodes share: identity, links, the cached value and its validity.
 ///
@@ -251,7 +256,7 @@ private:
     bool evaluateSealed(LimitedObjPtr<DoubleVector>& out);
     bool evaluateTheLongWay(LimitedObjPtr<DoubleVector>& out);
     void invalidateTheLongWay();
-    void joinPlan(const std::shared_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
+    void joinPlan(const boost::intrusive_ptr<SealedPlan>& in_pPlan, std::uint32_t in_uiIndex);
     bool eraseParent(const LimitedObjPtr<ExpressionBaseImpl>& in_pParent);
     void sealAlongPaths();
 
@@ -273,7 +278,7 @@ private:
     ExpressionBaseImpl* m_pNextInvalid = nullptr;
     /// Where the validity flag is: in the node, or side by side with those of its plan.
     std::uint8_t* m_pValid = &m_bValid;
-    std::shared_ptr<SealedPlan> m_pPlan;
+    boost::intrusive_ptr<SealedPlan> m_pPlan;
 
     // What frames and walks don't touch.
     SourcePosition m_Position;

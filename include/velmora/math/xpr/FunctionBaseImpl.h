@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include <velmora/HashMapVector.h>
@@ -53,9 +54,9 @@ public:
     ArgumentIterator getArgumentBegin() const { return m_Arguments.begin(); }
     ArgumentIterator getArgumentEnd() const { return m_Arguments.end(); }
     std::size_t getArgumentCount() const { return m_Arguments.size(); }
-    ParameterIterator getParameterBegin() const { return m_Parameters.begin(); }
-    ParameterIterator getParameterEnd() const { return m_Parameters.end(); }
-    std::size_t getParameterCount() const { return m_Parameters.size(); }
+    ParameterIterator getParameterBegin() const { return parameters().begin(); }
+    ParameterIterator getParameterEnd() const { return parameters().end(); }
+    std::size_t getParameterCount() const { return parameters().size(); }
 
     /// The function must be configured again; nothing acts on it by itself.
     void invalidateConfig() { m_bConfigured = false; }
@@ -91,11 +92,13 @@ private:
     bool copyToOwnArgument(const ArgumentIterator& in_iteSource, const VariableImpl& in_Source,
                            ExpressionImplCopier& inout_Copier);
 
+    const ParameterMap& parameters() const;
+
     ArgumentMap m_Arguments;
-    ParameterMap m_Parameters;
+    /// Null without parameters, as in every operator.
+    std::unique_ptr<ParameterMap> m_pParameters;
     std::string m_strName;
     bool m_bConfigured = false;
-    mutable std::string m_strKey;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -23,13 +23,12 @@ public:
 protected:
     /// The vector of the argument; null if there is none of that name.
     const DoubleVector* findArgument(const ArgumentMap& in_ArgNameToDomain) const {
-        // Nearly always the argument is alone, and the map needn't be searched.
+        // Nearly always the argument is alone, and its name is one letter.
         const auto iteFirst = in_ArgNameToDomain.begin();
-        if (iteFirst != in_ArgNameToDomain.end() && isArgumentName(iteFirst->first)) {
-            return iteFirst->second.get();
-        }
-        const auto iteArgument = in_ArgNameToDomain.find(m_strArgumentName);
-        return iteArgument == in_ArgNameToDomain.end() ? nullptr : iteArgument->second.get();
+        const bool bFirst = iteFirst != in_ArgNameToDomain.end() && iteFirst->first.size() == 1 &&
+                            m_strArgumentName.size() == 1 &&
+                            iteFirst->first.front() == m_strArgumentName.front();
+        return bFirst ? iteFirst->second.get() : searchArgument(in_ArgNameToDomain);
     }
 
     /// The vector of the first argument, whatever its name; null if there is none.
@@ -38,11 +37,10 @@ protected:
     }
 
 private:
-    /// Most names are one letter, which is compared in less time than a call takes.
-    bool isArgumentName(const std::string& in_strName) const {
-        return in_strName.size() == 1 && m_strArgumentName.size() == 1
-                   ? in_strName.front() == m_strArgumentName.front()
-                   : in_strName == m_strArgumentName;
+    [[gnu::noinline]] const DoubleVector*
+    searchArgument(const ArgumentMap& in_ArgNameToDomain) const {
+        const auto iteArgument = in_ArgNameToDomain.find(m_strArgumentName);
+        return iteArgument == in_ArgNameToDomain.end() ? nullptr : iteArgument->second.get();
     }
 
     std::string m_strFunctionName;

@@ -64,11 +64,8 @@ protected:
     }
 
     bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
-        if (m_vArguments.empty()) {
-            findArguments();
-        }
         if (m_vValues.empty()) {
-            makeEntries();
+            prepareArguments();
         }
         if (!evaluateArguments()) {
             return false;
@@ -116,6 +113,13 @@ protected:
     }
 
 private:
+    [[gnu::noinline]] void prepareArguments() {
+        if (m_vArguments.empty()) {
+            findArguments();
+        }
+        makeEntries();
+    }
+
     void findArguments() {
         m_vArguments.reserve(static_cast<std::size_t>(getChildEnd() - getChildBegin()));
         for (auto ite = getArgumentBegin(); ite != getArgumentEnd(); ++ite) {

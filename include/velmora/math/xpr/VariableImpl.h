@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -60,17 +61,22 @@ protected:
     void copyValue(const VariableImpl& in_Source, ExpressionImplCopier& inout_Copier);
 
     /// The value once more, when it is a domain value; null otherwise.
-    LimitedObjPtr<DomainValueNoCopyImpl> getDomainValue() const { return m_pDomainValue; }
+    LimitedObjPtr<DomainValueNoCopyImpl> getDomainValue() const {
+        return m_pExtras == nullptr ? nullptr : m_pExtras->m_pDomainValue.get();
+    }
 
 private:
     std::string m_strName;
     Handle<ExpressionBaseImpl> m_pValueExpr;
-    bool m_bValueSet = false;
-    /// Owned, since a `replaceChild` doesn't reach it.
-    Handle<DomainValueNoCopyImpl> m_pDomainValue;
-    /// The values before each `replaceChild` on a valid variable: its cached pointer leads into one
-    /// of them.
-    std::vector<Handle<ExpressionBaseImpl>> m_vFormerValues;
+    /// What few variables have; null for the others.
+    struct Extras {
+        /// Owned, since a `replaceChild` doesn't reach it.
+        Handle<DomainValueNoCopyImpl> m_pDomainValue;
+        /// The values before each `replaceChild` on a valid variable: its cached pointer leads into
+        /// one of them.
+        std::vector<Handle<ExpressionBaseImpl>> m_vFormerValues;
+    };
+    std::unique_ptr<Extras> m_pExtras;
 };
 
 } // namespace Velmora::Math::Xpr
