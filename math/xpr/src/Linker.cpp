@@ -82,7 +82,7 @@ bool Linker::run(const Dictionnary& in_RawExpressions, Dictionnary& out_LinkedEx
     }
     Resolver resolver(*this, in_RawExpressions);
     const std::vector<ExpressionBaseImpl*> vRaw(nodesOf(in_RawExpressions));
-    RootsAhead<WalkedLines> ahead(vRaw);
+    RootsAhead<AllLines> ahead(vRaw);
     std::size_t uiEntry = 0;
     bool bLinked = true;
     for (auto iteEntry = in_RawExpressions.begin(); iteEntry != in_RawExpressions.end();

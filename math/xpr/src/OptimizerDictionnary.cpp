@@ -13,6 +13,7 @@
 #include "GraphWalk.h"
 #include "OptimizerKeys.h"
 #include "RootsAhead.h"
+#include "WayBack.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -25,6 +26,7 @@ constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 
 /// A definition of two operators.
 constexpr std::size_t ExpressionsPerRoot = 8;
+constexpr std::size_t PlacesPerDefinition = 3;
 
 template <std::size_t Lines>
 void fetchChilds(const ExpressionBaseImpl& in_Node) {
@@ -86,6 +88,10 @@ public:
             if (place.m_pNextChild == place.m_pNode->getChildEnd()) {
                 leave(place);
                 m_vPath.pop_back();
+                fetchWayBack<AllLines>(m_vPath.size(), PlacesPerDefinition,
+                                       [this](std::size_t in_ui) -> const ExpressionBaseImpl& {
+                                           return *m_vPath[in_ui].m_pNode;
+                                       });
             } else if (!enter(*place.m_pNextChild++)) {
                 VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr) )");
                 return false;
@@ -172,7 +178,7 @@ private:
 
     OptimizerDictionnary& m_Index;
     OptimizerKeyTable& m_Keys;
-    RootsAhead<2> m_Ahead;
+    RootsAhead<AllLines> m_Ahead;
     std::size_t m_uiRoots = 0;
     /// By the places that the complexity gives.
     OptimizerKeyTable::Numbers m_vKeys;

@@ -10,6 +10,7 @@
 
 #include "CallBinder.h"
 #include "UncheckedLinks.h"
+#include "WayBack.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -75,6 +76,7 @@ bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, 
         }
         return false;
     }
+    m_vExpressionCalls.push_back(in_pExpression.get());
     return true;
 }
 
@@ -89,6 +91,11 @@ bool Resolver::leave(const std::string& in_strName, bool in_bResolved) {
         VELMORA_ASSERT_FAIL_L(getLogger(), "m_mapExpressionCalls. erase(strExprName) == 1");
         return false;
     }
+    m_vExpressionCalls.pop_back();
+    fetchWayBack<AllLines>(m_vExpressionCalls.size(), 1,
+                           [this](std::size_t in_ui) -> const ExpressionBaseImpl& {
+                               return *m_vExpressionCalls[in_ui];
+                           });
     if (!in_bResolved) {
         ++m_uiFailures;
         m_FailedNames.insert(in_strName);

@@ -81,6 +81,8 @@ private:
     RawExpressions m_RawExpressions;
     Dictionnary m_LinkedExpressions;
     std::unordered_map<std::string, Node> m_mapExpressionCalls;
+    /// The same in their order.
+    std::vector<const ExpressionBaseImpl*> m_vExpressionCalls;
 
     ResolverLog m_Log;
     PrototypeCopier m_Copier;

@@ -21,6 +21,22 @@ inline std::vector<ExpressionBaseImpl*> nodesOf(const Dictionnary& in_Dictionnar
     return vNodes;
 }
 
+/// Has the processor fetch the nodes that are so many levels below a node.
+template <std::size_t Lines>
+void fetchLevel(const ExpressionBaseImpl& in_Node, int in_iLevel) {
+    constexpr std::ptrdiff_t MaxChilds = 4;
+    if (in_iLevel == 0) {
+        fetchAhead<Lines>(&in_Node);
+        return;
+    }
+    const auto* const pFirst = in_Node.getChildBegin();
+    const auto* const pEnd =
+        pFirst + std::min<std::ptrdiff_t>(in_Node.getChildEnd() - pFirst, MaxChilds);
+    for (const auto* pChild = pFirst; pChild != pEnd; ++pChild) {
+        fetchLevel<Lines>(**pChild, in_iLevel - 1);
+    }
+}
+
 /// Has the processor fetch what a walk from root to root is about to visit.
 ///
 /// A walk goes where the links lead, and learns the next address only when it has the node before:
@@ -63,7 +79,6 @@ private:
 
     /// How far below a root nodes are fetched: those of a definition of two operators.
     static constexpr int Depth = 5;
-    static constexpr std::ptrdiff_t MaxChilds = 4;
 
     const ExpressionBaseImpl* find(std::ptrdiff_t in_iRoot) const {
         return in_iRoot < 0 || in_iRoot >= static_cast<std::ptrdiff_t>(m_vRoots.size())
@@ -75,21 +90,8 @@ private:
     void fetch(std::ptrdiff_t in_iStep) const {
         for (int iLevel = 0; iLevel != Depth; ++iLevel) {
             if (const auto* const pRoot = find(m_iLast + in_iStep * 2 * (Depth - iLevel))) {
-                fetchLevel(*pRoot, iLevel);
+                fetchLevel<Lines>(*pRoot, iLevel);
             }
-        }
-    }
-
-    static void fetchLevel(const ExpressionBaseImpl& in_Node, int in_iLevel) {
-        if (in_iLevel == 0) {
-            fetchAhead<Lines>(&in_Node);
-            return;
-        }
-        const auto* const pFirst = in_Node.getChildBegin();
-        const auto* const pEnd =
-            pFirst + std::min<std::ptrdiff_t>(in_Node.getChildEnd() - pFirst, MaxChilds);
-        for (const auto* pChild = pFirst; pChild != pEnd; ++pChild) {
-            fetchLevel(**pChild, in_iLevel - 1);
         }
     }
 
