@@ -4,7 +4,6 @@
 #include <atomic>
 #include <new>
 
-#include "Ahead.h"
 #include "RootsAhead.h"
 #include "SealedPlan.h"
 
@@ -16,6 +15,19 @@ thread_local bool t_bWalking = false;
 
 /// Numbers are never given twice: a graph may have been walked by another thread before.
 std::atomic<std::uint64_t> g_uiLastWalk{0};
+
+/// Does a way down end soon?
+bool isShallow(const ExpressionBaseImpl& in_Root) {
+    constexpr int MaxSteps = 64;
+    const ExpressionBaseImpl* pNode = &in_Root;
+    for (int iStep = 0; iStep != MaxSteps; ++iStep) {
+        if (pNode->getChildBegin() == pNode->getChildEnd()) {
+            return true;
+        }
+        pNode = pNode->getChildBegin()->get();
+    }
+    return false;
+}
 
 } // namespace
 
@@ -34,10 +46,16 @@ GraphWalk::GraphWalk() : m_uiNumber(++g_uiLastWalk) {}
 bool GraphWalk::isShort(const Nodes& in_vRoots) {
     const GraphWalk walk;
     std::size_t uiVisits = 0;
-    return std::all_of(in_vRoots.begin(), in_vRoots.end(), [&](ExpressionBaseImpl* in_pRoot) {
+    const auto isShortWith = [&](ExpressionBaseImpl* in_pRoot) {
         uiVisits += walk.countVisits(*in_pRoot);
         return uiVisits <= ExpressionBaseImpl::MaxVisitsPerWalk;
-    });
+    };
+    // Where each definition uses those behind it, the first leads to the end of a long chain, and
+    // the paths from the last are soon too many.
+    const bool bBackward =
+        !in_vRoots.empty() && !isShallow(*in_vRoots.front()) && isShallow(*in_vRoots.back());
+    return bBackward ? std::all_of(in_vRoots.rbegin(), in_vRoots.rend(), isShortWith)
+                     : std::all_of(in_vRoots.begin(), in_vRoots.end(), isShortWith);
 }
 
 bool GraphWalk::isShort(const ExpressionBaseImpl& in_Root) {
@@ -83,7 +101,7 @@ void GraphWalk::seal(const Nodes& in_vRoots) {
     GraphWalk walk;
     Nodes vNodes;
     std::size_t uiVisits = 0;
-    RootsAhead<2> ahead(in_vRoots);
+    RootsAhead<WalkedLines> ahead(in_vRoots);
     for (std::size_t uiRoot = 0; uiRoot != in_vRoots.size(); ++uiRoot) {
         ahead.begin(uiRoot);
         walk.append(*in_vRoots[uiRoot], vNodes, &ahead);
@@ -132,7 +150,7 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
 }
 
 void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
-                       RootsAhead<2>* inout_pAhead) {
+                       RootsAhead<WalkedLines>* inout_pAhead) {
     constexpr std::size_t MaxFetched = 4;
     const auto descend = [&](ExpressionBaseImpl& in_Node) {
         if (enter(in_Node)) {

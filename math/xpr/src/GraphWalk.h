@@ -6,6 +6,8 @@
 
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
+#include "Ahead.h"
+
 namespace Velmora::Math::Xpr {
 
 template <std::size_t>
@@ -91,7 +93,8 @@ private:
     std::size_t countVisits(ExpressionBaseImpl& in_Root) const;
 
     /// `collect`, which counts the visits as well and leaves them at the nodes.
-    void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes, RootsAhead<2>* inout_pAhead);
+    void append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
+                RootsAhead<WalkedLines>* inout_pAhead);
     static void addUpVisits(ExpressionBaseImpl& inout_Node);
 
     /// Seals the nodes, but for their lists of parents.

@@ -77,6 +77,17 @@ TEST_F(GraphWalkTest, EveryNodeComesOnceBehindAllOfItsParents) {
               (Nodes{pTop.get(), pLeft.get(), pRight.get(), pShared.get()}));
 }
 
+TEST_F(GraphWalkTest, ThePathsFromSeveralRootsAreAsManyInEitherOrder) {
+    // Longer than what is looked at to tell from which end to count.
+    const auto vChain = chain(300);
+    EXPECT_TRUE(GraphWalk::isShort({vChain.front().get(), vChain.back().get()}));
+    EXPECT_TRUE(GraphWalk::isShort({vChain.back().get(), vChain.front().get()}));
+    const auto pInput = Handle<VariableImpl>(new VariableImpl);
+    const auto pTop = doubled(pInput, 40);
+    EXPECT_FALSE(GraphWalk::isShort({pTop.get(), pInput.get()}));
+    EXPECT_FALSE(GraphWalk::isShort({pInput.get(), pTop.get()}));
+}
+
 TEST_F(GraphWalkTest, LaterCallsGiveWhatIsNew) {
     const auto pFirst = node();
     const auto pSecond = node();
