@@ -6,6 +6,7 @@
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/ConstantBase.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
+#include <velmora/math/xpr/VariableImpl.h>
 
 #include "DomainValueKeeper.h"
 #include "DomainVariableUpdate.h"
@@ -20,11 +21,10 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
 
 namespace {
 
-/// Most entries are variables, and a cast that fails is dear.
-Handle<Function> asFunction(const Handle<Expression>& in_pExpression) {
-    const Handle<ExpressionBaseImpl> pNode(in_pExpression);
-    return !pNode.isNull() && pNode->asVariable() != nullptr ? Handle<Function>()
-                                                             : Handle<Function>(in_pExpression);
+/// Most entries are variables, and a cast to an interface is dear; null for all else.
+const VariableImpl* asVariable(const Handle<Expression>& in_pExpression) {
+    ExpressionBaseImpl* const pNode = in_pExpression.isNull() ? nullptr : in_pExpression->asNode();
+    return pNode == nullptr ? nullptr : pNode->asVariable();
 }
 
 /// A definition of two operators.
@@ -112,7 +112,10 @@ bool Dictionnary::takeKey(const char* in_szName) const {
 
 bool Dictionnary::add(const Handle<Expression>& in_pExpression, bool in_bIgnoreDuplicate) {
     const char* szName = nullptr;
-    if (const Handle<Function> pFunction(asFunction(in_pExpression)); !pFunction.isNull()) {
+    if (const VariableImpl* const pVariableImpl = asVariable(in_pExpression)) {
+        szName = pVariableImpl->getName();
+        VELMORA_LOG_DEBUG(getLogger(), "add variable \"" << szName << "\"");
+    } else if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
         szName = pFunction->getName();
         VELMORA_LOG_DEBUG(getLogger(), "add function \"" << szName << "\"");
     } else if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {

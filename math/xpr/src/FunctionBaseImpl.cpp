@@ -122,7 +122,10 @@ bool FunctionBaseImpl::addArgument(const char* in_szArgumentName,
         return false;
     }
     const std::string strKey(in_szArgumentName);
-    in_pArgument->setName((strKey + '&' + std::to_string(getId())).c_str());
+    std::string strName(strKey);
+    strName += '&';
+    strName += std::to_string(getId());
+    in_pArgument->setName(strName.c_str());
     const auto iteArgument = m_Arguments.find(strKey);
     if (iteArgument == m_Arguments.end()) {
         m_Arguments.insert(strKey, addChild(Handle<ExpressionBaseImpl>(in_pArgument), true));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/DomainVariableImpl.h>
 
@@ -11,11 +10,9 @@
 
 namespace Velmora::Math::Xpr {
 
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
-
 Handle<VariableImpl> ScriptParser::ScriptParserImpl::newVariableDef(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newVariableDef");
-    VELMORA_LOG_DEBUG(fileLogger(), "found new variable definition: " << in_strName);
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newVariableDef");
+    VELMORA_LOG_DEBUG(m_Logger, "found new variable definition: " << in_strName);
     Handle<VariableImpl> pNewVariable(new VariableImpl);
     if (pNewVariable.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewVariable.isNull()");
@@ -28,8 +25,8 @@ Handle<VariableImpl> ScriptParser::ScriptParserImpl::newVariableDef(const std::s
 
 Handle<VariableImpl>
 ScriptParser::ScriptParserImpl::newDomainVariableDef(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newDomainVariableDef");
-    VELMORA_LOG_DEBUG(fileLogger(), "found new domain variable definition: " << in_strName);
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newDomainVariableDef");
+    VELMORA_LOG_DEBUG(m_Logger, "found new domain variable definition: " << in_strName);
     Handle<VariableImpl> pNewVariable(new DomainVariableImpl);
     if (pNewVariable.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewVariable.isNull()");
@@ -42,8 +39,8 @@ ScriptParser::ScriptParserImpl::newDomainVariableDef(const std::string& in_strNa
 
 Handle<ScriptFunctionImpl>
 ScriptParser::ScriptParserImpl::newFunctionDef(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newFunctionDef");
-    VELMORA_LOG_DEBUG(fileLogger(), "found new function definition: " << in_strName);
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newFunctionDef");
+    VELMORA_LOG_DEBUG(m_Logger, "found new function definition: " << in_strName);
     Handle<ScriptFunctionImpl> pNewFunction(new ScriptFunctionImpl(""));
     if (pNewFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewFunction.isNull()");
@@ -56,39 +53,38 @@ ScriptParser::ScriptParserImpl::newFunctionDef(const std::string& in_strName) {
 
 void ScriptParser::ScriptParserImpl::addFunctionArgument(
     const Handle<ScriptFunctionImpl>& in_pFunction, const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::addFunctionArgument");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::addFunctionArgument");
     countOperands(1);
     if (in_pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
         return;
     }
-    VELMORA_LOG_DEBUG(fileLogger(), "adding argument=\"" << in_strName << "\" to function=\""
-                                                         << in_pFunction->getName() << "\"");
+    VELMORA_LOG_DEBUG(m_Logger, "adding argument=\"" << in_strName << "\" to function=\""
+                                                     << in_pFunction->getName() << "\"");
     in_pFunction->addArgument(in_strName.c_str());
 }
 
 void ScriptParser::ScriptParserImpl::addFunctionParameter(
     const Handle<ScriptFunctionImpl>& in_pFunction, const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::addFunctionParameter");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::addFunctionParameter");
     countOperands(1);
     if (in_pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
         return;
     }
-    VELMORA_LOG_DEBUG(fileLogger(), "adding parameter=\"" << in_strName << "\" to function=\""
-                                                          << in_pFunction->getName() << "\"");
+    VELMORA_LOG_DEBUG(m_Logger, "adding parameter=\"" << in_strName << "\" to function=\""
+                                                      << in_pFunction->getName() << "\"");
     in_pFunction->addParameter(in_strName.c_str());
 }
 
 void ScriptParser::ScriptParserImpl::setFunctionImplementation(
     const Handle<ScriptFunctionImpl>& in_pFunction, const ParsedExpression& in_Body) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setFunctionImplementation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::setFunctionImplementation");
     if (in_pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pFunction.isNull()");
         return;
     }
-    VELMORA_LOG_DEBUG(fileLogger(),
-                      "setting implementation for function=" << in_pFunction->getName());
+    VELMORA_LOG_DEBUG(m_Logger, "setting implementation for function=" << in_pFunction->getName());
     if (!in_pFunction->setImplementation(in_Body.m_pNode)) {
         throw ScriptDefinitionError(
             *m_pScriptParser->m_pLastNamePosition,
@@ -99,7 +95,7 @@ void ScriptParser::ScriptParserImpl::setFunctionImplementation(
 
 void ScriptParser::ScriptParserImpl::setVariable(const Handle<VariableImpl>& in_pVariable,
                                                  const ParsedExpression& in_Value) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setVariable");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::setVariable");
     if (in_pVariable.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pVariable.isNull()");
         return;
@@ -115,15 +111,15 @@ void ScriptParser::ScriptParserImpl::setVariable(const Handle<VariableImpl>& in_
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newVariable(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newVariable");
-    VELMORA_LOG_DEBUG(fileLogger(), "found reference to variable " << in_strName);
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newVariable");
+    VELMORA_LOG_DEBUG(m_Logger, "found reference to variable " << in_strName);
     const Handle<Function>& pCurrentFunction = m_pScriptParser->m_pCurrentFunction;
     if (!pCurrentFunction.isNull()) {
         const Handle<Variable> pArgument = pCurrentFunction->getArgument(in_strName.c_str());
         if (!pArgument.isNull()) {
-            VELMORA_LOG_DEBUG(fileLogger(), "variable " << in_strName
-                                                        << " is an argument of the function "
-                                                        << pCurrentFunction->getName());
+            VELMORA_LOG_DEBUG(m_Logger, "variable " << in_strName
+                                                    << " is an argument of the function "
+                                                    << pCurrentFunction->getName());
             return ParsedExpression(pArgument);
         }
     }
@@ -138,8 +134,8 @@ ScriptParser::ScriptParserImpl::newVariable(const std::string& in_strName) {
 
 ScriptParser::ScriptParserImpl::ParsedCall
 ScriptParser::ScriptParserImpl::newFunction(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newFunction");
-    VELMORA_LOG_DEBUG(fileLogger(), "found function call to " << in_strName);
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newFunction");
+    VELMORA_LOG_DEBUG(m_Logger, "found function call to " << in_strName);
     const Handle<FunctionBaseImpl> pNewFunction(new UnknownFunction);
     if (pNewFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewFunction.isNull()");
@@ -152,7 +148,7 @@ ScriptParser::ScriptParserImpl::newFunction(const std::string& in_strName) {
 void ScriptParser::ScriptParserImpl::setFunctionArgument(ParsedCall& inout_Function,
                                                          std::size_t& inout_uiIndex,
                                                          const ParsedExpression& in_Argument) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setFunctionArgument");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::setFunctionArgument");
     countOperands(1);
     const Handle<FunctionBaseImpl>& pFunction = inout_Function.m_pNode;
     if (pFunction.isNull()) {
@@ -177,7 +173,7 @@ void ScriptParser::ScriptParserImpl::setFunctionArgument(ParsedCall& inout_Funct
 void ScriptParser::ScriptParserImpl::setFunctionParameter(const ParsedCall& in_Function,
                                                           std::size_t& inout_uiIndex,
                                                           const Handle<Parameter>& in_pParameter) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::setFunctionParameter");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::setFunctionParameter");
     countOperands(1);
     const Handle<FunctionBaseImpl>& pFunction = in_Function.m_pNode;
     if (pFunction.isNull()) {

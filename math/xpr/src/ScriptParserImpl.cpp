@@ -1,5 +1,7 @@
 #include "ScriptParserImpl.h"
 
+#include <typeinfo>
+
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
@@ -36,11 +38,11 @@ const char* operandsText() {
 } // namespace
 
 ScriptParser::ScriptParserImpl::ScriptParserImpl() {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::ScriptParserImpl");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::ScriptParserImpl");
 }
 
 ScriptParser::ScriptParserImpl::~ScriptParserImpl() {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::~ScriptParserImpl");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::~ScriptParserImpl");
 }
 
 ScriptParser::ScriptParserImpl::Outcome
@@ -52,6 +54,7 @@ ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
     if (m_pDefinition == nullptr) {
         m_pDefinition = std::make_unique<Definition>(*this);
     }
+    readLogLevel();
     const StatementGuard::Statement statement(m_Guard);
     Outcome outcome;
     outcome.m_Stop = in_First;
@@ -64,15 +67,23 @@ ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
     return outcome;
 }
 
+void ScriptParser::ScriptParserImpl::readLogLevel() {
+    const auto level =
+        fileLogger().isEnabledFor(log4cplus::TRACE_LOG_LEVEL)   ? log4cplus::TRACE_LOG_LEVEL
+        : fileLogger().isEnabledFor(log4cplus::DEBUG_LOG_LEVEL) ? log4cplus::DEBUG_LOG_LEVEL
+                                                                : log4cplus::OFF_LOG_LEVEL;
+    m_Logger.setCachedLogLevel(level);
+}
+
 void ScriptParser::ScriptParserImpl::saveExpression(const Handle<Expression>& in_pExpression) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::saveExpression");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::saveExpression");
     m_pScriptParser->m_pSavedExpression = in_pExpression;
     countOperands(1);
 }
 
 void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_pExpression,
                                                   const ScriptIterator& in_Position) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::savePosition");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::savePosition");
     const Handle<ExpressionBaseImpl> pExpressionImpl(in_pExpression);
     if (pExpressionImpl.isNull()) {
         VELMORA_ASSERT_FAIL("!pExpressionImpl.isNull() && \"invalid expression type\"");
@@ -83,7 +94,7 @@ void ScriptParser::ScriptParserImpl::savePosition(const Handle<Expression>& in_p
 
 void ScriptParser::ScriptParserImpl::setSourceInfo(ExpressionBaseImpl& inout_Node,
                                                    const ScriptIterator& in_Position) {
-    if (m_pFile == nullptr || *m_pFile != in_Position.getFile()) {
+    if (m_pFile == nullptr) {
         m_pFile = std::make_shared<const std::string>(in_Position.getFile());
     }
     inout_Node.setSourceInfo(
@@ -104,9 +115,10 @@ void ScriptParser::ScriptParserImpl::saveCallPosition(const ParsedCall& in_Call,
 // An argument that the name turned out to be belongs to the definition, not to this place.
 void ScriptParser::ScriptParserImpl::saveReferencePosition(const ParsedExpression& in_Node,
                                                            const ScriptIterator& in_Position) {
-    const Handle<UnknownVariable> pVariable(in_Node.m_pNode);
-    if (!pVariable.isNull()) {
-        setSourceInfo(*pVariable, in_Position);
+    ExpressionBaseImpl* const pNode =
+        in_Node.m_pNode.isNull() ? nullptr : in_Node.m_pNode->asNode();
+    if (pNode != nullptr && typeid(*pNode) == typeid(UnknownVariable)) {
+        setSourceInfo(*pNode, in_Position);
     }
 }
 
@@ -129,29 +141,29 @@ void ScriptParser::ScriptParserImpl::countOperands(std::size_t in_uiCount) {
 
 void ScriptParser::ScriptParserImpl::logFound(const char* in_szLiteral,
                                               const ScriptIterator& in_Position) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::logFound");
-    VELMORA_LOG_DEBUG(fileLogger(),
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::logFound");
+    VELMORA_LOG_DEBUG(m_Logger,
                       "found: [" << in_szLiteral << "] at line " << in_Position.getLine());
 }
 
 void ScriptParser::ScriptParserImpl::foundStatement(const ScriptIterator& in_First,
                                                     const ScriptIterator& in_Last) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::foundStatement");
-    VELMORA_LOG_DEBUG(fileLogger(), "found statement: \n"
-                                        << rawText(in_First, in_Last) << "\nfileName=\""
-                                        << in_First.getFile() << "\" line=\"" << in_First.getLine()
-                                        << "\" column=\"" << in_First.getColumn() << "\"");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::foundStatement");
+    VELMORA_LOG_DEBUG(m_Logger, "found statement: \n"
+                                    << rawText(in_First, in_Last) << "\nfileName=\""
+                                    << in_First.getFile() << "\" line=\"" << in_First.getLine()
+                                    << "\" column=\"" << in_First.getColumn() << "\"");
 }
 
 std::string ScriptParser::ScriptParserImpl::makeName(const ScriptIterator& in_First,
                                                      const ScriptIterator& in_Last) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::makeName");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::makeName");
     *m_pScriptParser->m_pLastNamePosition = in_Last;
     return rawText(in_First, in_Last);
 }
 
 bool ScriptParser::ScriptParserImpl::isWatched() const {
-    return detail::isSiteEnabled(fileLogger(), log4cplus::DEBUG_LOG_LEVEL);
+    return detail::isSiteEnabled(m_Logger, log4cplus::DEBUG_LOG_LEVEL);
 }
 
 void ScriptParser::ScriptParserImpl::reportMissing(const char* in_szMessage,

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include <velmora/CachedLLLogger.h>
 #include <velmora/Handle.h>
 #include <velmora/Object.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
@@ -145,6 +146,11 @@ private:
 
     std::string makeQualifiedName(const std::string& in_strName) const;
 
+    /// Dozens of sites ask for the level in each statement; it is read once.
+    void readLogLevel();
+
+    /// For what tells of the grammar's way, by the level at the start of the statement.
+    CachedLLLogger m_Logger{"quillmark.math.xpr.ScriptParser"};
     ScriptParser* m_pScriptParser = nullptr;
     std::unique_ptr<SkipGrammar> m_pSkipGrammar;
     std::unique_ptr<Definition> m_pDefinition;
@@ -152,7 +158,7 @@ private:
     /// What the script has made so far, failed alternatives included.
     std::size_t m_uiOperands = 0;
     std::size_t m_uiListedIndices = 0;
-    /// The name of the file in the positions of its nodes.
+    /// The name of the script's file, which the positions of its nodes share.
     std::shared_ptr<const std::string> m_pFile;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/UUID.h>
 #include <velmora/math/xpr/Argument.h>
@@ -16,8 +15,6 @@
 #include <velmora/math/xpr/OperatorSlice.h>
 
 namespace Velmora::Math::Xpr {
-
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
 
 template <class OperatorT>
 ScriptParser::ScriptParserImpl::ParsedExpression
@@ -38,34 +35,34 @@ ScriptParser::ScriptParserImpl::newBinaryOperation(const ParsedExpression& in_Le
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newAddOperation(const ParsedExpression& in_Left,
                                                 const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newAddOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newAddOperation");
     return newBinaryOperation<OperatorPlus>(in_Left, in_Right);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newSubOperation(const ParsedExpression& in_Left,
                                                 const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newSubOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newSubOperation");
     return newBinaryOperation<OperatorMinus>(in_Left, in_Right);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newMultOperation(const ParsedExpression& in_Left,
                                                  const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newMultOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newMultOperation");
     return newBinaryOperation<OperatorMultiply>(in_Left, in_Right);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newDivOperation(const ParsedExpression& in_Left,
                                                 const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newDivOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newDivOperation");
     return newBinaryOperation<OperatorDivide>(in_Left, in_Right);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newPowOperation(const ParsedExpression&, const ParsedExpression&) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newPowOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newPowOperation");
     VELMORA_ASSERT_FAIL("Not implemented : ScriptParser::ScriptParserImpl::newPowOperation");
     return ParsedExpression();
 }
@@ -73,14 +70,14 @@ ScriptParser::ScriptParserImpl::newPowOperation(const ParsedExpression&, const P
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newSliceOperation(const ParsedExpression& in_Left,
                                                   const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newSliceOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newSliceOperation");
     return newBinaryOperation<OperatorSlice>(in_Left, in_Right);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newConcatenateOperation(const ParsedExpression& in_Left,
                                                         const ParsedExpression& in_Right) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newConcatenateOperation");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newConcatenateOperation");
     countOperands(2);
     const Handle<FunctionBaseImpl> pNewOperation(new OperatorConcatenate);
     if (pNewOperation.isNull()) {
@@ -125,19 +122,19 @@ ScriptParser::ScriptParserImpl::newXaryOperation(const ParsedExpression& in_Firs
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newConcatenateOperationDef(const ParsedExpression& in_First) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newConcatenateOperationDef");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newConcatenateOperationDef");
     return newXaryOperation<OperatorConcatenate>(in_First);
 }
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newIfOperationDef(const ParsedExpression& in_First) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newIfOperationDef");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newIfOperationDef");
     return newXaryOperation<OperatorIf>(in_First);
 }
 
 void ScriptParser::ScriptParserImpl::addConcatenateOperationArgument(
     ParsedExpression& inout_Operation, const ParsedExpression& in_Operand) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::addConcatenateOperationArgument");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::addConcatenateOperationArgument");
     addOperationArgument(inout_Operation, in_Operand);
 }
 
@@ -149,7 +146,7 @@ void ScriptParser::ScriptParserImpl::addIfOperationArgument(ParsedExpression& in
 void ScriptParser::ScriptParserImpl::addOperationArgument(ParsedExpression& inout_Operation,
                                                           const ParsedExpression& in_Operand) {
     countOperands(1);
-    VELMORA_LOG_DEBUG(fileLogger(), "adding argument to concatenate operator");
+    VELMORA_LOG_DEBUG(m_Logger, "adding argument to concatenate operator");
     const Handle<FunctionBaseImpl> pFunction(inout_Operation.m_pNode);
     if (pFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!pFunction.isNull()");

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/ParameterValue.h>
 #include <velmora/math/DoubleVector.h>
@@ -10,8 +9,6 @@
 #include <velmora/math/xpr/ParameterImpl.h>
 
 namespace Velmora::Math::Xpr {
-
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.ScriptParser");
 
 namespace {
 
@@ -50,7 +47,7 @@ Handle<Parameter> newParameterOf(const ParameterValue& in_Value) {
 
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newConstant(double in_dValue) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newConstant");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newConstant");
     DoubleVector vValue;
     vValue.push_back(in_dValue);
     return ParsedExpression(newConstantOf(vValue));
@@ -59,7 +56,7 @@ ScriptParser::ScriptParserImpl::newConstant(double in_dValue) {
 ScriptParser::ScriptParserImpl::ParsedExpression
 ScriptParser::ScriptParserImpl::newIndexRange(std::size_t in_uiFirst, std::size_t in_uiLast,
                                               const ScriptIterator& in_Position) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newIndexRange");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newIndexRange");
     const bool bUpward = in_uiFirst <= in_uiLast;
     const std::size_t uiCount = (bUpward ? in_uiLast - in_uiFirst : in_uiFirst - in_uiLast) + 1;
     if (uiCount > ScriptParser::MaxRangeSize) {
@@ -78,25 +75,25 @@ ScriptParser::ScriptParserImpl::newIndexRange(std::size_t in_uiFirst, std::size_
 }
 
 Handle<Parameter> ScriptParser::ScriptParserImpl::newParameterValueInt(int in_iValue) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newParameterValueInt");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newParameterValueInt");
     return newParameterOf(ParameterValue(in_iValue));
 }
 
 Handle<Parameter> ScriptParser::ScriptParserImpl::newParameterValueSizeT(std::size_t in_uiValue) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newParameterValueSizeT");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newParameterValueSizeT");
     return newParameterOf(
         ParameterValue(static_cast<std::int32_t>(static_cast<std::uint32_t>(in_uiValue))));
 }
 
 Handle<Parameter> ScriptParser::ScriptParserImpl::newParameterValueDouble(double in_dValue) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newParameterValueDouble");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newParameterValueDouble");
     return newParameterOf(ParameterValue(static_cast<float>(in_dValue)));
 }
 
 Handle<Parameter>
 ScriptParser::ScriptParserImpl::newParameterValueIter(const ScriptIterator& in_First,
                                                       const ScriptIterator& in_Last) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newParameterValueIter");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newParameterValueIter");
     const Handle<Parameter> pNewParameter(new ParameterImpl);
     if (pNewParameter.isNull()) {
         VELMORA_ASSERT_FAIL("!pNewParameter.isNull()");
@@ -116,7 +113,7 @@ ScriptParser::ScriptParserImpl::newParameterValueIter(const ScriptIterator& in_F
 }
 
 Handle<Parameter> ScriptParser::ScriptParserImpl::newParameterValue(const std::string& in_strName) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "ScriptParserImpl::newParameterValue");
+    VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::newParameterValue");
     if (m_pScriptParser->m_pCurrentFunction.isNull()) {
         VELMORA_ASSERT_FAIL("!m_pScriptParser->m_pCurrentFunction.isNull()");
         return Handle<Parameter>();

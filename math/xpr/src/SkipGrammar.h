@@ -81,6 +81,18 @@ public:
     template <class PolicyT>
     SkipAheadPolicy(const PolicyT& in_Other) : Base(in_Other) {}
 
+    /// All at once: the grammar asks ahead of every token that it tries, mostly where nothing is.
+    template <class ScannerT>
+    void skip(const ScannerT& in_Scanner) const {
+        this->skipper().skip(in_Scanner.first);
+    }
+
+    template <class ScannerT>
+    bool at_end(const ScannerT& in_Scanner) const {
+        in_Scanner.skip(in_Scanner);
+        return in_Scanner.first.isAtEnd();
+    }
+
     template <class ScannerT>
     void advance(const ScannerT& in_Scanner) const {
         boost::spirit::classic::iteration_policy::advance(in_Scanner);
