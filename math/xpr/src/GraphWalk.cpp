@@ -6,6 +6,7 @@
 
 #include "RootsAhead.h"
 #include "SealedPlan.h"
+#include "WayBack.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -152,6 +153,7 @@ GraphWalk::Nodes GraphWalk::collect(ExpressionBaseImpl& in_Root) {
 void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
                        RootsAhead<WalkedLines>* inout_pAhead) {
     constexpr std::size_t MaxFetched = 4;
+    constexpr std::size_t PlacesOfTwoDefinitions = 5;
     const auto descend = [&](ExpressionBaseImpl& in_Node) {
         if (enter(in_Node)) {
             in_Node.m_uiWalkPlace = TooManyVisits;
@@ -177,6 +179,11 @@ void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
             addUpVisits(*place.m_pNode);
             out_vNodes.push_back(place.m_pNode);
             m_vPath.pop_back();
+            fetchWayBack<2>(m_vPath.size(), PlacesOfTwoDefinitions, [this](std::size_t in_ui) {
+                const Place& later = m_vPath[in_ui];
+                const auto* const pEnd = later.m_pNode->getChildEnd() - later.m_uiNextChild;
+                return PlaceOnPath{later.m_pNode, later.m_pNode->getChildBegin(), pEnd};
+            });
         }
     }
     std::reverse(out_vNodes.begin() + static_cast<std::ptrdiff_t>(uiFirst), out_vNodes.end());

@@ -26,7 +26,7 @@ constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 
 /// A definition of two operators.
 constexpr std::size_t ExpressionsPerRoot = 8;
-constexpr std::size_t PlacesPerDefinition = 3;
+constexpr std::size_t PlacesOfADefinition = 3;
 
 template <std::size_t Lines>
 void fetchChilds(const ExpressionBaseImpl& in_Node) {
@@ -88,9 +88,11 @@ public:
             if (place.m_pNextChild == place.m_pNode->getChildEnd()) {
                 leave(place);
                 m_vPath.pop_back();
-                fetchWayBack<AllLines>(m_vPath.size(), PlacesPerDefinition,
-                                       [this](std::size_t in_ui) -> const ExpressionBaseImpl& {
-                                           return *m_vPath[in_ui].m_pNode;
+                fetchWayBack<AllLines>(m_vPath.size(), PlacesOfADefinition,
+                                       [this](std::size_t in_ui) {
+                                           const Place& later = m_vPath[in_ui];
+                                           return PlaceOnPath{later.m_pNode, later.m_pNextChild,
+                                                              later.m_pNode->getChildEnd()};
                                        });
             } else if (!enter(*place.m_pNextChild++)) {
                 VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr) )");

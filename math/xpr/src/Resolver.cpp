@@ -92,10 +92,11 @@ bool Resolver::leave(const std::string& in_strName, bool in_bResolved) {
         return false;
     }
     m_vExpressionCalls.pop_back();
-    fetchWayBack<AllLines>(m_vExpressionCalls.size(), 1,
-                           [this](std::size_t in_ui) -> const ExpressionBaseImpl& {
-                               return *m_vExpressionCalls[in_ui];
-                           });
+    constexpr std::size_t TwoNames = 2;
+    fetchWayBack<AllLines>(m_vExpressionCalls.size(), TwoNames, [this](std::size_t in_ui) {
+        const ExpressionBaseImpl& later = *m_vExpressionCalls[in_ui];
+        return PlaceOnPath{&later, later.getChildBegin(), later.getChildEnd()};
+    });
     if (!in_bResolved) {
         ++m_uiFailures;
         m_FailedNames.insert(in_strName);

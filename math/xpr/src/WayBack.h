@@ -2,29 +2,46 @@
 
 #include <cstddef>
 
+#include <velmora/Handle.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
+#include "Ahead.h"
 #include "RootsAhead.h"
 
 namespace Velmora::Math::Xpr {
 
+/// A node on the path of a walk, and the children that it hasn't been to.
+struct PlaceOnPath {
+    const ExpressionBaseImpl* m_pNode;
+    const Handle<ExpressionBaseImpl>* m_pFirst;
+    const Handle<ExpressionBaseImpl>* m_pEnd;
+};
+
 /// Has the processor fetch what a walk is about to come back to, to be called as it leaves a node.
 ///
 /// A walk down a chain of definitions that stand on each other goes to its end first. By the time
-/// it comes back, nodes at the other end have left the caches, with the children that it hasn't
-/// been to. `in_NodeAt` gives the node at a place of the path; of a definition there are
-/// `in_uiPlaces` on it.
-template <std::size_t Lines, class NodeAt>
-void fetchWayBack(std::size_t in_uiLength, std::size_t in_uiPlaces, NodeAt in_NodeAt) {
+/// it comes back, the nodes at the other end have left the caches, and so have the children that it
+/// hasn't been to. `in_PlaceAt` gives a place of the path by its number; `in_uiStep` is how many of
+/// them belong to a definition or two.
+template <std::size_t Lines, class PlaceAt>
+void fetchWayBack(std::size_t in_uiLength, std::size_t in_uiStep, PlaceAt in_PlaceAt) {
     // The nodes of shorter paths are in the caches.
     constexpr std::size_t LongPath = 1000;
-    constexpr int Depth = 5;
+    // Down to the operands of a definition of two operators that the path leads to but not through.
+    constexpr int Depth = 7;
     if (in_uiLength < LongPath) {
         return;
     }
     for (int iLevel = 0; iLevel != Depth; ++iLevel) {
-        const auto uiAhead = in_uiPlaces * 2 * static_cast<std::size_t>(Depth - iLevel);
-        fetchLevel<Lines>(in_NodeAt(in_uiLength - 1 - uiAhead), iLevel);
+        const auto uiAhead = in_uiStep * static_cast<std::size_t>(Depth - iLevel);
+        const PlaceOnPath place = in_PlaceAt(in_uiLength - 1 - uiAhead);
+        if (iLevel == 0) {
+            fetchAhead<Lines>(place.m_pNode);
+            continue;
+        }
+        for (const auto* pChild = place.m_pFirst; pChild != place.m_pEnd; ++pChild) {
+            fetchLevel<Lines>(**pChild, iLevel - 1);
+        }
     }
 }
 
