@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "FlagBlock.h"
 #include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
@@ -21,18 +22,9 @@ void SealedPlan::FlagPattern::take(const SealedPlan& in_Plan, const Needs& in_Ne
 }
 
 bool SealedPlan::FlagPattern::fits(const SealedPlan& in_Plan, const Needs& in_Needs) const {
-    if (m_uiScalarChanges != in_Plan.m_uiScalarChanges) {
-        return false;
-    }
-    const Flags* const pValid = in_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
-    const Flags* const pFlags = in_Needs.m_vFlags.data();
-    const Flags* const pBefore = m_vBefore.data();
-    const std::size_t uiCount = in_Needs.m_vFlags.size();
-    Flags different = 0;
-    for (std::size_t ui = 0; ui != uiCount; ++ui) {
-        different |= (pValid[ui] & pFlags[ui]) ^ pBefore[ui];
-    }
-    return different == 0;
+    return m_uiScalarChanges == in_Plan.m_uiScalarChanges &&
+           FlagBlock::areAs(m_vBefore, in_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace,
+                            in_Needs.m_vFlags);
 }
 
 void SealedPlan::FlagPattern::remember(SealedPlan& inout_Plan, const Needs& in_Needs) const {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <tuple>
 
+#include "FlagBlock.h"
 #include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
@@ -147,12 +148,7 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
         Step& forward = inout_Plan.m_vSteps[uiForward];
         passOn(forward, inout_Plan.m_vSteps[forward.m_uiFirst]);
     }
-    Flags* const pValid = inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace;
-    const Flags* const pFlags = in_Needs.m_vFlags.data();
-    const std::size_t uiCount = in_Needs.m_vFlags.size();
-    for (std::size_t ui = 0; ui != uiCount; ++ui) {
-        pValid[ui] |= pFlags[ui];
-    }
+    FlagBlock::add(inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace, in_Needs.m_vFlags);
     return true;
 }
 

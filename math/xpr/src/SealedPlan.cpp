@@ -6,6 +6,7 @@
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 
 #include "Ahead.h"
+#include "FlagBlock.h"
 #include "SealedPlanBuilder.h"
 #include "SealedPlanNeeds.h"
 
@@ -221,12 +222,7 @@ bool SealedPlan::invalidate(Index in_uiNode) {
     }
     ++m_uiInvalidations;
     if (!pReaders->m_vOthers.empty()) {
-        Flags* const pValid = m_vValid.data() + pReaders->m_uiFirstPlace;
-        const Flags* const pOthers = pReaders->m_vOthers.data();
-        const std::size_t uiCount = pReaders->m_vOthers.size();
-        for (std::size_t ui = 0; ui != uiCount; ++ui) {
-            pValid[ui] &= pOthers[ui];
-        }
+        FlagBlock::keep(m_vValid.data() + pReaders->m_uiFirstPlace, pReaders->m_vOthers);
         return true;
     }
     for (const Word& word : pReaders->m_vWords) {

@@ -184,7 +184,7 @@ private:
     struct NodeSet {
         std::vector<Word> m_vWords;
         /// Where the words are close together, what stays of those from a place on when the nodes
-        /// are taken out: many words are cleared at once.
+        /// are taken out, in whole blocks: many words are cleared at once.
         std::vector<Flags> m_vOthers;
         std::size_t m_uiFirstPlace = 0;
     };

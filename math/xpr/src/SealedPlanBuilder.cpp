@@ -14,6 +14,7 @@
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "FlagBlock.h"
 #include "RootsAhead.h"
 #include "SealedPlanNeeds.h"
 
@@ -36,7 +37,9 @@ void SealedPlan::Builder::build(const Nodes& in_vRoots) {
         }
     }
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
-    m_Plan.m_vValid.resize((m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord);
+    // A block may begin at any word.
+    const std::size_t uiWords = (m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord;
+    m_Plan.m_vValid.resize(uiWords + FlagBlock::WordCount - 1);
     m_Plan.m_vReaders.resize(m_Plan.m_vSteps.size());
     m_Plan.m_vNeeds.resize(m_Plan.m_vSteps.size());
     m_Plan.m_uiNeedsRoom = 64 * m_Plan.m_vSteps.size() + 1024;
@@ -91,7 +94,7 @@ void SealedPlan::Builder::spread(NodeSet& inout_Set) {
         return;
     }
     inout_Set.m_uiFirstPlace = uiFirst;
-    inout_Set.m_vOthers.assign(uiCount, ~Flags(0));
+    inout_Set.m_vOthers.assign(FlagBlock::roundUp(uiCount), ~Flags(0));
     for (const Word& word : inout_Set.m_vWords) {
         inout_Set.m_vOthers[word.m_uiPlace - uiFirst] = ~word.m_Flags;
     }

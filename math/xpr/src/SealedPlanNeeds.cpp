@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "FlagBlock.h"
 #include "SealedPlanBuilder.h"
 
 namespace Velmora::Math::Xpr {
@@ -97,7 +98,7 @@ void SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
         [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind == Kind::Other; });
     m_vSources.resize(m_vSteps.size());
     inout_Needs.m_uiFirstPlace = uiFirst;
-    inout_Needs.m_vFlags.resize(uiPlaces);
+    inout_Needs.m_vFlags.resize(FlagBlock::roundUp(uiPlaces));
     for (const Word& word : vWords) {
         inout_Needs.m_vFlags[word.m_uiPlace - uiFirst] = word.m_Flags;
     }

@@ -50,7 +50,8 @@ struct SealedPlan::Needs {
     };
     /// Are all nodes of kinds that a program for scalars knows?
     bool m_bMayBeScalars = false;
-    /// For the programs, the flags of the set word after word, those between its words included.
+    /// For the programs, the flags of the set word after word, those between its words included,
+    /// in whole blocks.
     std::vector<Flags> m_vFlags;
     std::size_t m_uiFirstPlace = 0;
     /// A digest of the flags that were set ahead of the last evaluation without a program, and of

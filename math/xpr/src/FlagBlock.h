@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Velmora::Math::Xpr {
+
+/// The flags of 32 nodes that stand side by side, a byte each: what a processor takes at a time
+/// where those of a whole range are looked at or changed.
+///
+/// Ranges are lists of words of eight flags, of whole blocks. A list may end behind the last node.
+class FlagBlock {
+public:
+    using Words = std::vector<std::uint64_t>;
+
+    static constexpr std::size_t WordCount = 4;
+
+    /// Words for as many, in whole blocks.
+    static constexpr std::size_t roundUp(std::size_t in_uiWords) {
+        return (in_uiWords + WordCount - 1) / WordCount * WordCount;
+    }
+
+    /// Clears what isn't in the mask.
+    static void keep(std::uint64_t* inout_pFlags, const Words& in_vMask) {
+        const std::uint64_t* const pEnd = in_vMask.data() + in_vMask.size();
+        for (const auto* pMask = in_vMask.data(); pMask != pEnd; pMask += WordCount) {
+            at(inout_pFlags) &= at(pMask);
+            at(inout_pFlags + HalfCount) &= at(pMask + HalfCount);
+            inout_pFlags += WordCount;
+        }
+    }
+
+    /// Sets what is in the other list.
+    static void add(std::uint64_t* inout_pFlags, const Words& in_vFlags) {
+        const std::uint64_t* const pEnd = in_vFlags.data() + in_vFlags.size();
+        for (const auto* pFlags = in_vFlags.data(); pFlags != pEnd; pFlags += WordCount) {
+            at(inout_pFlags) |= at(pFlags);
+            at(inout_pFlags + HalfCount) |= at(pFlags + HalfCount);
+            inout_pFlags += WordCount;
+        }
+    }
+
+    /// Are those in the mask as expected? What is expected has nothing outside of it.
+    static bool areAs(const Words& in_vExpected, const std::uint64_t* in_pFlags,
+                      const Words& in_vMask) {
+        const std::uint64_t* const pEnd = in_vMask.data() + in_vMask.size();
+        const std::uint64_t* pExpected = in_vExpected.data();
+        Half different = {};
+        for (const auto* pMask = in_vMask.data(); pMask != pEnd; pMask += WordCount) {
+            different |= (at(in_pFlags) & at(pMask)) ^ at(pExpected);
+            different |=
+                (at(in_pFlags + HalfCount) & at(pMask + HalfCount)) ^ at(pExpected + HalfCount);
+            in_pFlags += WordCount;
+            pExpected += WordCount;
+        }
+        return (different[0] | different[1]) == 0;
+    }
+
+private:
+    static constexpr std::size_t HalfCount = WordCount / 2;
+
+    /// The registers that every processor has.
+    using Half = std::uint64_t
+        __attribute__((vector_size(HalfCount * sizeof(std::uint64_t)), aligned(8), may_alias));
+
+    static Half& at(std::uint64_t* in_pWords) { return *reinterpret_cast<Half*>(in_pWords); }
+    static const Half& at(const std::uint64_t* in_pWords) {
+        return *reinterpret_cast<const Half*>(in_pWords);
+    }
+};
+
+} // namespace Velmora::Math::Xpr
