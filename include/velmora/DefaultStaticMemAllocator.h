@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmora/Export.h>
+#include <velmora/MemAccountName.h>
 
 #include <cstddef>
 
@@ -15,6 +16,11 @@ public:
     /// Releases a block with the size and the account of its allocation. A null block is ignored.
     static void deallocate(void* in_pBlock, std::size_t in_uiSize,
                            const char* in_szAccount) noexcept;
+
+    /// The same two for a place that keeps the name, and needn't look the account up.
+    static void* allocate(std::size_t in_uiSize, MemAccountName& inout_Account) noexcept;
+    static void deallocate(void* in_pBlock, std::size_t in_uiSize,
+                           MemAccountName& inout_Account) noexcept;
 };
 
 } // namespace Velmora

@@ -2,6 +2,7 @@
 
 #include <velmora/DefaultStaticMemAllocator.h>
 #include <velmora/Export.h>
+#include <velmora/MemAccountName.h>
 
 #include <cstdint>
 #include <new>
@@ -16,14 +17,13 @@ class VELMORA_EXPORT ReferenceCount {
 public:
     /// A new counter set to 1, or null when memory is exhausted.
     static ReferenceCount* create() noexcept {
-        void* pBlock =
-            DefaultStaticMemAllocator::allocate(sizeof(ReferenceCount), "ReferenceCount");
+        void* pBlock = DefaultStaticMemAllocator::allocate(sizeof(ReferenceCount), account());
         return pBlock == nullptr ? nullptr : ::new (pBlock) ReferenceCount;
     }
 
     /// Releases a counter that `create` has made.
     static void destroy(ReferenceCount* in_pCount) noexcept {
-        DefaultStaticMemAllocator::deallocate(in_pCount, sizeof(ReferenceCount), "ReferenceCount");
+        DefaultStaticMemAllocator::deallocate(in_pCount, sizeof(ReferenceCount), account());
     }
 
     /// One handle more, and one less: not for the last.
@@ -38,6 +38,11 @@ public:
 
 private:
     ReferenceCount() = default;
+
+    [[gnu::visibility("hidden")]] static MemAccountName& account() noexcept {
+        static MemAccountName s_Account("ReferenceCount");
+        return s_Account;
+    }
 
     std::uint32_t m_uiCount = 1;
 };

@@ -114,6 +114,12 @@ AccountCounters* AccountTable::open(const char* in_szName) noexcept {
     return pAccount;
 }
 
+AccountCounters* AccountTable::remember(MemAccountName& inout_Name) noexcept {
+    AccountCounters* const pCounters = open(inout_Name.m_szName);
+    inout_Name.m_pCounters.store(pCounters, std::memory_order_release);
+    return pCounters;
+}
+
 AccountCounters* AccountTable::find(const char* in_szName) noexcept {
     return findUntil(in_szName == nullptr ? "" : in_szName, first(), nullptr);
 }

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstddef>
 
+#include <velmora/MemAccountName.h>
+
 namespace Velmora {
 
 /// The counters of one account. Accounts are never removed, so a pointer to one stays valid.
@@ -29,12 +31,19 @@ class AccountTable {
 public:
     /// The account of that name, opened on first use. Null when memory for it is exhausted.
     static AccountCounters* open(const char* in_szName) noexcept;
+    static AccountCounters* open(MemAccountName& inout_Name) noexcept {
+        AccountCounters* const pCounters = inout_Name.m_pCounters.load(std::memory_order_acquire);
+        return pCounters == nullptr ? remember(inout_Name) : pCounters;
+    }
 
     /// The account of that name, or null if it was never opened.
     static AccountCounters* find(const char* in_szName) noexcept;
 
     /// The account opened last; the others follow by `m_pNext`.
     static AccountCounters* first() noexcept;
+
+private:
+    static AccountCounters* remember(MemAccountName& inout_Name) noexcept;
 };
 
 } // namespace Velmora

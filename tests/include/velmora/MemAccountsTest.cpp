@@ -43,6 +43,30 @@ TEST(MemAccountsTest, TheAllocatorWithoutSizesCountsBlocksOnly) {
     expectAccount(szAccount, 0, 0, 1);
 }
 
+TEST(MemAccountsTest, APlaceThatKeepsTheNameCountsInTheAccountOfThatName) {
+    static MemAccountName s_First("MemAccountsTest.kept");
+    static MemAccountName s_Second("MemAccountsTest.kept");
+    EXPECT_STREQ("MemAccountsTest.kept", s_First.getName());
+    void* pFirst = DefaultStaticMemAllocator::allocate(10, s_First);
+    void* pSecond = DefaultStaticMemAllocator::allocate(20, s_First);
+    void* pThird = DefaultStaticMemAllocator::allocate(30, "MemAccountsTest.kept");
+    expectAccount("MemAccountsTest.kept", 3, 60, 3);
+    DefaultStaticMemAllocator::deallocate(pFirst, 10, s_Second);
+    DefaultStaticMemAllocator::deallocate(pSecond, 20, "MemAccountsTest.kept");
+    DefaultStaticMemAllocator::deallocate(pThird, 30, s_First);
+    DefaultStaticMemAllocator::deallocate(nullptr, 40, s_First);
+    expectAccount("MemAccountsTest.kept", 0, 0, 3);
+}
+
+TEST(MemAccountsTest, TheAllocatorWithoutSizesTakesAKeptNameToo) {
+    static MemAccountName s_Name("MemAccountsTest.keptNoSize");
+    void* p = NoSizeMemAllocator::allocate(10, s_Name);
+    expectAccount("MemAccountsTest.keptNoSize", 1, 0, 1);
+    NoSizeMemAllocator::deallocate(p, s_Name);
+    NoSizeMemAllocator::deallocate(nullptr, s_Name);
+    expectAccount("MemAccountsTest.keptNoSize", 0, 0, 1);
+}
+
 TEST(MemAccountsTest, ReleasingNullCountsNothing) {
     DefaultStaticMemAllocator::deallocate(nullptr, 10, "MemAccountsTest.null");
     NoSizeMemAllocator::deallocate(nullptr, "MemAccountsTest.null");

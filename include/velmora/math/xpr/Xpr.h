@@ -25,6 +25,7 @@
 #include <velmora/LimitedObjPtr.h>
 #include <velmora/LogSite.h>
 #include <velmora/Logger.h>
+#include <velmora/MemAccountName.h>
 #include <velmora/MemAccounting.h>
 #include <velmora/MemAccounts.h>
 #include <velmora/NoSizeMemAllocator.h>
