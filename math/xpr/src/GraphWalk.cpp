@@ -181,8 +181,10 @@ void GraphWalk::append(ExpressionBaseImpl& in_Root, Nodes& out_vNodes,
             m_vPath.pop_back();
             fetchWayBack<2>(m_vPath.size(), PlacesOfTwoDefinitions, [this](std::size_t in_ui) {
                 const Place& later = m_vPath[in_ui];
+                const auto* const pBegin = later.m_pNode->getChildBegin();
                 const auto* const pEnd = later.m_pNode->getChildEnd() - later.m_uiNextChild;
-                return PlaceOnPath{later.m_pNode, later.m_pNode->getChildBegin(), pEnd};
+                return PlaceOnPath{later.m_pNode, pEnd - std::min(pEnd - pBegin, MaxFetchedChilds),
+                                   pEnd};
             });
         }
     }

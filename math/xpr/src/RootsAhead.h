@@ -21,17 +21,19 @@ inline std::vector<ExpressionBaseImpl*> nodesOf(const Dictionnary& in_Dictionnar
     return vNodes;
 }
 
+/// The children of a node that are fetched: a concatenation may have as many as a script is long,
+/// and who fetches all of them whenever the walk goes on has the square of that to do.
+constexpr std::ptrdiff_t MaxFetchedChilds = 4;
+
 /// Has the processor fetch the nodes that are so many levels below a node.
 template <std::size_t Lines>
 void fetchLevel(const ExpressionBaseImpl& in_Node, int in_iLevel) {
-    constexpr std::ptrdiff_t MaxChilds = 4;
     if (in_iLevel == 0) {
         fetchAhead<Lines>(&in_Node);
         return;
     }
     const auto* const pFirst = in_Node.getChildBegin();
-    const auto* const pEnd =
-        pFirst + std::min<std::ptrdiff_t>(in_Node.getChildEnd() - pFirst, MaxChilds);
+    const auto* const pEnd = pFirst + std::min(in_Node.getChildEnd() - pFirst, MaxFetchedChilds);
     for (const auto* pChild = pFirst; pChild != pEnd; ++pChild) {
         fetchLevel<Lines>(**pChild, in_iLevel - 1);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include <velmora/Handle.h>
@@ -10,7 +11,8 @@
 
 namespace Velmora::Math::Xpr {
 
-/// A node on the path of a walk, and the children that it hasn't been to.
+/// A node on the path of a walk, and the children that it hasn't been to, of which the first few
+/// are fetched.
 struct PlaceOnPath {
     const ExpressionBaseImpl* m_pNode;
     const Handle<ExpressionBaseImpl>* m_pFirst;
@@ -39,7 +41,9 @@ void fetchWayBack(std::size_t in_uiLength, std::size_t in_uiStep, PlaceAt in_Pla
             fetchAhead<Lines>(place.m_pNode);
             continue;
         }
-        for (const auto* pChild = place.m_pFirst; pChild != place.m_pEnd; ++pChild) {
+        const auto* const pEnd =
+            place.m_pFirst + std::min(place.m_pEnd - place.m_pFirst, MaxFetchedChilds);
+        for (const auto* pChild = place.m_pFirst; pChild != pEnd; ++pChild) {
             fetchLevel<Lines>(**pChild, iLevel - 1);
         }
     }
