@@ -14,6 +14,7 @@ struct AccountCounters;
 /// The text lives as long as the object, which is meant to be static. Thread-safe.
 class VELMORA_EXPORT MemAccountName {
 public:
+    /// The account isn't opened yet.
     constexpr explicit MemAccountName(const char* in_szName) noexcept : m_szName(in_szName) {}
     MemAccountName(const MemAccountName&) = delete;
     MemAccountName& operator=(const MemAccountName&) = delete;
