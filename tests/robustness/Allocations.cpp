@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <limits>
 
+#include <velmora/MemAccountName.h>
+
 namespace {
 
 constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
@@ -61,7 +63,7 @@ void __wrap__ZN7Velmora9BlockPool17deallocateUnsizedEPv(void* in_pBlock) {
     __wrap_free(in_pBlock);
 }
 
-// DefaultStaticMemAllocator::allocate
+// DefaultStaticMemAllocator::allocate, by the text of a name and by a name that is kept
 void* __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(std::size_t in_uiSize,
                                                                   const char* in_szAccount);
 
@@ -70,6 +72,19 @@ void* __wrap__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(std::size_t in
     t_szAccount = in_szAccount;
     void* const pBlock =
         __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmPKc(in_uiSize, in_szAccount);
+    t_szAccount = nullptr;
+    return pBlock;
+}
+
+void* __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmRNS_14MemAccountNameE(
+    std::size_t in_uiSize, Velmora::MemAccountName& inout_Account);
+
+void* __wrap__ZN7Velmora25DefaultStaticMemAllocator8allocateEmRNS_14MemAccountNameE(
+    std::size_t in_uiSize, Velmora::MemAccountName& inout_Account) {
+    t_szAccount = inout_Account.getName();
+    void* const pBlock =
+        __real__ZN7Velmora25DefaultStaticMemAllocator8allocateEmRNS_14MemAccountNameE(
+            in_uiSize, inout_Account);
     t_szAccount = nullptr;
     return pBlock;
 }
