@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -15,6 +16,9 @@ public:
     using Words = std::vector<std::uint64_t>;
 
     static constexpr std::size_t WordCount = 4;
+
+    /// Words that are compared between one look for a difference and the next.
+    static constexpr std::size_t WordsPerLook = 8 * WordCount;
 
     /// Words for as many, in whole blocks.
     static constexpr std::size_t roundUp(std::size_t in_uiWords) {
@@ -42,17 +46,25 @@ public:
     }
 
     /// Are those in the mask as expected? What is expected has nothing outside of it.
+    ///
+    /// Who asks may have little else to do, however long the range: the comparison ends soon behind
+    /// a difference.
     static bool areAs(const Words& in_vExpected, const std::uint64_t* in_pFlags,
                       const Words& in_vMask) {
         const std::uint64_t* const pEnd = in_vMask.data() + in_vMask.size();
+        const std::uint64_t* pMask = in_vMask.data();
         const std::uint64_t* pExpected = in_vExpected.data();
         Half different = {};
-        for (const auto* pMask = in_vMask.data(); pMask != pEnd; pMask += WordCount) {
-            different |= (at(in_pFlags) & at(pMask)) ^ at(pExpected);
-            different |=
-                (at(in_pFlags + HalfCount) & at(pMask + HalfCount)) ^ at(pExpected + HalfCount);
-            in_pFlags += WordCount;
-            pExpected += WordCount;
+        while (pMask != pEnd && (different[0] | different[1]) == 0) {
+            const std::uint64_t* const pStop =
+                pMask + std::min<std::ptrdiff_t>(pEnd - pMask, WordsPerLook);
+            for (; pMask != pStop; pMask += WordCount) {
+                different |= (at(in_pFlags) & at(pMask)) ^ at(pExpected);
+                different |=
+                    (at(in_pFlags + HalfCount) & at(pMask + HalfCount)) ^ at(pExpected + HalfCount);
+                in_pFlags += WordCount;
+                pExpected += WordCount;
+            }
         }
         return (different[0] | different[1]) == 0;
     }

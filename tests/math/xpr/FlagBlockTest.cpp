@@ -5,6 +5,9 @@
 #include <random>
 #include <vector>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 namespace Velmora::Math::Xpr {
@@ -15,7 +18,7 @@ using Words = FlagBlock::Words;
 /// Lists of whole blocks inside of a longer one, from each place that a block may begin at.
 class FlagBlockTest : public testing::TestWithParam<std::size_t> {
 protected:
-    static constexpr std::size_t Count = 3 * FlagBlock::WordCount;
+    static constexpr std::size_t Count = 2 * FlagBlock::WordsPerLook + FlagBlock::WordCount;
 
     Words makeWords(std::size_t in_uiCount) {
         Words vWords(in_uiCount);
@@ -75,6 +78,20 @@ TEST(FlagBlockSizeTest, WordsAreRoundedUpToWholeBlocks) {
     EXPECT_EQ(4U, FlagBlock::roundUp(1));
     EXPECT_EQ(4U, FlagBlock::roundUp(4));
     EXPECT_EQ(8U, FlagBlock::roundUp(5));
+}
+
+TEST(FlagBlockLookTest, TheComparisonEndsSoonBehindADifference) {
+    // The flags end where a page does that can't be read.
+    const auto uiPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const pPages =
+        mmap(nullptr, 2 * uiPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pPages, MAP_FAILED);
+    auto* const pEnd = static_cast<std::uint64_t*>(pPages) + uiPage / sizeof(std::uint64_t);
+    ASSERT_EQ(mprotect(pEnd, uiPage, PROT_NONE), 0);
+    const Words vMask(4 * FlagBlock::WordsPerLook, 1);
+    const Words vExpected(vMask.size(), 1);
+    EXPECT_FALSE(FlagBlock::areAs(vExpected, pEnd - FlagBlock::WordsPerLook, vMask));
+    EXPECT_EQ(munmap(pPages, 2 * uiPage), 0);
 }
 
 } // namespace
