@@ -17,7 +17,8 @@
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/OperatorSlice.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
-#include <velmora/math/xpr/ScriptLoaderImpl.h>
+#include <velmora/math/xpr/ScriptLoaderStdIO.h>
+#include <velmora/math/xpr/ScriptLoaderVFS.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "UncheckedLinks.h"
@@ -33,10 +34,10 @@ constexpr std::size_t NodesPerDefinition = 8;
 
 constexpr const char* Name = "resolver.raw_expressions";
 
-/// Is the node exactly of one of the classes? A host may have derived others.
-template <class... Classes>
-bool isOneOf(const ExpressionBaseImpl& in_Node) {
-    const std::type_info& type = typeid(in_Node);
+/// Is the object exactly of one of the classes? A host may have derived others.
+template <class... Classes, class Object>
+bool isOneOf(const Object& in_Object) {
+    const std::type_info& type = typeid(in_Object);
     return ((type == typeid(Classes)) || ...);
 }
 
@@ -94,7 +95,7 @@ RawExpressions::RawExpressions(const Dictionnary& in_Originals, const ScriptLoad
 bool RawExpressions::isCopyingNoticed(const ScriptLoader& in_Loader) const {
     if (isCopyingLogged() ||
         detail::isSiteEnabled(m_Originals.getLogger(), log4cplus::DEBUG_LOG_LEVEL) ||
-        dynamic_cast<const ScriptLoaderImpl*>(&in_Loader) == nullptr) {
+        !isOneOf<ScriptLoaderStdIO, ScriptLoaderVFS>(in_Loader)) {
         return true;
     }
     auto itepOriginal = m_vOriginals.begin();

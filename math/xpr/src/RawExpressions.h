@@ -21,8 +21,8 @@ namespace Velmora::Math::Xpr {
 /// A variable of a script is copied when it is first asked for. Scripts mostly define names ahead
 /// of their uses, so that nobody asks, and the copies of a long script would be as much work as all
 /// else that linking does. Everything is copied at the start where that would be noticed: if
-/// copying is logged, for loaders and nodes of the host's, and for expressions that share nodes, so
-/// that to resolve one changes another.
+/// copying is logged, for loaders of the host's, which see the dictionary that they fill, for nodes
+/// of the host's, and for expressions that share nodes, so that to resolve one changes another.
 class RawExpressions {
 public:
     using Node = Handle<ExpressionBaseImpl>;

@@ -211,6 +211,30 @@ TEST_F(RawExpressionsTest, WhereCopyingIsLoggedEverythingIsCopiedAtTheStart) {
     EXPECT_EQ(log.count(log4cplus::DEBUG_LOG_LEVEL, "copy variable: [s.b]"), 1u);
 }
 
+/// Sets a variable of the dictionary that it is to fill.
+class SettingLoader : public ScriptLoaderVFS {
+public:
+    using ScriptLoaderVFS::run;
+    using ScriptLoaderVFS::ScriptLoaderVFS;
+
+    bool run(const char*, Dictionnary& inout_Dictionnary, bool) override {
+        return inout_Dictionnary.findVariable("s.a")->setValue(m_vValue);
+    }
+
+    DoubleVector m_vValue{5.0};
+};
+
+TEST_F(RawExpressionsTest, ALoaderOfTheHostsNeverGetsTheOriginals) {
+    const LogCapture quiet(std::string(), log4cplus::ERROR_LOG_LEVEL);
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = 1\nb = t.c\n"));
+    const Handle<ScriptLoader> pLoader(
+        new SettingLoader(TSHandle<VirtualFileSystem>(new MemoryFileSystem({}))));
+    ASSERT_TRUE(bench.m_Linker.configure(Testing::scriptsIn("scripts"), pLoader));
+    EXPECT_FALSE(bench.link());
+    EXPECT_EQ(bench.value("s.a"), "[1]");
+}
+
 /// `x` is sought in the script first, where it fails with a report, and then in its own, where
 /// `x.x` is sought alone. So each further try of either can be told from the lines.
 const char* const FailingX = "x = nope\n";
