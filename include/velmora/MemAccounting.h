@@ -36,10 +36,12 @@
     static void operator delete(void*, void*) noexcept {}                                          \
     static void operator delete[](void*, void*) noexcept {}
 
+// What the next two stand for are declarations.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+
 /// Account through `DefaultStaticMemAllocator`, which counts bytes too.
 #define VELMORA_MEM_ACCOUNT(account)                                                               \
 public:                                                                                            \
-    VELMORA_MEM_ACCOUNT_NAME(account)                                                              \
     static void* operator new(std::size_t in_uiSize) noexcept {                                    \
         return ::Velmora::DefaultStaticMemAllocator::allocate(in_uiSize, velmoraMemAccount());     \
     }                                                                                              \
@@ -54,12 +56,12 @@ public:                                                                         
         ::Velmora::DefaultStaticMemAllocator::deallocate(in_pBlock, in_uiSize,                     \
                                                          velmoraMemAccount());                     \
     }                                                                                              \
+    VELMORA_MEM_ACCOUNT_NAME(account)                                                              \
     VELMORA_MEM_ACCOUNT_PLACEMENT_FORMS
 
 /// Account through `NoSizeMemAllocator`, which counts blocks only.
 #define VELMORA_MEM_ACCOUNT_NO_SIZE(account)                                                       \
 public:                                                                                            \
-    VELMORA_MEM_ACCOUNT_NAME(account)                                                              \
     static void* operator new(std::size_t in_uiSize) noexcept {                                    \
         return ::Velmora::NoSizeMemAllocator::allocate(in_uiSize, velmoraMemAccount());            \
     }                                                                                              \
@@ -72,4 +74,7 @@ public:                                                                         
     static void operator delete[](void* in_pBlock, std::size_t) noexcept {                         \
         ::Velmora::NoSizeMemAllocator::deallocate(in_pBlock, velmoraMemAccount());                 \
     }                                                                                              \
+    VELMORA_MEM_ACCOUNT_NAME(account)                                                              \
     VELMORA_MEM_ACCOUNT_PLACEMENT_FORMS
+
+// NOLINTEND(bugprone-macro-parentheses)
