@@ -228,7 +228,7 @@ private:
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
-    bool computeWithoutProgram(Index in_uiNode, Index& out_uiFailed);
+    bool computeFar(Index in_uiNode, Index& out_uiFailed);
     Index computeByProgram(const Program& in_Program, Needs& inout_Needs);
     Index computeByNodes(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);

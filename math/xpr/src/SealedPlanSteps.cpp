@@ -288,13 +288,20 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
         return false;
     }
-    Needs* const pNeeds = m_vNeeds[in_uiNode].get();
-    const Program* const pProgram = pNeeds == nullptr ? nullptr : pNeeds->findProgram(*this);
+    Step& step = m_vSteps[in_uiNode];
+    bool bIsNear = false;
     Index uiFailed = PassedOver;
-    if (pProgram != nullptr) {
-        uiFailed = computeByProgram(*pProgram, *pNeeds);
-    } else if (!computeWithoutProgram(in_uiNode, uiFailed)) {
-        return false;
+    // A program takes its time with all flags of what the node needs, however little isn't valid.
+    if (step.m_uiFar == 0) {
+        uiFailed = computeNear(in_uiNode, bIsNear);
+    }
+    if (!bIsNear) {
+        // What was far is likely to be far in the next frame too.
+        constexpr std::uint8_t EvaluationsUntilNextLook = 32;
+        step.m_uiFar = step.m_uiFar == 0 ? EvaluationsUntilNextLook : step.m_uiFar - 1;
+        if (!computeFar(in_uiNode, uiFailed)) {
+            return false;
+        }
     }
     out_bSuccess = uiFailed == PassedOver;
     if (!out_bSuccess) {
@@ -306,22 +313,14 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
 }
 
 /// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
-bool SealedPlan::computeWithoutProgram(Index in_uiNode, Index& out_uiFailed) {
-    Step& step = m_vSteps[in_uiNode];
-    bool bIsNear = false;
-    if (step.m_uiFar == 0) {
-        out_uiFailed = computeNear(in_uiNode, bIsNear);
+bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
+    Needs* const pNeeds = findNeeds(in_uiNode);
+    if (pNeeds == nullptr) {
+        return false;
     }
-    if (!bIsNear) {
-        // What was far is likely to be far in the next frame too.
-        constexpr std::uint8_t EvaluationsUntilNextLook = 32;
-        step.m_uiFar = step.m_uiFar == 0 ? EvaluationsUntilNextLook : step.m_uiFar - 1;
-        Needs* const pNeeds = findNeeds(in_uiNode);
-        if (pNeeds == nullptr) {
-            return false;
-        }
-        out_uiFailed = computeNeeds(*pNeeds);
-    }
+    const Program* const pProgram = pNeeds->findProgram(*this);
+    out_uiFailed =
+        pProgram != nullptr ? computeByProgram(*pProgram, *pNeeds) : computeNeeds(*pNeeds);
     return true;
 }
 
