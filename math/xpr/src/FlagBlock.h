@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace Velmora::Math::Xpr {
@@ -29,8 +30,8 @@ public:
     static void keep(std::uint64_t* inout_pFlags, const Words& in_vMask) {
         const std::uint64_t* const pEnd = in_vMask.data() + in_vMask.size();
         for (const auto* pMask = in_vMask.data(); pMask != pEnd; pMask += WordCount) {
-            at(inout_pFlags) &= at(pMask);
-            at(inout_pFlags + HalfCount) &= at(pMask + HalfCount);
+            put(inout_pFlags, at(inout_pFlags) & at(pMask));
+            put(inout_pFlags + HalfCount, at(inout_pFlags + HalfCount) & at(pMask + HalfCount));
             inout_pFlags += WordCount;
         }
     }
@@ -39,8 +40,8 @@ public:
     static void add(std::uint64_t* inout_pFlags, const Words& in_vFlags) {
         const std::uint64_t* const pEnd = in_vFlags.data() + in_vFlags.size();
         for (const auto* pFlags = in_vFlags.data(); pFlags != pEnd; pFlags += WordCount) {
-            at(inout_pFlags) |= at(pFlags);
-            at(inout_pFlags + HalfCount) |= at(pFlags + HalfCount);
+            put(inout_pFlags, at(inout_pFlags) | at(pFlags));
+            put(inout_pFlags + HalfCount, at(inout_pFlags + HalfCount) | at(pFlags + HalfCount));
             inout_pFlags += WordCount;
         }
     }
@@ -72,13 +73,17 @@ public:
 private:
     static constexpr std::size_t HalfCount = WordCount / 2;
 
-    /// The registers that every processor has.
-    using Half = std::uint64_t
-        __attribute__((vector_size(HalfCount * sizeof(std::uint64_t)), aligned(8), may_alias));
+    /// The registers that every processor has. Words are copied to them and back, since a range may
+    /// begin at any word.
+    using Half = std::uint64_t __attribute__((vector_size(HalfCount * sizeof(std::uint64_t))));
 
-    static Half& at(std::uint64_t* in_pWords) { return *reinterpret_cast<Half*>(in_pWords); }
-    static const Half& at(const std::uint64_t* in_pWords) {
-        return *reinterpret_cast<const Half*>(in_pWords);
+    static Half at(const std::uint64_t* in_pWords) {
+        Half half;
+        std::memcpy(&half, in_pWords, sizeof(half));
+        return half;
+    }
+    static void put(std::uint64_t* out_pWords, Half in_Half) {
+        std::memcpy(out_pWords, &in_Half, sizeof(in_Half));
     }
 };
 
