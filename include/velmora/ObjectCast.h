@@ -13,9 +13,10 @@ auto objectPart(T* in_p) noexcept {
     return static_cast<Part*>(in_p);
 }
 
-/// A quicker way to the result of a cast that the library makes all the time. Whoever declares `U`
-/// specialises it beside it, with a `cast` that gives what the checked cast would.
-template <class T, class U>
+/// A quicker way to the result of a cast that the library makes all the time. Whoever declares `U`,
+/// or what such classes derive from, specialises it there, with a `cast` that gives what the
+/// checked cast would. The last parameter is for a condition on `U`.
+template <class T, class U, class = void>
 struct ObjectCastShortcut {
     /// Is there such a way?
     static constexpr bool EXISTS = false;

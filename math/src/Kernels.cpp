@@ -68,8 +68,7 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     }                                                                                              \
     attribute Correlation correlate##name(const double* in_pFirst, std::size_t in_uiCount,         \
                                           const double* in_pCosine, const double* in_pSine) {      \
-        return correlate(in_pFirst, in_uiCount, in_pCosine, in_pSine,                              \
-                         [](double value) { return value; });                                      \
+        return correlate<bytes>(in_pFirst, in_uiCount, in_pCosine, in_pSine, Unscaled());          \
     }                                                                                              \
     template <std::size_t uiForm>                                                                  \
     attribute void scaledSum##name(const ScaledSum::Operands& in_Operands) {                       \

@@ -40,6 +40,12 @@ public:
         }
     }
 
+    [[gnu::always_inline]] void multiply(const Lanes& in_other) {
+        for (std::size_t i = 0; i < parts; ++i) {
+            m_parts[i] *= in_other.m_parts[i];
+        }
+    }
+
     [[gnu::always_inline]] void multiply(double in_dFactor) {
         for (Register& part : m_parts) {
             part *= in_dFactor;
@@ -78,20 +84,47 @@ public:
         }
     }
 
-    /// The sum of the eight, halves first: lane i and lane i + 4, then i + 2, then i + 1.
-    [[gnu::always_inline]] double total() const {
-        double value[count];
-        store(value);
-        for (std::size_t half = count / 2; half != 0; half /= 2) {
-            for (std::size_t i = 0; i < half; ++i) {
-                value[i] += value[i + half];
+    /// The eight values there, the last one first.
+    [[gnu::always_inline]] static Lanes reversed(const double* in_pValues) {
+        const Lanes forward(in_pValues);
+        Lanes result;
+        for (std::size_t i = 0; i < parts; ++i) {
+            const auto& part = forward.m_parts[parts - 1 - i];
+            if constexpr (parts == 4) {
+                result.m_parts[i] = __builtin_shufflevector(part, part, 1, 0);
+            } else if constexpr (parts == 2) {
+                result.m_parts[i] = __builtin_shufflevector(part, part, 3, 2, 1, 0);
+            } else {
+                result.m_parts[i] = __builtin_shufflevector(part, part, 7, 6, 5, 4, 3, 2, 1, 0);
             }
         }
-        return value[0];
+        return result;
+    }
+
+    /// The sum of the eight, halves first: lane i and lane i + 4, then i + 2, then i + 1. Without a
+    /// way through memory, which takes longer than the additions.
+    [[gnu::always_inline]] double total() const {
+        Two two;
+        if constexpr (parts == 4) {
+            two = (m_parts[0] + m_parts[2]) + (m_parts[1] + m_parts[3]);
+        } else {
+            Four four;
+            if constexpr (parts == 2) {
+                four = m_parts[0] + m_parts[1];
+            } else {
+                four = __builtin_shufflevector(m_parts[0], m_parts[0], 0, 1, 2, 3) +
+                       __builtin_shufflevector(m_parts[0], m_parts[0], 4, 5, 6, 7);
+            }
+            two = __builtin_shufflevector(four, four, 0, 1) +
+                  __builtin_shufflevector(four, four, 2, 3);
+        }
+        return two[0] + two[1];
     }
 
 private:
     using Register [[gnu::vector_size(Bytes)]] = double;
+    using Four [[gnu::vector_size(32)]] = double;
+    using Two [[gnu::vector_size(16)]] = double;
 
     static constexpr std::size_t width = Bytes / sizeof(double);
     static constexpr std::size_t parts = count / width;

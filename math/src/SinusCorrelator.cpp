@@ -25,8 +25,9 @@ constexpr double scaleDown = 0x1p-600;
 [[gnu::noinline]] Correlation correlateScaled(double in_dScale, const double* in_pFirst,
                                               std::size_t in_uiCount, const double* in_pCosine,
                                               const double* in_pSine) {
-    return correlate(in_pFirst, in_uiCount, in_pCosine, in_pSine,
-                     [in_dScale](double value) { return value * in_dScale; });
+    constexpr std::size_t smallestRegisters = 16;
+    return correlate<smallestRegisters>(in_pFirst, in_uiCount, in_pCosine, in_pSine,
+                                        ScaledBy{in_dScale});
 }
 
 double reciprocalNorm(double in_dSquaredNorm) {

@@ -30,16 +30,6 @@ const VariableImpl* asVariable(const Handle<Expression>& in_pExpression) {
 /// A definition of two operators.
 constexpr std::size_t NodesPerDefinition = 8;
 
-GraphWalk::Nodes rootsOf(const Dictionnary& in_Dictionnary) {
-    GraphWalk::Nodes vNodes;
-    for (const auto& entry : in_Dictionnary) {
-        if (const Handle<ExpressionBaseImpl> pNode(entry.second); !pNode.isNull()) {
-            vNodes.push_back(&*pNode);
-        }
-    }
-    return vNodes;
-}
-
 } // namespace
 
 Dictionnary::Dictionnary(const char* in_szName) : m_strName(in_szName == nullptr ? "" : in_szName) {

@@ -13,6 +13,9 @@ namespace {
 
 template <class Map, class Source>
 typename Map::mapped_type find(const Map& in_mapCopies, const Source& in_Source) {
+    if (in_mapCopies.empty()) {
+        return typename Map::mapped_type();
+    }
     const auto iteCopy = in_mapCopies.find(in_Source.getId());
     return iteCopy == in_mapCopies.end() ? typename Map::mapped_type() : iteCopy->second;
 }
@@ -23,7 +26,7 @@ ExpressionImplCopier::ExpressionImplCopier()
     : m_mapExpressions(&m_Memory), m_mapParameters(&m_Memory) {}
 
 ExpressionImplCopier::ExpressionImplCopier(std::size_t in_uiNodes) : ExpressionImplCopier() {
-    m_mapExpressions.reserve(in_uiNodes);
+    m_uiExpected = in_uiNodes;
 }
 
 ExpressionImplCopier::~ExpressionImplCopier() = default;
@@ -45,6 +48,9 @@ bool ExpressionImplCopier::registerCopy(const ExpressionBaseImpl& in_Source,
     if (in_pCopy.isNull()) {
         VELMORA_ASSERT_FAIL("!in_pCopy.isNull()");
         return false;
+    }
+    if (m_mapExpressions.empty()) {
+        m_mapExpressions.reserve(m_uiExpected);
     }
     if (!m_mapExpressions.emplace(in_Source.getId(), in_pCopy).second) {
         VELMORA_LOG_ERROR(fileLogger(), "Original expression Id is already in map, should not "

@@ -26,7 +26,7 @@ Handle<ExpressionBaseImpl> takeEntry(const Handle<Expression>& in_pEntry) {
         VELMORA_LOG_ERROR(fileLogger(), "Must use same implementation base for all expressions.");
         return pExpression;
     }
-    return Handle<VariableImpl>(pExpression).isNull() ? pExpression->copy() : pExpression;
+    return pExpression->asVariable() == nullptr ? pExpression->copy() : pExpression;
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "ExpressionComplexity.h"
 #include "GraphWalk.h"
 #include "OptimizerDictionnary.h"
+#include "RootsAhead.h"
 #include "UncheckedLinks.h"
 
 namespace Velmora::Math::Xpr {
@@ -47,17 +48,6 @@ bool open(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressio
     }
     VELMORA_LOG_DEBUG(fileLogger(), "optimizer dictionnary before optimize:" << out_Index.dump());
     return true;
-}
-
-GraphWalk::Nodes rootsOf(const Dictionnary& in_Dictionnary) {
-    GraphWalk::Nodes vRoots;
-    for (const auto& entry : in_Dictionnary) {
-        const Handle<ExpressionBaseImpl> pRoot(entry.second);
-        if (!pRoot.isNull()) {
-            vRoots.push_back(&*pRoot);
-        }
-    }
-    return vRoots;
 }
 
 /// Would anybody see that the index is made?
@@ -142,6 +132,9 @@ public:
           m_Complexity(inout_Index.getComplexity()) {}
 
     void merge(const Instances& in_Similar) {
+        if (in_Similar.size() == 1) {
+            return;
+        }
         const Data pBest = findBest(in_Similar);
         for (const auto& iteSimilar : in_Similar) {
             const Data& pOther = *iteSimilar;

@@ -230,21 +230,15 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::initialize");
     VELMORA_LOG_DEBUG(fileLogger(),
                       "initializing with the Dictionnary=" << in_Dictionnary.getName() << "...");
-    std::vector<Handle<ExpressionBaseImpl>> vRoots;
-    GraphWalk::Nodes vRootNodes;
-    for (const auto& entry : in_Dictionnary) {
-        vRoots.emplace_back(entry.second);
-        if (!vRoots.back().isNull()) {
-            vRootNodes.push_back(&*vRoots.back());
-        }
-    }
-    m_bOneVisitEach = !GraphWalk::isShort(vRootNodes);
+    const GraphWalk::Nodes vRoots(rootsOf(in_Dictionnary));
+    m_bOneVisitEach = !GraphWalk::isShort(vRoots);
     if (m_bOneVisitEach) {
         m_ExpressionMap.getKeys().shortenTexts();
     }
     // With as many paths as nodes, most of a graph's memory would be that of its data.
-    const bool bInserted = m_bOneVisitEach && !areKeysLogged() ? insertInOneWalk(vRoots, vRootNodes)
-                                                               : insertInTwoWalks(vRoots);
+    const bool bInserted = m_bOneVisitEach && !areKeysLogged()
+                               ? insertInOneWalk(in_Dictionnary, vRoots)
+                               : insertInTwoWalks(in_Dictionnary);
     if (!bInserted) {
         VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
         return false;
@@ -255,10 +249,11 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     return true;
 }
 
-bool OptimizerDictionnary::insertInTwoWalks(const Roots& in_vRoots) {
-    m_ExpressionMap.reserve(in_vRoots.size() * ExpressionsPerRoot);
+bool OptimizerDictionnary::insertInTwoWalks(const Dictionnary& in_Dictionnary) {
+    m_ExpressionMap.reserve(in_Dictionnary.size() * ExpressionsPerRoot);
     const Walks walks;
-    for (const auto& pRoot : in_vRoots) {
+    for (const auto& entry : in_Dictionnary) {
+        const Handle<ExpressionBaseImpl> pRoot(entry.second);
         if (!insertExpression(pRoot, walks)) {
             return false;
         }
@@ -268,10 +263,12 @@ bool OptimizerDictionnary::insertInTwoWalks(const Roots& in_vRoots) {
     return true;
 }
 
-bool OptimizerDictionnary::insertInOneWalk(const Roots& in_vRoots, const Nodes& in_vNodes) {
-    SingleWalk walk(*this, in_vNodes);
-    return std::all_of(in_vRoots.begin(), in_vRoots.end(),
-                       [&](const auto& in_pRoot) { return walk.insertExpression(in_pRoot); });
+bool OptimizerDictionnary::insertInOneWalk(const Dictionnary& in_Dictionnary,
+                                           const Nodes& in_vRoots) {
+    SingleWalk walk(*this, in_vRoots);
+    return std::all_of(in_Dictionnary.begin(), in_Dictionnary.end(), [&](const auto& in_entry) {
+        return walk.insertExpression(Handle<ExpressionBaseImpl>(in_entry.second));
+    });
 }
 
 bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression,

@@ -77,11 +77,10 @@ private:
     struct Walks;
     class SingleWalk;
 
-    using Roots = std::vector<Handle<ExpressionBaseImpl>>;
     using Nodes = std::vector<ExpressionBaseImpl*>;
 
-    bool insertInTwoWalks(const Roots& in_vRoots);
-    bool insertInOneWalk(const Roots& in_vRoots, const Nodes& in_vNodes);
+    bool insertInTwoWalks(const Dictionnary& in_Dictionnary);
+    bool insertInOneWalk(const Dictionnary& in_Dictionnary, const Nodes& in_vRoots);
     void releaseHeld();
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, const Walks& in_Walks);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);

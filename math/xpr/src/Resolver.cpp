@@ -1,10 +1,14 @@
 #include "Resolver.h"
 
+#include <cstdint>
+#include <cstring>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
 #include <velmora/DeepCall.h>
 #include <velmora/LogSite.h>
+#include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
 #include <velmora/math/xpr/Registry.h>
 
@@ -16,18 +20,49 @@ namespace Velmora::Math::Xpr {
 
 namespace {
 
-/// The names under which a placeholder is sought, in this order.
-std::vector<std::string> candidatesOf(const std::string& in_strName) {
-    const std::size_t uiPoint = in_strName.find('.');
-    if (uiPoint == std::string::npos) {
-        return {in_strName + "." + in_strName, in_strName};
+/// The names under which a placeholder is sought, one after the other: the first is mostly found,
+/// and the others needn't be made.
+class Candidates {
+public:
+    explicit Candidates(const char* in_szName) : m_strName(in_szName) {
+        const std::size_t uiPoint = m_strName.find('.');
+        if (uiPoint != std::string::npos) {
+            m_uiRest = uiPoint + 1;
+            const bool bTwoParts = m_strName.find('.', m_uiRest) == std::string::npos;
+            m_eNext = bTwoParts ? Form::Whole : Form::Rest;
+        }
     }
-    const std::string strRest(in_strName, uiPoint + 1);
-    if (strRest.find('.') != std::string::npos) {
-        return {strRest};
+
+    /// False behind the last one.
+    bool next(std::string& out_strCandidate) {
+        switch (m_eNext) {
+        case Form::Whole:
+            out_strCandidate = m_strName;
+            m_eNext = Form::Twice;
+            return true;
+        case Form::Twice:
+            out_strCandidate.assign(m_strName, m_uiRest).append(1, '.').append(m_strName, m_uiRest);
+            m_eNext = Form::Rest;
+            return true;
+        case Form::Rest:
+            out_strCandidate.assign(m_strName, m_uiRest);
+            m_eNext = Form::None;
+            return true;
+        case Form::None:
+            break;
+        }
+        return false;
     }
-    return {in_strName, strRest + "." + strRest, strRest};
-}
+
+private:
+    /// The name, what stands behind its first point twice, with a point between, and that once: of
+    /// a name without a point, all of it.
+    enum class Form { Whole, Twice, Rest, None };
+
+    const std::string m_strName;
+    std::size_t m_uiRest = 0;
+    Form m_eNext = Form::Twice;
+};
 
 } // namespace
 
@@ -37,7 +72,10 @@ Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions
       m_RawExpressions(in_RawExpressions, *in_Linker.m_pScriptLoader),
       m_LinkedExpressions("resolver.linked_expressions"),
       m_mapExpressionCalls(100),
-      m_Log(getLogger()) {}
+      m_Log(getLogger()) {
+    // A line that isn't written costs a comparison, and there are a dozen of them for each name.
+    getLogger().setCachedLogLevel(getLogger().getChainedLogLevel());
+}
 
 bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
     const std::string strName(inout_pExpression->getName());
@@ -141,7 +179,7 @@ bool Resolver::resolveChilds(const Node& inout_pExpression, bool in_bTopLevel) {
 }
 
 bool Resolver::isPassedBy(const ExpressionBaseImpl& in_Expression) {
-    return m_ResolvedIds.count(in_Expression.getId()) != 0 && ++m_uiRevisits > MaxRevisits;
+    return m_ResolvedIds.contains(in_Expression.getId()) && ++m_uiRevisits > MaxRevisits;
 }
 
 bool Resolver::resolveChild(const Node& inout_pParent, long in_lChild) {
@@ -164,7 +202,7 @@ bool Resolver::resolveChild(const Node& inout_pParent, long in_lChild) {
 }
 
 bool Resolver::shareConstant(const Node& inout_pParent, Node& inout_pConstant) {
-    const Node pShared(m_LinkedExpressions.findExpression(inout_pConstant->getName()));
+    const Node pShared(findConstant(*inout_pConstant));
     if (pShared.isNull()) {
         m_LinkedExpressions.add(Handle<Expression>(inout_pConstant), false);
         return true;
@@ -183,6 +221,28 @@ bool Resolver::shareConstant(const Node& inout_pParent, Node& inout_pConstant) {
     noteReplaced(inout_pParent, inout_pConstant, pShared);
     inout_pConstant = pShared;
     return true;
+}
+
+/// What bears the name of a constant. A number that has been found before is known by its bits:
+/// making its name costs more than all else that is done with a literal.
+Handle<ExpressionBaseImpl> Resolver::findConstant(const ExpressionBaseImpl& in_Constant) {
+    const auto findByName = [&] {
+        return Node(m_LinkedExpressions.findExpression(in_Constant.getName()));
+    };
+    if (typeid(in_Constant) != typeid(ConstantImpl)) {
+        return findByName();
+    }
+    const DoubleVector& vValue = static_cast<const ConstantImpl&>(in_Constant).getValue();
+    if (vValue.size() != 1) {
+        return findByName();
+    }
+    std::uint64_t uiBits = 0;
+    std::memcpy(&uiBits, vValue.begin(), sizeof(uiBits));
+    Node& pKnown = m_mapNumbers[uiBits];
+    if (pKnown.isNull()) {
+        pKnown = findByName();
+    }
+    return pKnown;
 }
 
 /// What a name below stands for has been resolved for its own sake, or is being.
@@ -239,11 +299,11 @@ bool Resolver::resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl
 
 Handle<ExpressionBaseImpl> Resolver::findCandidate(const ExpressionBaseImpl& in_Unknown,
                                                    std::string& out_strCandidate) {
-    for (std::string& strCandidate : candidatesOf(in_Unknown.getName())) {
-        m_Log.tryingCandidate(in_Unknown, strCandidate.c_str());
-        const Node pExpression(findExpression(strCandidate, in_Unknown));
+    Candidates candidates(in_Unknown.getName());
+    while (candidates.next(out_strCandidate)) {
+        m_Log.tryingCandidate(in_Unknown, out_strCandidate.c_str());
+        Node pExpression(findExpression(out_strCandidate, in_Unknown));
         if (!pExpression.isNull()) {
-            out_strCandidate = std::move(strCandidate);
             return pExpression;
         }
         if (m_bRefused) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <memory_resource>
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -14,6 +14,7 @@
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 #include <velmora/math/xpr/Linker.h>
 
+#include "IdSet.h"
 #include "NodeKind.h"
 #include "PrototypeCopier.h"
 #include "RawExpressions.h"
@@ -63,6 +64,7 @@ private:
                             NodeKind in_Kind);
     bool resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl& in_Unknown);
     bool shareConstant(const Node& inout_pParent, Node& inout_pConstant);
+    Node findConstant(const ExpressionBaseImpl& in_Constant);
     void noteReplaced(const Node& in_pParent, const Node& in_pRaw, const Node& in_pNew);
     bool isPassedBy(const ExpressionBaseImpl& in_Expression);
 
@@ -80,6 +82,9 @@ private:
     const Linker& m_Linker;
     RawExpressions m_RawExpressions;
     Dictionnary m_LinkedExpressions;
+    /// Constants of one number that were found among the linked expressions, which none ever
+    /// leaves.
+    std::unordered_map<std::uint64_t, Node> m_mapNumbers;
     std::unordered_map<std::string, Node> m_mapExpressionCalls;
     /// The same in their order.
     std::vector<const ExpressionBaseImpl*> m_vExpressionCalls;
@@ -87,8 +92,7 @@ private:
     ResolverLog m_Log;
     PrototypeCopier m_Copier;
     NodeKinds m_Kinds;
-    std::pmr::monotonic_buffer_resource m_Memory;
-    std::pmr::unordered_set<unsigned long> m_ResolvedIds{&m_Memory};
+    IdSet m_ResolvedIds;
     std::size_t m_uiRevisits = 0;
     /// Has a host linked a variable by hand? As long as every link to a variable is the work of
     /// this run, no link can make a loop: what it leads to was resolved to the end before, and a

@@ -21,6 +21,13 @@ inline std::vector<ExpressionBaseImpl*> nodesOf(const Dictionnary& in_Dictionnar
     return vNodes;
 }
 
+/// The same without the nulls.
+inline std::vector<ExpressionBaseImpl*> rootsOf(const Dictionnary& in_Dictionnary) {
+    std::vector<ExpressionBaseImpl*> vRoots(nodesOf(in_Dictionnary));
+    vRoots.erase(std::remove(vRoots.begin(), vRoots.end(), nullptr), vRoots.end());
+    return vRoots;
+}
+
 /// The children of a node that are fetched: a concatenation may have as many as a script is long,
 /// and who fetches all of them whenever the walk goes on has the square of that to do.
 constexpr std::ptrdiff_t MaxFetchedChilds = 4;
@@ -35,6 +42,9 @@ void fetchLevel(const ExpressionBaseImpl& in_Node, int in_iLevel) {
     const auto* const pFirst = in_Node.getChildBegin();
     const auto* const pEnd = pFirst + std::min(in_Node.getChildEnd() - pFirst, MaxFetchedChilds);
     for (const auto* pChild = pFirst; pChild != pEnd; ++pChild) {
+        if (in_iLevel == 1) {
+            pChild->fetchCount();
+        }
         fetchLevel<Lines>(**pChild, in_iLevel - 1);
     }
 }

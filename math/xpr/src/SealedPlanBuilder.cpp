@@ -59,8 +59,7 @@ void SealedPlan::Builder::buildReaders() {
     listReaders();
     std::size_t uiWords = 0;
     for (Index uiNode = 0; uiNode != vSteps.size(); ++uiNode) {
-        const ExpressionBaseImpl& node = *vSteps[uiNode].m_pNode;
-        if (typeid(node) != typeid(DomainValueNoCopyImpl)) {
+        if (vSteps[uiNode].m_eKind != Kind::Input) {
             continue;
         }
         auto pSet = std::make_unique<NodeSet>(makeSet(listAllReaders(uiNode)));

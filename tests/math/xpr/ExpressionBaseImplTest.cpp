@@ -1,6 +1,7 @@
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
 #include <velmora/DiskFileSystem.h>
+#include <velmora/math/xpr/InvalidVariable.h>
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 
@@ -55,6 +56,21 @@ TEST_F(ExpressionBaseImplTest, NewNodeIsEmptyInvalidAndNotSealed) {
     EXPECT_EQ(pNode->getParentBegin(), pNode->getParentEnd());
     EXPECT_EQ(pNode->getChildBegin(), pNode->getChildEnd());
     EXPECT_EQ(textOf(*pNode), "");
+}
+
+TEST_F(ExpressionBaseImplTest, ACastToANodeGivesTheSameFromEveryInterface) {
+    const Handle<OperatorPlus> pPlus(new OperatorPlus);
+    const Handle<Function> pFunction(pPlus);
+    const Handle<BinaryOperator> pOperator(pPlus);
+    const Handle<Object> pObject(pPlus);
+    EXPECT_EQ(Handle<ExpressionBaseImpl>(pFunction).get(), pPlus.get());
+    EXPECT_EQ(Handle<ExpressionBaseImpl>(pOperator).get(), pPlus.get());
+    EXPECT_EQ(Handle<ExpressionBaseImpl>(pObject).get(), pPlus.get());
+    EXPECT_EQ(pPlus.getReferenceCount(), 4);
+    // A host may have variables that are no nodes of the library's.
+    const Handle<Variable> pForeign(new InvalidVariable);
+    EXPECT_TRUE(Handle<ExpressionBaseImpl>(pForeign).isNull());
+    EXPECT_TRUE(Handle<ExpressionBaseImpl>(Handle<Variable>()).isNull());
 }
 
 TEST_F(ExpressionBaseImplTest, LabelAndSourceInfoAreStoredAsCopies) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include <velmora/Export.h>
 #include <velmora/LimitedObjPtr.h>
 #include <velmora/Object.h>
@@ -50,9 +52,10 @@ public:
 
 namespace Velmora {
 
-/// Expressions are asked themselves.
-template <>
-struct ObjectCastShortcut<Math::Xpr::ExpressionBaseImpl, Math::Xpr::Expression> {
+/// Expressions are asked themselves, whichever interface of theirs is at hand.
+template <class U>
+struct ObjectCastShortcut<Math::Xpr::ExpressionBaseImpl, U,
+                          std::enable_if_t<std::is_convertible_v<U*, Math::Xpr::Expression*>>> {
     /// There is.
     static constexpr bool EXISTS = true;
     /// What the checked cast would give.

@@ -44,6 +44,8 @@ public:
 private:
     /// Entries come by the thousand and go together.
     std::pmr::monotonic_buffer_resource m_Memory;
+    /// Room that is made for the first copy: there may be none.
+    std::size_t m_uiExpected = 0;
     /// Two maps, since expressions and parameters are numbered independently.
     std::pmr::unordered_map<unsigned long, Handle<ExpressionBaseImpl>> m_mapExpressions;
     std::pmr::unordered_map<unsigned long, Handle<ParameterImpl>> m_mapParameters;
