@@ -207,6 +207,7 @@ private:
         }
     }
     static bool computeScalar(Step& inout_Step, const Step* in_pSteps);
+    static bool computeScalar(const Step& in_Step, const Step& in_First, const Step& in_Second);
     bool computeOperator(Step& inout_Step);
     bool computeAgain(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
@@ -290,5 +291,30 @@ private:
     bool m_bUsable = true;
     bool m_bIntact = true;
 };
+
+/// The sum, difference or product of scalars is written where the operator's result, a scalar, was.
+/// False, and nothing has happened, for all else.
+inline bool SealedPlan::computeScalar(const Step& in_Step, const Step& in_First,
+                                      const Step& in_Second) {
+    double* const pResult = in_Step.m_pScalar;
+    const double* const pFirst = findScalar(in_First);
+    const double* const pSecond = findScalar(in_Second);
+    if (pResult == nullptr || pFirst == nullptr || pSecond == nullptr) {
+        return false;
+    }
+    switch (in_Step.m_eKind) {
+    case Kind::Plus:
+        *pResult = *pFirst + *pSecond;
+        return true;
+    case Kind::Minus:
+        *pResult = *pFirst - *pSecond;
+        return true;
+    case Kind::Multiply:
+        *pResult = *pFirst * *pSecond;
+        return true;
+    default:
+        return false;
+    }
+}
 
 } // namespace Velmora::Math::Xpr

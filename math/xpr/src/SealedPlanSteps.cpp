@@ -108,28 +108,10 @@ bool SealedPlan::computeVectors(Step& inout_Step) {
     return bComputed;
 }
 
-/// A scalar that stays one is written in its place. False, and nothing has happened, for all else.
 inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
-    if (inout_Step.m_pScalar == nullptr || inout_Step.m_eKind > Kind::Multiply) {
-        return false;
-    }
-    const double* const pFirst = findScalar(in_pSteps[inout_Step.m_uiFirst]);
-    const double* const pSecond = findScalar(in_pSteps[inout_Step.m_uiSecond]);
-    if (pFirst == nullptr || pSecond == nullptr) {
-        return false;
-    }
-    switch (inout_Step.m_eKind) {
-    case Kind::Plus:
-        *inout_Step.m_pScalar = *pFirst + *pSecond;
-        break;
-    case Kind::Minus:
-        *inout_Step.m_pScalar = *pFirst - *pSecond;
-        break;
-    default:
-        *inout_Step.m_pScalar = *pFirst * *pSecond;
-        break;
-    }
-    return true;
+    return inout_Step.m_pScalar != nullptr && inout_Step.m_eKind <= Kind::Multiply &&
+           computeScalar(inout_Step, in_pSteps[inout_Step.m_uiFirst],
+                         in_pSteps[inout_Step.m_uiSecond]);
 }
 
 inline bool SealedPlan::computeOperator(Step& inout_Step) {

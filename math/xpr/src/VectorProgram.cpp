@@ -63,8 +63,9 @@ void SealedPlan::VectorProgram::appendNode(SealedPlan& inout_Plan, Index in_uiNo
     Item item;
     item.m_uiNode = in_uiNode;
     item.m_pStep = &inout_Plan.m_vSteps[in_uiNode];
-    if (item.m_pStep->m_eKind == Kind::Forward) {
-        item.m_pFrom = &inout_Plan.m_vSteps[item.m_pStep->m_uiFirst];
+    if (item.m_pStep->m_eKind <= Kind::Forward) {
+        item.m_pFirst = &inout_Plan.m_vSteps[item.m_pStep->m_uiFirst];
+        item.m_pSecond = &inout_Plan.m_vSteps[item.m_pStep->m_uiSecond];
     }
     m_vItems.push_back(item);
 }
@@ -256,12 +257,19 @@ bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint
     return true;
 }
 
-/// The short way to what isn't an operator.
+/// The short way to what isn't an operator on vectors.
 inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const Item& in_Item) {
     Step& step = *in_Item.m_pStep;
     switch (step.m_eKind) {
+    case Kind::Plus:
+    case Kind::Minus:
+    case Kind::Multiply:
+        if (!computeScalar(step, *in_Item.m_pFirst, *in_Item.m_pSecond)) {
+            return inout_Plan.step(in_Item.m_uiNode);
+        }
+        break;
     case Kind::Forward:
-        passOn(step, *in_Item.m_pFrom);
+        passOn(step, *in_Item.m_pFirst);
         break;
     case Kind::Input:
         readInput(step);

@@ -61,12 +61,14 @@ private:
         ScaledSum m_Operation{ScaledSum::Form()};
     };
 
-    /// A node and, where it passes a value on, the one that has it; or the number of a joint.
+    /// A node and, where it passes a value on or computes with two, those that have them; or the
+    /// number of a joint.
     struct Item {
         Index m_uiNode = PassedOver;
         Index m_uiJoint = PassedOver;
         Step* m_pStep = nullptr;
-        const Step* m_pFrom = nullptr;
+        const Step* m_pFirst = nullptr;
+        const Step* m_pSecond = nullptr;
     };
 
     void appendNode(SealedPlan& inout_Plan, Index in_uiNode);
