@@ -21,10 +21,28 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Dictionnary");
 
 namespace {
 
-/// Most entries are variables, and a cast to an interface is dear; null for all else.
-const VariableImpl* asVariable(const Handle<Expression>& in_pExpression) {
+/// What an entry is called, and the word for what it is; both null for what has no place here.
+struct Named {
+    const char* m_szKind = nullptr;
+    const char* m_szName = nullptr;
+};
+
+Named nameOf(const Handle<Expression>& in_pExpression) {
+    // Most entries are variables, and a cast to an interface is dear.
     ExpressionBaseImpl* const pNode = in_pExpression.isNull() ? nullptr : in_pExpression->asNode();
-    return pNode == nullptr ? nullptr : pNode->asVariable();
+    if (const VariableImpl* const p = pNode == nullptr ? nullptr : pNode->asVariable()) {
+        return {"variable", p->getName()};
+    }
+    if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
+        return {"function", pFunction->getName()};
+    }
+    if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {
+        return {"variable", pVariable->getName()};
+    }
+    if (const Handle<ConstantBase> pConstant(in_pExpression); !pConstant.isNull()) {
+        return {"constant", pConstant->getName()};
+    }
+    return {};
 }
 
 /// A definition of two operators.
@@ -101,25 +119,14 @@ bool Dictionnary::takeKey(const char* in_szName) const {
 }
 
 bool Dictionnary::add(const Handle<Expression>& in_pExpression, bool in_bIgnoreDuplicate) {
-    const char* szName = nullptr;
-    if (const VariableImpl* const pVariableImpl = asVariable(in_pExpression)) {
-        szName = pVariableImpl->getName();
-        VELMORA_LOG_DEBUG(getLogger(), "add variable \"" << szName << "\"");
-    } else if (const Handle<Function> pFunction(in_pExpression); !pFunction.isNull()) {
-        szName = pFunction->getName();
-        VELMORA_LOG_DEBUG(getLogger(), "add function \"" << szName << "\"");
-    } else if (const Handle<Variable> pVariable(in_pExpression); !pVariable.isNull()) {
-        szName = pVariable->getName();
-        VELMORA_LOG_DEBUG(getLogger(), "add variable \"" << szName << "\"");
-    } else if (const Handle<ConstantBase> pConstant(in_pExpression); !pConstant.isNull()) {
-        szName = pConstant->getName();
-        VELMORA_LOG_DEBUG(getLogger(), "add constant \"" << szName << "\"");
-    } else {
+    const Named named = nameOf(in_pExpression);
+    if (named.m_szKind == nullptr) {
         VELMORA_ASSERT_FAIL_L(getLogger(),
                               "false && \"expression shall be a Function or a Variable\"");
         return false;
     }
-    return addExpression(szName, in_pExpression, in_bIgnoreDuplicate);
+    VELMORA_LOG_DEBUG(getLogger(), "add " << named.m_szKind << " \"" << named.m_szName << "\"");
+    return addExpression(named.m_szName, in_pExpression, in_bIgnoreDuplicate);
 }
 
 bool Dictionnary::addExpression(const char* in_szName, const Handle<Expression>& in_pExpression,
