@@ -49,7 +49,7 @@ bool ExpressionImplCopier::registerCopy(const ExpressionBaseImpl& in_Source,
         VELMORA_ASSERT_FAIL("!in_pCopy.isNull()");
         return false;
     }
-    if (m_mapExpressions.empty()) {
+    if (m_uiExpected != 0 && m_mapExpressions.empty()) {
         m_mapExpressions.reserve(m_uiExpected);
     }
     if (!m_mapExpressions.emplace(in_Source.getId(), in_pCopy).second) {

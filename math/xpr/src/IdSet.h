@@ -10,6 +10,10 @@ namespace Velmora::Math::Xpr {
 /// of a graph stand close together: a bit for each, in pages.
 class IdSet {
 public:
+    IdSet() = default;
+    IdSet(const IdSet&) = delete;
+    IdSet& operator=(const IdSet&) = delete;
+
     void insert(unsigned long in_uiId) {
         const unsigned long uiPage = in_uiId / BitsPerPage;
         if (m_pLast == nullptr || uiPage != m_uiLast) {

@@ -1,5 +1,6 @@
 #include "Resolver.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <typeinfo>
@@ -72,15 +73,13 @@ Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions
       m_RawExpressions(in_RawExpressions, *in_Linker.m_pScriptLoader),
       m_LinkedExpressions("resolver.linked_expressions"),
       m_mapExpressionCalls(100),
-      m_Log(getLogger()) {
-    // A line that isn't written costs a comparison, and there are a dozen of them for each name.
-    getLogger().setCachedLogLevel(getLogger().getChainedLogLevel());
-}
+      m_Log(getLogger()) {}
 
 bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
     const std::string strName(inout_pExpression->getName());
     if (in_bTopLevel) {
         m_bRefused = false;
+        takeLogLevel();
         m_RawExpressions.begin(inout_pExpression);
     }
     const bool bResolved = enter(strName, inout_pExpression, in_bTopLevel) &&
@@ -89,6 +88,17 @@ bool Resolver::resolve(const Node& inout_pExpression, bool in_bTopLevel) {
         m_RawExpressions.end(bResolved);
     }
     return bResolved;
+}
+
+/// There are a dozen lines for each name, which cost a comparison each where nobody reads them. A
+/// reader finds them all, as does who changes the level between one entry and the next.
+void Resolver::takeLogLevel() {
+    const bool bQuiet = !getLogger().isEnabledFor(log4cplus::DEBUG_LOG_LEVEL) &&
+                        getLogger().isEnabledFor(log4cplus::ERROR_LOG_LEVEL);
+    constexpr int NotCached = -1;
+    getLogger().setCachedLogLevel(
+        bQuiet ? std::max(getLogger().getChainedLogLevel(), log4cplus::DEBUG_LOG_LEVEL + 1)
+               : NotCached);
 }
 
 bool Resolver::enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel) {

@@ -53,6 +53,7 @@ public:
 private:
     using Node = Handle<ExpressionBaseImpl>;
 
+    void takeLogLevel();
     bool refuse();
     bool enter(const std::string& in_strName, const Node& in_pExpression, bool in_bTopLevel);
     bool leave(const std::string& in_strName, bool in_bResolved);

@@ -58,6 +58,15 @@ TEST_F(ExpressionBaseImplTest, NewNodeIsEmptyInvalidAndNotSealed) {
     EXPECT_EQ(textOf(*pNode), "");
 }
 
+/// An interface of a host's that doesn't share the library's.
+class OwnFace : public Expression {};
+
+// Its `Expression` isn't that of the node which a host may join it with, and doesn't know of it.
+static_assert(!ObjectCastShortcut<ExpressionBaseImpl, OwnFace>::EXISTS);
+static_assert(ObjectCastShortcut<ExpressionBaseImpl, Expression>::EXISTS);
+static_assert(ObjectCastShortcut<ExpressionBaseImpl, Variable>::EXISTS);
+static_assert(!ObjectCastShortcut<ExpressionBaseImpl, Object>::EXISTS);
+
 TEST_F(ExpressionBaseImplTest, ACastToANodeGivesTheSameFromEveryInterface) {
     const Handle<OperatorPlus> pPlus(new OperatorPlus);
     const Handle<Function> pFunction(pPlus);

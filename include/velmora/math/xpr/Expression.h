@@ -1,6 +1,7 @@
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include <velmora/Export.h>
 #include <velmora/LimitedObjPtr.h>
@@ -52,10 +53,23 @@ public:
 
 namespace Velmora {
 
+namespace detail {
+
+/// Does an object that is a `U` have one `Expression` part only? It has where that is a virtual
+/// base, from which there is no way back but a checked cast.
+template <class U, class = void>
+struct SharesExpression : std::is_convertible<U*, Math::Xpr::Expression*> {};
+template <class U>
+struct SharesExpression<
+    U, std::void_t<decltype(static_cast<U*>(std::declval<Math::Xpr::Expression*>()))>>
+    : std::is_same<U, Math::Xpr::Expression> {};
+
+} // namespace detail
+
 /// Expressions are asked themselves, whichever interface of theirs is at hand.
 template <class U>
 struct ObjectCastShortcut<Math::Xpr::ExpressionBaseImpl, U,
-                          std::enable_if_t<std::is_convertible_v<U*, Math::Xpr::Expression*>>> {
+                          std::enable_if_t<detail::SharesExpression<U>::value>> {
     /// There is.
     static constexpr bool EXISTS = true;
     /// What the checked cast would give.
