@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <typeinfo>
+#include <unordered_set>
 #include <utility>
 
 #include <velmora/LogSite.h>
@@ -52,11 +53,45 @@ bool isVariableOfAScript(const ExpressionBaseImpl& in_Node) {
     return isOneOf<VariableImpl>(in_Node);
 }
 
+/// Has the input a value that nothing else reads?
+bool hasOwnValue(const ExpressionBaseImpl& in_Input) {
+    if (in_Input.getChildBegin() == in_Input.getChildEnd()) {
+        return false;
+    }
+    const ExpressionBaseImpl& value = **in_Input.getChildBegin();
+    return value.isDomainValue() && value.getParentEnd() - value.getParentBegin() == 1;
+}
+
+/// Is all below a function what a script can have there?
+bool hasBodyOfAScript(const ExpressionBaseImpl& in_Function) {
+    std::unordered_set<const ExpressionBaseImpl*> seen;
+    std::vector<const ExpressionBaseImpl*> vPending{&in_Function};
+    while (!vPending.empty()) {
+        const ExpressionBaseImpl& node = *vPending.back();
+        vPending.pop_back();
+        for (const auto* p = node.getChildBegin(); p != node.getChildEnd(); ++p) {
+            if (!standsBelowVariables(**p)) {
+                return false;
+            }
+            if (seen.insert(p->get()).second) {
+                vPending.push_back(p->get());
+            }
+        }
+    }
+    return true;
+}
+
 /// Does the entry look like one of a script that nobody has used yet?
 bool isOfAScript(const ExpressionBaseImpl& in_Root) {
-    return in_Root.getParentBegin() == in_Root.getParentEnd() &&
-           (isOneOf<DomainVariableImpl>(in_Root) ||
-            (isOneOf<VariableImpl, ScriptFunctionImpl>(in_Root) && in_Root.hasSourceInfo()));
+    if (in_Root.getParentBegin() != in_Root.getParentEnd()) {
+        return false;
+    }
+    if (isOneOf<DomainVariableImpl>(in_Root)) {
+        return hasOwnValue(in_Root);
+    }
+    return in_Root.hasSourceInfo() &&
+           (isOneOf<VariableImpl>(in_Root) ||
+            (isOneOf<ScriptFunctionImpl>(in_Root) && hasBodyOfAScript(in_Root)));
 }
 
 bool isCopyingLogged() {
@@ -142,6 +177,11 @@ Handle<ExpressionBaseImpl> RawExpressions::copy(const ExpressionBaseImpl& in_Ori
     const Node pCopy(m_Copier.getCopy(in_Original));
     if (!pCopy.isNull()) {
         return pCopy;
+    }
+    // The copies of inputs differ by what they are copied ahead of.
+    if (!isTreeOfAScript(in_Original)) {
+        copyRest();
+        return m_Copier.getCopy(in_Original);
     }
     --m_uiWaiting;
     return in_Original.copy(m_Copier);

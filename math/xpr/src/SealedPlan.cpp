@@ -179,7 +179,7 @@ SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program, Needs&
     Index uiFailed = PassedOver;
     if (!in_Program.m_Scalars.isUsable()) {
         const Needs::Running running(inout_Needs);
-        uiFailed = in_Program.m_Vectors.run(*this, inout_Needs);
+        uiFailed = in_Program.m_Vectors.run(*this);
     } else if (!in_Program.m_Scalars.run(*this, inout_Needs)) {
         uiFailed = computeByNodes(inout_Needs);
     }
@@ -216,11 +216,15 @@ void SealedPlan::takeBack(const Needs& in_Needs, Index in_uiFailed) {
 }
 
 bool SealedPlan::invalidate(Index in_uiNode) {
+    if (m_uiRunning != 0) {
+        noteFailure();
+        m_bDisturbed = true;
+        return false;
+    }
     const NodeSet* const pReaders = m_vReaders[in_uiNode].get();
     if (!m_bUsable || !m_bIntact || pReaders == nullptr) {
         return false;
     }
-    ++m_uiInvalidations;
     if (!pReaders->m_vOthers.empty()) {
         FlagBlock::keep(m_vValid.data() + pReaders->m_uiFirstPlace, pReaders->m_vOthers);
         return true;

@@ -43,6 +43,9 @@ public:
     /// The index of a node that the plan passes over: an argument that operators read past.
     static constexpr Index PassedOver = UINT32_MAX;
 
+    /// Stands for the node that failed where nothing did, but the graph has changed on the way.
+    static constexpr Index Disturbed = PassedOver - 1;
+
     /// Have the nodes sealed their lists of parents yet?
     enum class Parents { Sealed, Complete };
 
@@ -64,8 +67,9 @@ public:
     /// one. False, and nothing has happened, for all else.
     bool computeOne(Index in_uiNode);
 
-    /// Clears the flag of the node and of all that reads it. False, and nothing has happened, if
-    /// the plan can't.
+    /// Clears the flag of the node and of all that reads it. False, and no flag has changed, if the
+    /// plan can't: a node of the host's that does it while the plan computes may have changed what
+    /// was computed before, and the long way goes on.
     bool invalidate(Index in_uiNode);
 
     /// The long way has just failed to compute this node.
@@ -81,6 +85,7 @@ public:
     void noteChange() {
         leave();
         m_bUsable = false;
+        m_bDisturbed = m_uiRunning != 0;
     }
 
     /// The node is dying. Nothing that lives needs it, and nothing is asked of its flag.
@@ -189,6 +194,22 @@ private:
         std::size_t m_uiFirstPlace = 0;
     };
 
+    /// Goes on as long as the plan computes.
+    class Computing {
+    public:
+        explicit Computing(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiRunning; }
+        ~Computing() {
+            if (--m_Plan.m_uiRunning == 0) {
+                m_Plan.m_bDisturbed = false;
+            }
+        }
+        Computing(const Computing&) = delete;
+        Computing& operator=(const Computing&) = delete;
+
+    private:
+        SealedPlan& m_Plan;
+    };
+
     class Builder;
     class FlagPattern;
     class Joining;
@@ -225,6 +246,13 @@ private:
     }
     void setScalar(Step& inout_Step, double* in_pScalar);
     void noteConstant(Step& inout_Step);
+    /// To be called when a node has computed that isn't one of the library's operators.
+    void lookAtHanded(Index in_uiNode) {
+        for (Index ui = m_vHandedBegin[in_uiNode]; ui != m_vHandedBegin[in_uiNode + 1]; ++ui) {
+            lookAtScalar(m_vSteps[m_vHanded[ui]]);
+        }
+    }
+    void lookAtScalar(Step& inout_Step);
     void leave();
     Index computeNear(Index in_uiNode, bool& out_bIsNear);
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
@@ -236,7 +264,6 @@ private:
     void makeRoomForPrograms(Needs& inout_Needs);
     Index computeInListOrder(const Needs& in_Needs);
     Index computeInOwnOrder(const Needs& in_Needs);
-    Index computeBehind(const Needs& in_Needs, Index in_uiNode);
     void remember(const NodeSet& in_Set);
     void takeBack(const Needs& in_Needs, Index in_uiFailed);
     bool step(Index in_uiNode);
@@ -263,6 +290,10 @@ private:
     /// What each node reads: places from m_vInputsBegin[node] to m_vInputsBegin[node + 1].
     std::vector<Index> m_vInputs;
     std::vector<Index> m_vInputsBegin;
+    /// The same of the operators and constants whose vectors a function gets to see: a host's may
+    /// change their size.
+    std::vector<Index> m_vHanded;
+    std::vector<Index> m_vHandedBegin;
     /// For an input of the graph, what reads it.
     std::vector<std::unique_ptr<NodeSet>> m_vReaders;
     /// For a node that was asked for, what it needs.
@@ -272,8 +303,9 @@ private:
     std::size_t m_uiProgramRoom = 0;
     /// How often what a node needs was computed.
     std::size_t m_uiEvaluations = 0;
-    /// How often flags were cleared.
-    std::size_t m_uiInvalidations = 0;
+    /// Evaluations by the plan that go on, one within the other. Has flags or links been changed
+    /// since the outermost began?
+    std::size_t m_uiRunning = 0;
     /// How often a step became a scalar, or ceased to be one, or has its element elsewhere.
     std::size_t m_uiScalarChanges = 1;
     /// For a program that is being put together, by node.
@@ -290,6 +322,7 @@ private:
     std::size_t m_uiOwners = 0;
     bool m_bUsable = true;
     bool m_bIntact = true;
+    bool m_bDisturbed = false;
 };
 
 /// The sum, difference or product of scalars is written where the operator's result, a scalar, was.

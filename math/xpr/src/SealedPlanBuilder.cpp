@@ -7,10 +7,13 @@
 #include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
 #include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/OperatorConcatenate.h>
 #include <velmora/math/xpr/OperatorDivide.h>
+#include <velmora/math/xpr/OperatorIf.h>
 #include <velmora/math/xpr/OperatorMinus.h>
 #include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/OperatorSlice.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
@@ -37,6 +40,7 @@ void SealedPlan::Builder::build(const Nodes& in_vRoots) {
         }
     }
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+    m_Plan.m_vHandedBegin.push_back(static_cast<Index>(m_Plan.m_vHanded.size()));
     // A block may begin at any word.
     const std::size_t uiWords = (m_Plan.m_vSteps.size() + FlagsPerWord - 1) / FlagsPerWord;
     m_Plan.m_vValid.resize(uiWords + FlagBlock::WordCount - 1);
@@ -135,6 +139,7 @@ void SealedPlan::Builder::append(const Place& in_Place) {
     step.m_pNode = &node;
     step.m_bPlanned = in_Place.m_bKnown;
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
+    m_Plan.m_vHandedBegin.push_back(static_cast<Index>(m_Plan.m_vHanded.size()));
     const auto uiOwn = static_cast<Index>(m_Plan.m_vSteps.size());
     const auto placeOf = [&](std::size_t in_uiInput) {
         const Index uiPlace = m_vInputs[in_uiInput]->m_uiWalkPlace;
@@ -161,8 +166,31 @@ void SealedPlan::Builder::append(const Place& in_Place) {
         step.m_bOneOperation = step.m_bPlanned && step.m_eKind == Kind::Forward &&
                                m_Plan.m_vSteps[step.m_uiFirst].m_eKind <= Kind::Multiply;
     }
+    if (step.m_eKind == Kind::Other && step.m_bPlanned && seesVectors(node)) {
+        for (std::size_t ui = in_Place.m_uiInputs; ui != in_Place.m_uiInputsEnd; ++ui) {
+            appendHanded(placeOf(ui));
+        }
+    }
     node.m_uiWalkPlace = uiOwn;
     m_Plan.m_vSteps.push_back(step);
+}
+
+/// The library's own leave them as they are.
+bool SealedPlan::Builder::seesVectors(const ExpressionBaseImpl& in_Node) {
+    const std::type_info& type = typeid(in_Node);
+    return type != typeid(OperatorConcatenate) && type != typeid(OperatorIf) &&
+           type != typeid(OperatorSlice);
+}
+
+/// A planned node reads planned ones only, all of which are listed.
+void SealedPlan::Builder::appendHanded(Index in_uiInput) {
+    while (m_Plan.m_vSteps[in_uiInput].m_eKind == Kind::Forward) {
+        in_uiInput = m_Plan.m_vSteps[in_uiInput].m_uiFirst;
+    }
+    const Kind eKind = m_Plan.m_vSteps[in_uiInput].m_eKind;
+    if (isOperator(eKind) || eKind == Kind::Constant) {
+        m_Plan.m_vHanded.push_back(in_uiInput);
+    }
 }
 
 SealedPlan::Kind SealedPlan::Builder::kindOf(const ExpressionBaseImpl& in_Node) {

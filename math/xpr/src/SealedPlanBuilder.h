@@ -37,6 +37,8 @@ private:
     void advance();
     void append(const Place& in_Place);
     static Kind kindOf(const ExpressionBaseImpl& in_Node);
+    static bool seesVectors(const ExpressionBaseImpl& in_Node);
+    void appendHanded(Index in_uiInput);
     void listReaders();
     std::vector<Index> listAllReaders(Index in_uiNode) const;
     static void spread(NodeSet& inout_Set);

@@ -28,6 +28,14 @@ void SealedPlan::setScalar(Step& inout_Step, double* in_pScalar) {
     }
 }
 
+void SealedPlan::lookAtScalar(Step& inout_Step) {
+    if (inout_Step.m_pScalar != nullptr) {
+        const bool bScalar = inout_Step.m_pVector->size() == 1;
+        setScalar(inout_Step,
+                  bScalar ? const_cast<double*>(inout_Step.m_pVector->begin()) : nullptr);
+    }
+}
+
 /// A constant never changes, so that its element can be read without asking for the size.
 void SealedPlan::noteConstant(Step& inout_Step) {
     if (inout_Step.m_eKind == Kind::Constant && inout_Step.m_pVector != nullptr &&
@@ -145,6 +153,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
         }
         inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
         noteConstant(inout_Step);
+        lookAtHanded(static_cast<Index>(&inout_Step - m_vSteps.data()));
         return true;
     case Kind::Forward:
         passOn(inout_Step, m_vSteps[inout_Step.m_uiFirst]);
@@ -175,6 +184,9 @@ SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
             if (!isValid(uiNode) && !step(uiNode)) {
                 return uiNode;
             }
+            if (m_bDisturbed) {
+                return Disturbed;
+            }
         }
     }
     return PassedOver;
@@ -182,19 +194,15 @@ SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
 
 /// The same for a node to which the list, made from other roots, isn't in the recursion's order.
 SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
-    const auto ite =
-        std::find_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(),
-                     [this](Index in_uiNode) { return !isValid(in_uiNode) && !step(in_uiNode); });
-    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
-}
-
-/// What comes behind a node in that order.
-SealedPlan::Index SealedPlan::computeBehind(const Needs& in_Needs, Index in_uiNode) {
-    auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiNode);
-    ite = std::find_if(ite, in_Needs.m_vOrder.end(), [&](Index in_uiBehind) {
-        return in_uiBehind != in_uiNode && !isValid(in_uiBehind) && !step(in_uiBehind);
-    });
-    return ite == in_Needs.m_vOrder.end() ? PassedOver : *ite;
+    for (const Index uiNode : in_Needs.m_vOrder) {
+        if (!isValid(uiNode) && !step(uiNode)) {
+            return uiNode;
+        }
+        if (m_bDisturbed) {
+            return Disturbed;
+        }
+    }
+    return PassedOver;
 }
 
 bool SealedPlan::computeOne(Index in_uiNode) {
@@ -236,6 +244,9 @@ SealedPlan::Index SealedPlan::computeNear(Index in_uiNode, bool& out_bIsNear) {
         if (!step(uiPath[--uiDepth])) {
             return uiPath[uiDepth];
         }
+        if (m_bDisturbed) {
+            return Disturbed;
+        }
     }
     return PassedOver;
 }
@@ -270,6 +281,7 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
         return false;
     }
+    const Computing computing(*this);
     Step& step = m_vSteps[in_uiNode];
     bool bIsNear = false;
     Index uiFailed = PassedOver;
@@ -286,6 +298,9 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
         }
     }
     out_bSuccess = uiFailed == PassedOver;
+    if (uiFailed == Disturbed) {
+        return false;
+    }
     if (!out_bSuccess) {
         // The long way goes on from here: the reader that needs this node is the first that the
         // recursion comes to.

@@ -280,6 +280,7 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const
             return false;
         }
         step.m_pVector = step.m_pNode->m_pValue.get();
+        inout_Plan.lookAtHanded(in_Item.m_uiNode);
         break;
     default:
         return inout_Plan.step(in_Item.m_uiNode);
@@ -308,9 +309,8 @@ SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_P
     return PassedOver;
 }
 
-SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan,
-                                                 const Needs& in_Needs) const {
-    return m_bOthers ? computeAmongOthers(inout_Plan, in_Needs) : computeAlone(inout_Plan);
+SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
+    return m_bOthers ? computeAmongOthers(inout_Plan) : computeAlone(inout_Plan);
 }
 
 SealedPlan::Index SealedPlan::VectorProgram::computeAlone(SealedPlan& inout_Plan) const {
@@ -331,18 +331,15 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAlone(SealedPlan& inout_Plan
     return PassedOver;
 }
 
-/// A node of the host's may have evaluated others on the way, or have set an input that is read
-/// behind it.
-SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inout_Plan,
-                                                                const Needs& in_Needs) const {
-    const std::size_t uiInvalidations = inout_Plan.m_uiInvalidations;
+/// A node of the host's may have evaluated others on the way, or have changed something.
+SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inout_Plan) const {
     for (const Item& item : m_vItems) {
         if (item.m_pStep != nullptr) {
             if (!inout_Plan.isValid(item.m_uiNode) && !computeNode(inout_Plan, item)) {
                 return item.m_uiNode;
             }
-            if (uiInvalidations != inout_Plan.m_uiInvalidations) {
-                return inout_Plan.computeBehind(in_Needs, item.m_uiNode);
+            if (inout_Plan.m_bDisturbed) {
+                return Disturbed;
             }
             continue;
         }

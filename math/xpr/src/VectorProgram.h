@@ -29,7 +29,7 @@ public:
     void make(SealedPlan& inout_Plan, const Needs& in_Needs);
 
     /// Computes the set. Returns the node that failed, or `PassedOver`.
-    Index run(SealedPlan& inout_Plan, const Needs& in_Needs) const;
+    Index run(SealedPlan& inout_Plan) const;
 
 private:
     /// An operator of a joint, where its result stands, and what it scales by if it does. Not every
@@ -81,7 +81,7 @@ private:
     static Step& sourceOf(SealedPlan& inout_Plan, Index in_uiNode);
     static bool computeNode(SealedPlan& inout_Plan, const Item& in_Item);
     Index computeAlone(SealedPlan& inout_Plan) const;
-    Index computeAmongOthers(SealedPlan& inout_Plan, const Needs& in_Needs) const;
+    Index computeAmongOthers(SealedPlan& inout_Plan) const;
     static bool isBegun(const SealedPlan& in_Plan, const Joint& in_Joint);
     static Index computeOneByOne(SealedPlan& inout_Plan, const Joint& in_Joint);
     static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);

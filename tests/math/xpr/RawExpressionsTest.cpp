@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <typeinfo>
@@ -132,6 +133,8 @@ protected:
         std::vector<std::string> m_vErrors;
         std::vector<std::string> m_vAssertions;
         std::string m_strGraph;
+        /// Of each entry, or that it has none.
+        std::string m_strValues;
     };
 
     static Outcome link(bool in_bAtStart, const std::string& in_strScript,
@@ -162,6 +165,16 @@ protected:
         text.add(bench.m_Linked);
         text.add(bench.m_Raw);
         outcome.m_strGraph = text.get();
+        std::ostringstream values;
+        for (const auto& entry : bench.m_Linked) {
+            DoubleVector vValue;
+            values << entry.first << ": ";
+            if (entry.second->evaluate(vValue)) {
+                values << vValue;
+            }
+            values << '\n';
+        }
+        outcome.m_strValues = values.str();
         return outcome;
     }
 
@@ -175,6 +188,7 @@ protected:
         EXPECT_EQ(late.m_vErrors, atStart.m_vErrors) << in_strScript;
         EXPECT_EQ(late.m_vAssertions, atStart.m_vAssertions) << in_strScript;
         EXPECT_EQ(late.m_strGraph, atStart.m_strGraph) << in_strScript;
+        EXPECT_EQ(late.m_strValues, atStart.m_strValues) << in_strScript;
         return late;
     }
 
@@ -187,10 +201,18 @@ protected:
 };
 
 /// How many nodes linking a script makes, where nothing is logged.
-unsigned long countMadeNodes(const std::string& in_strScript, bool in_bLinks = true) {
+unsigned long countMadeNodes(
+    const std::string& in_strScript, bool in_bLinks = true,
+    const std::function<void(Dictionnary&)>& in_Prepare = [](Dictionnary&) {},
+    const char* in_szLogged = nullptr) {
     const LogCapture quiet(std::string(), log4cplus::ERROR_LOG_LEVEL);
     LinkBench bench;
     EXPECT_TRUE(bench.load("s", in_strScript));
+    in_Prepare(bench.m_Raw);
+    std::unique_ptr<LogCapture> pLog;
+    if (in_szLogged != nullptr) {
+        pLog = std::make_unique<LogCapture>(in_szLogged);
+    }
     const unsigned long ulBefore = ConstantImpl(DoubleVector{}).getId();
     EXPECT_EQ(bench.link(), in_bLinks);
     return ConstantImpl(DoubleVector{}).getId() - ulBefore - 1;
@@ -209,6 +231,21 @@ TEST_F(RawExpressionsTest, WhereCopyingIsLoggedEverythingIsCopiedAtTheStart) {
     ASSERT_TRUE(bench.link());
     EXPECT_EQ(log.count(log4cplus::DEBUG_LOG_LEVEL, "copy variable: [s.a]"), 1u);
     EXPECT_EQ(log.count(log4cplus::DEBUG_LOG_LEVEL, "copy variable: [s.b]"), 1u);
+}
+
+TEST_F(RawExpressionsTest, EachLoggerThatTellsOfCopiesHasThemMadeAtTheStart) {
+    const char* const Script = "a = 1\nb = a + a\n";
+    EXPECT_EQ(countMadeNodes(Script), 0u);
+    for (const char* szLogger :
+         {"quillmark.ExpressionImplCopier", "quillmark.xpr.ExpressionImpl",
+          "quillmark.math.xpr.ExpressionImpl", "quillmark.math.xpr.DomainValueImpl",
+          "quillmark.math.xpr.Dictionnary",
+          "quillmark.math.xpr.Dictionnary.resolver.raw_expressions"}) {
+        EXPECT_GT(countMadeNodes(
+                      Script, true, [](Dictionnary&) {}, szLogger),
+                  0u)
+            << szLogger;
+    }
 }
 
 /// Sets a variable of the dictionary that it is to fill.
@@ -308,6 +345,84 @@ TEST_F(RawExpressionsTest, EntriesThatShareNodesAreCopiedTogether) {
             Handle<Expression>(Registry::getInstance().newExpression("sum")));
     };
     compare(strScript, ScriptX, putAFunctionBelow);
+}
+
+// The copy of an input begins at zero, and which nodes it gives its value to depends on the order
+// in which they are copied.
+TEST_F(RawExpressionsTest, ValuesOfInputsThatAHostPutsElsewhereAreCopiedInTheOrderOfTheEntries) {
+    const DoubleVector vFive{5.0};
+    const auto valueOf = [](const Handle<VariableImpl>& in_pInput) {
+        return Handle<Expression>(in_pInput->getValue());
+    };
+    const auto setInput = [&](Dictionnary& inout_Raw) {
+        const Handle<VariableImpl> pLeft(inout_Raw.findExpression("s.left"));
+        Variable& interface = *pLeft;
+        interface.setValue(vFive);
+        return pLeft;
+    };
+    compare("b = a * 2\na = 1 + 1\ninputvar left\n", {}, [&](Dictionnary& inout_Raw) {
+        const auto pLeft = setInput(inout_Raw);
+        inout_Raw.findVariable("s.a")->setValue(valueOf(pLeft));
+    });
+    compare("b = a * 2\na = x + 1\ninputvar left\ninputvar x\n", {}, [&](Dictionnary& inout_Raw) {
+        const auto pLeft = setInput(inout_Raw);
+        const Handle<VariableImpl> pA(inout_Raw.findExpression("s.a"));
+        const Handle<Function> pSum(pA->getValue());
+        pSum->getArgument("Left")->setValue(valueOf(pLeft));
+    });
+    const auto newInput = [&] {
+        const Handle<VariableImpl> pInput(new DomainVariableImpl);
+        Variable& interface = *pInput;
+        interface.setValue(vFive);
+        return pInput;
+    };
+    compare("c = b * 2\na = 1 + 1\nb = 2 + 2\n", {}, [&](Dictionnary& inout_Raw) {
+        const auto pInput = newInput();
+        inout_Raw.findVariable("s.a")->setValue(Handle<Expression>(pInput));
+        inout_Raw.findVariable("s.b")->setValue(valueOf(pInput));
+    });
+    compare("c = a * 2\na = 1 + 1\nf(p) = p + 1\n", {}, [&](Dictionnary& inout_Raw) {
+        const auto pInput = newInput();
+        const Handle<ScriptFunctionImpl> pFunction(inout_Raw.findExpression("s.f"));
+        const Handle<Function> pBody(pFunction->getImplementation());
+        pBody->getArgument("Right")->setValue(Handle<Expression>(pInput));
+        inout_Raw.findVariable("s.a")->setValue(valueOf(pInput));
+    });
+}
+
+/// A class of a host's.
+class HostConstant : public ConstantImpl {
+public:
+    using ConstantImpl::ConstantImpl;
+};
+
+const char* const InOrder = "a = 1\nb = a + a\nc = b * a\n";
+
+TEST_F(RawExpressionsTest, EntriesThatAHostHasChangedAreCopiedAtTheStart) {
+    std::vector<Handle<VariableImpl>> vAbove;
+    const auto putAParentAbove = [&](Dictionnary& inout_Raw) {
+        vAbove.emplace_back(new VariableImpl);
+        Variable& interface = *vAbove.back();
+        interface.setValue(inout_Raw.findExpression("s.b"));
+    };
+    EXPECT_GT(countMadeNodes(InOrder, true, putAParentAbove), 0u);
+    const auto addAVariable = [](Dictionnary& inout_Raw) {
+        const Handle<VariableImpl> pOwn(new VariableImpl);
+        pOwn->setName("s.own");
+        Variable& interface = *pOwn;
+        interface.setValue(Handle<Expression>(new ConstantImpl(DoubleVector{2.0})));
+        inout_Raw.add(Handle<Expression>(pOwn), false);
+    };
+    EXPECT_GT(countMadeNodes(InOrder, true, addAVariable), 0u);
+    const auto rename = [](Dictionnary& inout_Raw) {
+        Handle<VariableImpl>(inout_Raw.findExpression("s.c"))->setName("s.other");
+    };
+    EXPECT_GT(countMadeNodes(InOrder, true, rename), 0u);
+    const auto putAHostsNodeBelow = [](Dictionnary& inout_Raw) {
+        inout_Raw.findVariable("s.a")->setValue(
+            Handle<Expression>(new HostConstant(DoubleVector{2.0})));
+    };
+    EXPECT_GT(countMadeNodes(InOrder, true, putAHostsNodeBelow), 0u);
 }
 
 TEST_F(RawExpressionsTest, ASecondRunAfterAFailureGivesTheSame) {

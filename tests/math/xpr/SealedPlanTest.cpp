@@ -7,9 +7,15 @@
 #include <cmath>
 #include <random>
 
+#include <velmora/math/xpr/NoMemoryFunctionImpl.h>
+#include <velmora/math/xpr/NoParamFunctionImpl.h>
+#include <velmora/math/xpr/OperatorConcatenate.h>
 #include <velmora/math/xpr/OperatorIf.h>
+#include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/Registry.h>
+#include <velmora/math/xpr/SingleVariableFunctionImpl.h>
+#include <velmora/math/xpr/UserFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include "math/xpr/OptimizerGraphs.h"
@@ -225,6 +231,8 @@ TEST(SealedPlanTest, FailureBelowManyPathsIsTriedForEachReaderUpToALimit) {
     }
 }
 
+using Testing::argument;
+using Testing::binary;
 using Testing::bind;
 using Testing::bindAll;
 using Testing::constant;
@@ -341,6 +349,128 @@ TEST_F(SealedPlanGraphTest, InputThatAnOperatorOfTheHostSetsOnTheWayIsReadBehind
         EXPECT_TRUE(pSecond->isValid());
     }
     pFirst->m_OnCalculation = nullptr;
+}
+
+/// A sealed `top = (host + y * 1) + z * 1`, in which the host's operator over x does something on
+/// its way. All but that one are the library's.
+struct GraphWithAHost {
+    GraphWithAHost() {
+        for (const auto& pInput : {m_pX, m_pY, m_pZ}) {
+            CountedGraph::set(pInput, m_vOne);
+        }
+        m_pTop->seal();
+    }
+    ~GraphWithAHost() { m_pHost->m_OnCalculation = nullptr; }
+
+    const DoubleVector m_vOne{1.0}, m_vTwo{2.0}, m_vThree{3.0};
+    Handle<VariableImpl> m_pX = variable("x");
+    Handle<VariableImpl> m_pY = variable("y");
+    Handle<VariableImpl> m_pZ = variable("z");
+    Node m_pNumber{constant({1.0})};
+    Handle<RecordingBinary> m_pHost = CountedGraph::operatorOver(Node(m_pX), Node(constant({})));
+    Handle<OperatorMultiply> m_pOfY = binary<OperatorMultiply>(Node(m_pY), m_pNumber);
+    Handle<OperatorMultiply> m_pOfZ = binary<OperatorMultiply>(Node(m_pZ), m_pNumber);
+    Handle<OperatorPlus> m_pSum = binary<OperatorPlus>(Node(m_pHost), Node(m_pOfY));
+    Handle<OperatorPlus> m_pTop = binary<OperatorPlus>(Node(m_pSum), Node(m_pOfZ));
+};
+
+/// Which inputs a host sets ahead of a frame: one of them, so that what is new is a single path, or
+/// several.
+class HostOnTheWayTest : public Testing::GraphTest, public testing::WithParamInterface<bool> {
+protected:
+    static void setAhead(GraphWithAHost& inout_Graph, const DoubleVector& in_vValue) {
+        CountedGraph::set(inout_Graph.m_pX, in_vValue);
+        if (GetParam()) {
+            CountedGraph::set(inout_Graph.m_pZ, in_vValue);
+        }
+    }
+    double fromZ(double in_dSet) const { return GetParam() ? in_dSet : 1.0; }
+};
+
+TEST_P(HostOnTheWayTest, InputThatIsSetReachesTheLibrarysOperators) {
+    GraphWithAHost graph;
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        const DoubleVector& vValue = iFrame % 2 == 0 ? graph.m_vOne : graph.m_vTwo;
+        graph.m_pHost->m_OnCalculation = [&] { CountedGraph::set(graph.m_pY, vValue); };
+        setAhead(graph, vValue);
+        const double dValue = *vValue.begin();
+        EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2 * dValue + fromZ(dValue)})) << iFrame;
+        EXPECT_TRUE(graph.m_pOfY->isValid());
+    }
+    graph.m_pHost->m_OnCalculation = nullptr;
+    CountedGraph::set(graph.m_pY, graph.m_vThree);
+    EXPECT_FALSE(graph.m_pTop->isValid());
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2 + 3 + fromZ(2)}));
+}
+
+TEST_P(HostOnTheWayTest, NodeThatIsInvalidatedIsComputedAgainAndReachesItsReaders) {
+    GraphWithAHost graph;
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        const DoubleVector& vValue = iFrame % 2 == 0 ? graph.m_vOne : graph.m_vTwo;
+        graph.m_pHost->m_OnCalculation = [&] { graph.m_pOfY->invalidate(); };
+        setAhead(graph, vValue);
+        const double dValue = *vValue.begin();
+        EXPECT_EQ(evaluated(*graph.m_pTop), (Values{dValue + 1 + fromZ(dValue)})) << iFrame;
+        EXPECT_TRUE(graph.m_pOfY->isValid());
+    }
+    graph.m_pHost->m_OnCalculation = nullptr;
+    CountedGraph::set(graph.m_pY, graph.m_vThree);
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2 + 3 + fromZ(2)}));
+}
+
+TEST_P(HostOnTheWayTest, ArgumentThatOperatorsReadPastIsEvaluatedLikeTheRest) {
+    GraphWithAHost graph;
+    setAhead(graph, graph.m_vTwo);
+    evaluated(*graph.m_pTop);
+    graph.m_pHost->m_OnCalculation = [&] { evaluated(*argument(*graph.m_pSum, 1)); };
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        const DoubleVector& vValue = iFrame % 2 == 0 ? graph.m_vOne : graph.m_vTwo;
+        setAhead(graph, vValue);
+        CountedGraph::set(graph.m_pY, vValue);
+        const double dValue = *vValue.begin();
+        EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2 * dValue + fromZ(dValue)})) << iFrame;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, HostOnTheWayTest, testing::Bool());
+
+/// A host's function that makes its argument longer.
+class FunctionPad : public SingleVariableFunctionImpl,
+                    public NoParamFunctionImpl,
+                    public NoMemoryFunctionImpl {
+public:
+    FunctionPad() : SingleVariableFunctionImpl("pad", "x") {}
+
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        DoubleVector& vArgument = *in_ArgNameToDomain.begin()->second;
+        while (vArgument.size() < 1000) {
+            vArgument.push_back(0.0);
+        }
+        out.push_back(*vArgument.begin());
+        return true;
+    }
+};
+
+TEST_F(SealedPlanGraphTest, ArgumentsThatAFunctionOfTheHostChangesAreComputedAnew) {
+    const auto pX = variable("x");
+    const DoubleVector vOne{1.0}, vTwo{2.0};
+    CountedGraph::set(pX, vOne);
+    const Node pDouble(binary<OperatorMultiply>(Node(pX), Node(constant({2.0}))));
+    const Handle<UserFunctionImpl<FunctionPad>> pPad(new UserFunctionImpl<FunctionPad>);
+    bind(*pPad, 0, pDouble);
+    const Node pLonger(binary<OperatorMultiply>(pDouble, Node(constant({3.0}))));
+    const Handle<OperatorConcatenate> pTop(new OperatorConcatenate);
+    bindAll(*pTop, {Node(pPad), pLonger});
+    pTop->seal();
+    for (int iFrame = 0; iFrame != 8; ++iFrame) {
+        const DoubleVector& vX = iFrame % 2 == 0 ? vOne : vTwo;
+        CountedGraph::set(pX, vX);
+        const Values vResult = evaluated(*pTop);
+        ASSERT_EQ(vResult.size(), 1001U) << iFrame;
+        EXPECT_EQ(vResult[0], 2 * vX[0]) << iFrame;
+        EXPECT_EQ(vResult[1], 6 * vX[0]) << iFrame;
+        EXPECT_EQ(vResult[2], 0.0) << iFrame;
+    }
 }
 
 TEST_F(SealedPlanGraphTest, FailingNodeIsTriedForEachReader) {
