@@ -14,7 +14,7 @@ namespace {
 template <class Map, class Source>
 typename Map::mapped_type find(const Map& in_mapCopies, const Source& in_Source) {
     if (in_mapCopies.empty()) {
-        return typename Map::mapped_type();
+        return {};
     }
     const auto iteCopy = in_mapCopies.find(in_Source.getId());
     return iteCopy == in_mapCopies.end() ? typename Map::mapped_type() : iteCopy->second;

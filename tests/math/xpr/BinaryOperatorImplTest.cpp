@@ -418,19 +418,21 @@ TEST_F(BinaryOperatorImplTest, ValueOfANodeThatIsGoneServesNoFailure) {
     const auto pFailing = node();
     pFailing->m_bEvaluates = false;
     for (const bool bSealedBefore : {false, true}) {
-        const auto pOperator = binary();
-        setLeft(*pOperator, node(1.0));
-        setRight(*pOperator, node(2.0));
-        if (bSealedBefore) {
+        for (const bool bLeft : {true, false}) {
+            const auto pOperator = binary();
+            setLeft(*pOperator, node(1.0));
+            setRight(*pOperator, node(2.0));
+            if (bSealedBefore) {
+                pOperator->seal();
+            }
+            evaluated(*pOperator);
+            bLeft ? setLeft(*pOperator, pFailing) : setRight(*pOperator, pFailing);
             pOperator->seal();
+            pOperator->invalidate();
+            DoubleVector vResult;
+            EXPECT_FALSE(pOperator->evaluate(vResult)) << bLeft;
+            EXPECT_EQ(takeErrors(), Texts{logged(NodeLogger, ":no value to compute from: record")});
         }
-        evaluated(*pOperator);
-        setLeft(*pOperator, pFailing);
-        pOperator->seal();
-        pOperator->invalidate();
-        DoubleVector vResult;
-        EXPECT_FALSE(pOperator->evaluate(vResult));
-        EXPECT_EQ(takeErrors(), Texts{logged(NodeLogger, ":no value to compute from: record")});
     }
 }
 

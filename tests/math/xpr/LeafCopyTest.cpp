@@ -67,6 +67,25 @@ TEST_F(LeafCopyTest, CopyOfAHostsDomainValueIsOfItsClassAndKeepsItsLabelAndPlace
     EXPECT_EQ(evaluated(*pCopy), (Values{1.0, 2.0}));
 }
 
+TEST_F(LeafCopyTest, CopyOfAnOperatorKeepsTheLabelsAndPlacesOfItsArguments) {
+    const Handle<OperatorPlus> pPlus(new OperatorPlus);
+    const Handle<ExpressionBaseImpl> pLeft(pPlus->getChildAt(0));
+    pLeft->setType("label");
+    pLeft->setSourceInfo("script.xpr:3:7");
+    const Handle<ExpressionBaseImpl> pCopy(pPlus->copy()->getChildAt(0));
+    EXPECT_NE(pCopy, pLeft);
+    EXPECT_STREQ(pCopy->getType(), "label");
+    EXPECT_STREQ(pCopy->getSourceInfo(), "script.xpr:3:7");
+}
+
+TEST_F(LeafCopyTest, CopyOfAnOperatorHasTheCopyThatAnArgumentHadBefore) {
+    const Handle<OperatorPlus> pPlus(new OperatorPlus);
+    ExpressionImplCopier copier;
+    const Handle<ExpressionBaseImpl> pRight(pPlus->getChildAt(1)->copy(copier));
+    const Handle<ExpressionBaseImpl> pCopy(pPlus->copy(copier));
+    EXPECT_EQ(pCopy->getChildAt(1), pRight);
+}
+
 TEST_F(LeafCopyTest, CopyOfAnOperatorHasAVariableWhereAVariableTookAnArgumentsPlace) {
     const Handle<OpenSum> pSum(new OpenSum);
     ASSERT_TRUE(pSum->addArgument("Left", Handle<VariableImpl>(new VariableImpl)));

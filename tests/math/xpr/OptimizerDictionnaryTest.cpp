@@ -349,6 +349,17 @@ TEST_F(OptimizerDictionnaryTest, UnknownKindOfNodeIsIndexedLikeALeaf) {
     EXPECT_EQ(keyOf(*listOf(index, "f").front()), "#f#" + std::to_string(pUnknown->getId()));
 }
 
+TEST_F(OptimizerDictionnaryTest, UnknownKindOfNodeIsIndexedLikeALeafBeyondTheLimitOfVisitsToo) {
+    VisitLimit limit;
+    const Node pUnknown(new RecordingNode);
+    add(limit.m_Dictionnary, call("f", {pUnknown}));
+    OptimizerDictionnary index;
+    EXPECT_TRUE(index.initialize(limit.m_Dictionnary));
+    EXPECT_TRUE(index.hasOneVisitEach());
+    EXPECT_EQ(takeAssertions(), Texts{"false && \"Unknown expression type\""});
+    EXPECT_EQ(keyOf(*listOf(index, "f").front()), "#f#" + std::to_string(pUnknown->getId()));
+}
+
 TEST_F(OptimizerDictionnaryTest, UpToTheLimitOfVisitsThereIsAnEntryForEach) {
     const VisitLimit limit;
     OptimizerDictionnary index;

@@ -434,6 +434,43 @@ TEST_F(ResolverTest, EqualConstantsBecomeOneObject) {
     EXPECT_TRUE(checkInvariants(bench.m_Linked));
 }
 
+/// A constant of a host's that has a name of its own.
+class NamedConstant : public ConstantBase {
+public:
+    NamedConstant(const char* in_szName, const DoubleVector& in_vValue)
+        : m_strName(in_szName), m_vValue(in_vValue) {}
+
+    const char* getName() const override { return m_strName.c_str(); }
+    const DoubleVector& getValue() const override { return m_vValue; }
+    ConstantBase* createNew(const DoubleVector& in_vValue) const override {
+        return new NamedConstant(m_strName.c_str(), in_vValue);
+    }
+
+private:
+    const std::string m_strName;
+    const DoubleVector m_vValue;
+};
+
+TEST_F(ResolverTest, ConstantsOfAHostAreSharedByTheirNames) {
+    LinkBench bench;
+    const auto add = [&](const char* in_szEntry, const char* in_szConstant) {
+        bench.m_Raw.add(variable(in_szEntry, Handle<Expression>(new NamedConstant(
+                                                 in_szConstant, DoubleVector{2}))),
+                        false);
+    };
+    add("s.a", "One");
+    add("s.b", "Other");
+    add("s.c", "One");
+    add("s.d", "Other");
+    ASSERT_TRUE(bench.link());
+    const auto valueOfEntry = [&](const char* in_szEntry) {
+        return valueOf<Expression>(bench.linked<Expression>(in_szEntry));
+    };
+    EXPECT_EQ(valueOfEntry("s.a"), valueOfEntry("s.c"));
+    EXPECT_EQ(valueOfEntry("s.b"), valueOfEntry("s.d"));
+    EXPECT_NE(valueOfEntry("s.a"), valueOfEntry("s.b"));
+}
+
 TEST_F(ResolverTest, ConstantsOfDifferentSignsOfZeroStayApart) {
     LinkBench bench;
     ASSERT_TRUE(bench.load("s", "a = 0\nb = -0.0\n"));

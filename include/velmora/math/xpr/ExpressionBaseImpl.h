@@ -48,7 +48,9 @@ public:
 
     /// Visits of one walk (`seal`, `configure`, `reset`, a dump) up to which a node is visited once
     /// for each path that leads to it. A graph with more paths gets one visit per node, so that the
-    /// walk costs no more than the graph is large. The values are the same in both cases.
+    /// walk costs no more than the graph is large. The values are the same in both cases. There
+    /// `configure` and `reset` go to the nodes' own parts, `configure_i` and `reset_i`: a class
+    /// that has something to do then overrides these.
     static constexpr std::size_t MaxVisitsPerWalk = 65536;
 
     ExpressionBaseImpl();

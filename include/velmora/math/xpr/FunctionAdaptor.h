@@ -24,6 +24,8 @@ namespace Velmora::Math::Xpr {
 class VELMORA_EXPORT FunctionAdaptor : public Resettable, public virtual Object {
 public:
     /// The vector of each argument, by its name. The pointers are good during `calculate` only.
+    /// They lead to the values of other nodes, which others read as well: a function leaves them
+    /// alone.
     using ArgumentMap = std::map<std::string, LimitedObjPtr<DoubleVector>>;
 
     /// Forgets the memory between frames; keeps the configuration.
