@@ -24,15 +24,24 @@ FunctionBaseImpl::FunctionBaseImpl(const char* in_szName) : m_strName("unamed") 
 }
 
 FunctionBaseImpl::~FunctionBaseImpl() {
-    for (const auto& entry : parameters()) {
-        entry.second->forgetParentFunction(*this);
+    if (m_pParameters != nullptr) {
+        *m_pParameters->m_pFunction = nullptr;
     }
+}
+
+FunctionBaseImpl::Parameters& FunctionBaseImpl::makeParameters() {
+    if (m_pParameters == nullptr) {
+        auto pParameters = std::make_unique<Parameters>();
+        pParameters->m_pFunction = std::make_shared<LimitedObjPtr<FunctionBaseImpl>>(this);
+        m_pParameters = std::move(pParameters);
+    }
+    return *m_pParameters;
 }
 
 const FunctionBaseImpl::ParameterMap& FunctionBaseImpl::parameters() const {
     // Never destroyed: a function may outlive what was initialised behind this library.
     static const ParameterMap& s_none = *new ParameterMap;
-    return m_pParameters == nullptr ? s_none : *m_pParameters;
+    return m_pParameters == nullptr ? s_none : m_pParameters->m_mapParameters;
 }
 
 void FunctionBaseImpl::setName(const char* in_szName) {
@@ -156,10 +165,7 @@ bool FunctionBaseImpl::addParameter(const char* in_szParameterName,
     }
     in_pParameter->setParentFunction(this);
     in_pParameter->setName(in_szParameterName);
-    if (m_pParameters == nullptr) {
-        m_pParameters = std::make_unique<ParameterMap>();
-    }
-    if (!m_pParameters->insert(in_szParameterName, in_pParameter).second) {
+    if (!makeParameters().m_mapParameters.insert(in_szParameterName, in_pParameter).second) {
         VELMORA_LOG_ERROR(fileLogger(), "Can't add the parameter. The function "
                                             << m_strName << "already had one parameter named: "
                                             << in_szParameterName);

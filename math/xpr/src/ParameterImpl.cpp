@@ -46,8 +46,8 @@ void ParameterImpl::setName(const char* in_szName) {
 }
 
 bool ParameterImpl::setValue(const ParameterValue& in_Value) {
-    if (!m_pParentFunction.isNull()) {
-        m_pParentFunction->invalidateConfig();
+    if (FunctionBaseImpl* const pFunction = getParentFunction()) {
+        pFunction->invalidateConfig();
     }
     m_Value = in_Value;
     return true;
@@ -63,11 +63,12 @@ bool ParameterImpl::setValue(const Handle<Parameter>& in_pParameter) {
         return false;
     }
     setChild(pParameter);
-    if (m_pParentFunction.isNull()) {
+    FunctionBaseImpl* const pFunction = getParentFunction();
+    if (pFunction == nullptr) {
         VELMORA_ASSERT_FAIL("!m_pParentFunction.isNull()");
         return true;
     }
-    m_pParentFunction->invalidateConfig();
+    pFunction->invalidateConfig();
     return true;
 }
 
@@ -88,14 +89,12 @@ bool ParameterImpl::setParentFunction(const LimitedObjPtr<FunctionBaseImpl>& in_
         VELMORA_ASSERT_FAIL("!in_pFunc.isNull()");
         return false;
     }
-    m_pParentFunction = in_pFunction;
+    m_pParentFunction = in_pFunction->makeParameters().m_pFunction;
     return true;
 }
 
-void ParameterImpl::forgetParentFunction(const FunctionBaseImpl& in_Function) {
-    if (!m_pParentFunction.isNull() && &*m_pParentFunction == &in_Function) {
-        m_pParentFunction = nullptr;
-    }
+FunctionBaseImpl* ParameterImpl::getParentFunction() const {
+    return m_pParentFunction == nullptr ? nullptr : m_pParentFunction->get();
 }
 
 void ParameterImpl::copyValue(ParameterImpl& out_Destination) const {

@@ -186,6 +186,24 @@ TEST_F(FunctionBaseImplTest, RefusedLinkLeavesAnArgumentWithoutAVariable) {
     EXPECT_EQ(pAbove->getName(), numbered("c", *pFunction));
 }
 
+TEST_F(FunctionBaseImplTest, ParametersThatOutliveTheirFunctionHaveNone) {
+    const Handle<ParameterImpl> pTaken(new ParameterImpl);
+    const Handle<ParameterImpl> pRefused(new ParameterImpl);
+    Handle<ParameterImpl> pCopy;
+    {
+        const auto pFunction = function();
+        EXPECT_TRUE(pFunction->addParameter("p", pTaken));
+        EXPECT_FALSE(pFunction->addParameter("p", pRefused));
+        pCopy = new ParameterImpl(*pTaken);
+        takeErrors();
+    }
+    for (const auto& pParameter : {pTaken, pRefused, pCopy}) {
+        EXPECT_TRUE(pParameter->setValue(ParameterValue(3)));
+        EXPECT_TRUE(pParameter->setValue(Handle<Parameter>()));
+        EXPECT_EQ(takeAssertions(), Texts{"!m_pParentFunction.isNull()"});
+    }
+}
+
 TEST_F(FunctionBaseImplTest, SecondParameterOfANameIsRefusedAndLogged) {
     const auto pFunction = function();
     const Handle<ParameterImpl> pFirst(new ParameterImpl);

@@ -88,7 +88,16 @@ protected:
 private:
     /// The parser adds the operands of concatenations and conditions as arguments of its own.
     friend class ScriptParser;
+    friend class ParameterImpl;
 
+    /// Parameters, and the way back that they keep: null once the function has gone, however long
+    /// they stay.
+    struct Parameters {
+        ParameterMap m_mapParameters;
+        std::shared_ptr<LimitedObjPtr<FunctionBaseImpl>> m_pFunction;
+    };
+
+    Parameters& makeParameters();
     bool copyToOwnArgument(const ArgumentIterator& in_iteSource, const VariableImpl& in_Source,
                            ExpressionImplCopier& inout_Copier);
 
@@ -96,7 +105,7 @@ private:
 
     ArgumentMap m_Arguments;
     /// Null without parameters, as in every operator.
-    std::unique_ptr<ParameterMap> m_pParameters;
+    std::unique_ptr<Parameters> m_pParameters;
     std::string m_strName;
     bool m_bConfigured = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <memory>
 #include <string>
 
 #include <velmora/LimitedObjPtr.h>
@@ -43,7 +44,7 @@ public:
     /// The end of the chain of links that starts at this parameter.
     const ParameterImpl& getLeafChild() const;
 
-    /// The function that is told when the value changes.
+    /// The function that is told when the value changes, as long as it lives.
     bool setParentFunction(const LimitedObjPtr<FunctionBaseImpl>& in_pFunction);
 
     /// The parameters that take their value from this one.
@@ -80,10 +81,7 @@ protected:
     bool setChild(const Handle<ParameterImpl>& in_pChild);
 
 private:
-    friend class FunctionBaseImpl;
-
-    /// The function is dying: from now on nobody is told.
-    void forgetParentFunction(const FunctionBaseImpl& in_Function);
+    FunctionBaseImpl* getParentFunction() const;
 
     unsigned long m_id;
     std::string m_strName;
@@ -91,7 +89,8 @@ private:
     ParameterValue m_Value;
     Handle<ParameterImpl> m_pChild;
     std::list<LimitedObjPtr<ParameterImpl>> m_Parents;
-    LimitedObjPtr<FunctionBaseImpl> m_pParentFunction;
+    /// Shared with the function, which ends it when it dies; null if there never was one.
+    std::shared_ptr<LimitedObjPtr<FunctionBaseImpl>> m_pParentFunction;
 };
 
 } // namespace Velmora::Math::Xpr
