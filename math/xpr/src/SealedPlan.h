@@ -94,22 +94,23 @@ public:
         *flagOf(in_uiNode) = 0;
     }
 
-    /// Goes on as long as the long way computes a node.
+    /// Goes on as long as the long way computes a node. Holds the plan, whose nodes a host may give
+    /// another one meanwhile.
     class LongWay {
     public:
-        explicit LongWay(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiLongWays; }
+        explicit LongWay(SealedPlan& inout_Plan) : m_pPlan(&inout_Plan) { ++m_pPlan->m_uiLongWays; }
         ~LongWay() {
-            if (--m_Plan.m_uiLongWays == 0) {
+            if (--m_pPlan->m_uiLongWays == 0) {
                 // Neither is of the next evaluation, even if no reader has asked for the failure.
-                m_Plan.m_uiFailed = PassedOver;
-                m_Plan.m_FailedTries.forget();
+                m_pPlan->m_uiFailed = PassedOver;
+                m_pPlan->m_FailedTries.forget();
             }
         }
         LongWay(const LongWay&) = delete;
         LongWay& operator=(const LongWay&) = delete;
 
     private:
-        SealedPlan& m_Plan;
+        const boost::intrusive_ptr<SealedPlan> m_pPlan;
     };
 
     /// What has failed since the outermost long way began.
@@ -194,20 +195,22 @@ private:
         std::size_t m_uiFirstPlace = 0;
     };
 
-    /// Goes on as long as the plan computes.
+    /// Goes on as long as the plan computes, and holds it like `LongWay`.
     class Computing {
     public:
-        explicit Computing(SealedPlan& inout_Plan) : m_Plan(inout_Plan) { ++m_Plan.m_uiRunning; }
+        explicit Computing(SealedPlan& inout_Plan) : m_pPlan(&inout_Plan) {
+            ++m_pPlan->m_uiRunning;
+        }
         ~Computing() {
-            if (--m_Plan.m_uiRunning == 0) {
-                m_Plan.m_bDisturbed = false;
+            if (--m_pPlan->m_uiRunning == 0) {
+                m_pPlan->m_bDisturbed = false;
             }
         }
         Computing(const Computing&) = delete;
         Computing& operator=(const Computing&) = delete;
 
     private:
-        SealedPlan& m_Plan;
+        const boost::intrusive_ptr<SealedPlan> m_pPlan;
     };
 
     class Builder;
@@ -303,8 +306,7 @@ private:
     std::size_t m_uiProgramRoom = 0;
     /// How often what a node needs was computed.
     std::size_t m_uiEvaluations = 0;
-    /// Evaluations by the plan that go on, one within the other. Has flags or links been changed
-    /// since the outermost began?
+    /// Evaluations by the plan that go on, one within the other.
     std::size_t m_uiRunning = 0;
     /// How often a step became a scalar, or ceased to be one, or has its element elsewhere.
     std::size_t m_uiScalarChanges = 1;
@@ -322,6 +324,7 @@ private:
     std::size_t m_uiOwners = 0;
     bool m_bUsable = true;
     bool m_bIntact = true;
+    /// Have flags or links been changed since the outermost of the running evaluations began?
     bool m_bDisturbed = false;
 };
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include <velmora/math/xpr/NoMemoryFunctionImpl.h>
 #include <velmora/math/xpr/NoParamFunctionImpl.h>
@@ -429,6 +430,24 @@ TEST_P(HostOnTheWayTest, ArgumentThatOperatorsReadPastIsEvaluatedLikeTheRest) {
         CountedGraph::set(graph.m_pY, vValue);
         const double dValue = *vValue.begin();
         EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2 * dValue + fromZ(dValue)})) << iFrame;
+    }
+}
+
+TEST_P(HostOnTheWayTest, GraphThatIsSealedAnewIsComputedToTheEnd) {
+    GraphWithAHost graph;
+    bool bSeals = false;
+    graph.m_pHost->m_OnCalculation = [&] {
+        if (std::exchange(bSeals, false)) {
+            graph.m_pTop->seal();
+        }
+    };
+    for (int iFrame = 0; iFrame != 8; ++iFrame) {
+        bSeals = iFrame % 2 != 0;
+        const DoubleVector& vValue = iFrame % 4 < 2 ? graph.m_vOne : graph.m_vTwo;
+        setAhead(graph, vValue);
+        const double dValue = *vValue.begin();
+        EXPECT_EQ(evaluated(*graph.m_pTop), (Values{dValue + 1 + fromZ(dValue)})) << iFrame;
+        EXPECT_FALSE(bSeals);
     }
 }
 
