@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <functional>
 
+#include <log4cplus/hierarchy.h>
+#include <log4cplus/logger.h>
+
 #include <velmora/math/xpr/Argument.h>
 #include <velmora/math/xpr/ConstantImpl.h>
 #include <velmora/math/xpr/DomainVariableImpl.h>
@@ -107,6 +110,18 @@ TEST_F(ResolverTest, EachPlaceOfTheSearchSaysWhatItFound) {
                 ElementsAre("found the script expression: t.y",
                             "found the expression s.b in the dictionnary of raw expressions",
                             "found the expression s.b in the dictionnary of linked expressions"));
+}
+
+TEST_F(ResolverTest, WhatTheHierarchyOfLoggersDisablesIsNotWritten) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "a = b\nb = 1\n"));
+    m_Log.clear();
+    log4cplus::Hierarchy& hierarchy = log4cplus::Logger::getDefaultHierarchy();
+    hierarchy.disableDebug();
+    const bool bLinked = bench.link();
+    hierarchy.enableAll();
+    EXPECT_TRUE(bLinked);
+    EXPECT_THAT(steps(""), IsEmpty());
 }
 
 TEST_F(ResolverTest, AReplacementIsLoggedWithBothIdentifiers) {
