@@ -59,19 +59,27 @@ enum class Extreme { Smallest, Largest };
 
 template <Extreme which, std::size_t Bytes>
 [[gnu::always_inline]] inline void moveTo(const Lanes<Bytes>& in_values,
-                                          Lanes<Bytes>& inout_extreme, Lanes<Bytes>& inout_sum) {
+                                          Lanes<Bytes>& inout_extreme) {
     if (which == Extreme::Largest) {
         inout_extreme.raiseTo(in_values);
     } else {
         inout_extreme.lowerTo(in_values);
     }
-    inout_sum.add(in_values);
+}
+
+template <Extreme which, std::size_t Bytes>
+[[gnu::always_inline]] inline void take(const double* in_pValues, Lanes<Bytes>& inout_extreme,
+                                        Lanes<Bytes>& inout_zero) {
+    const Lanes<Bytes> values(in_pValues);
+    moveTo<which>(values, inout_extreme);
+    inout_zero.multiply(values);
 }
 
 /// One of the two, in registers of that many bytes.
 ///
 /// Doubles are compared as such while all are finite and the extreme isn't zero: then it doesn't
-/// depend on the order either. They are added up, too: a finite sum has finite terms only.
+/// depend on the order either. Zeros are multiplied by them, too, and stay zeros as long as the
+/// values are finite: processors multiply and compare at the same time, but don't add.
 template <Extreme which, std::size_t Bytes>
 [[gnu::always_inline]] inline double extreme(const double* in_pFirst, const double* in_pLast) {
     constexpr std::size_t row = Lanes<Bytes>::count;
@@ -86,31 +94,28 @@ template <Extreme which, std::size_t Bytes>
         return inOrder();
     }
     Lanes<Bytes> extremes[ways];
-    Lanes<Bytes> sums[ways];
+    Lanes<Bytes> zeros[ways];
     std::fill_n(extremes, ways, Lanes<Bytes>(in_pFirst));
     std::size_t i = 0;
     for (; i + ways * row <= size; i += ways * row) {
         for (std::size_t way = 0; way < ways; ++way) {
-            moveTo<which>(Lanes<Bytes>(in_pFirst + i + way * row), extremes[way], sums[way]);
+            take<which>(in_pFirst + i + way * row, extremes[way], zeros[way]);
         }
     }
     for (; i + row <= size; i += row) {
-        moveTo<which>(Lanes<Bytes>(in_pFirst + i), extremes[0], sums[0]);
+        take<which>(in_pFirst + i, extremes[0], zeros[0]);
     }
     // Some values twice, which doesn't matter.
-    moveTo<which>(Lanes<Bytes>(in_pLast - row), extremes[0], sums[0]);
+    take<which>(in_pLast - row, extremes[0], zeros[0]);
+    // Not a loop, which would keep all of them in memory.
+#pragma GCC unroll 4
     for (std::size_t way = 1; way < ways; ++way) {
-        moveTo<which>(extremes[way], extremes[0], sums[0]);
-        sums[0].add(sums[way]);
+        moveTo<which>(extremes[way], extremes[0]);
+        zeros[0].add(zeros[way]);
     }
-    double values[row];
-    extremes[0].store(values);
-    double result = values[0];
-    for (const double value : values) {
-        result = (which == Extreme::Largest ? value > result : value < result) ? value : result;
-    }
-    const double sum = sums[0].total();
-    return sum - sum == 0.0 && result != 0.0 ? result : inOrder();
+    const double result =
+        which == Extreme::Largest ? extremes[0].largest() : extremes[0].smallest();
+    return zeros[0].total() == 0.0 && result != 0.0 ? result : inOrder();
 }
 
 } // namespace Velmora::Math

@@ -101,24 +101,21 @@ public:
         return result;
     }
 
-    /// The sum of the eight, halves first: lane i and lane i + 4, then i + 2, then i + 1. Without a
-    /// way through memory, which takes longer than the additions.
+    /// The sum of the eight.
     [[gnu::always_inline]] double total() const {
-        Two two;
-        if constexpr (parts == 4) {
-            two = (m_parts[0] + m_parts[2]) + (m_parts[1] + m_parts[3]);
-        } else {
-            Four four;
-            if constexpr (parts == 2) {
-                four = m_parts[0] + m_parts[1];
-            } else {
-                four = __builtin_shufflevector(m_parts[0], m_parts[0], 0, 1, 2, 3) +
-                       __builtin_shufflevector(m_parts[0], m_parts[0], 4, 5, 6, 7);
-            }
-            two = __builtin_shufflevector(four, four, 0, 1) +
-                  __builtin_shufflevector(four, four, 2, 3);
-        }
-        return two[0] + two[1];
+        return fold([](auto& inout_part, const auto& in_other) { inout_part += in_other; });
+    }
+
+    /// The largest and the smallest of the eight, all of which are numbers.
+    [[gnu::always_inline]] double largest() const {
+        return fold([](auto& inout_part, const auto& in_other) {
+            inout_part = in_other > inout_part ? in_other : inout_part;
+        });
+    }
+    [[gnu::always_inline]] double smallest() const {
+        return fold([](auto& inout_part, const auto& in_other) {
+            inout_part = in_other < inout_part ? in_other : inout_part;
+        });
     }
 
 private:
@@ -128,6 +125,37 @@ private:
 
     static constexpr std::size_t width = Bytes / sizeof(double);
     static constexpr std::size_t parts = count / width;
+
+    /// Joins the eight, halves first: lane i and lane i + 4, then i + 2, then i + 1. Without a way
+    /// through memory, which takes longer than the operations.
+    template <class Operation>
+    [[gnu::always_inline]] double fold(Operation in_join) const {
+        Two two;
+        Two other;
+        if constexpr (parts == 4) {
+            two = m_parts[0];
+            in_join(two, m_parts[2]);
+            other = m_parts[1];
+            in_join(other, m_parts[3]);
+        } else {
+            Four four;
+            Four upper;
+            if constexpr (parts == 2) {
+                four = m_parts[0];
+                upper = m_parts[1];
+            } else {
+                four = __builtin_shufflevector(m_parts[0], m_parts[0], 0, 1, 2, 3);
+                upper = __builtin_shufflevector(m_parts[0], m_parts[0], 4, 5, 6, 7);
+            }
+            in_join(four, upper);
+            two = __builtin_shufflevector(four, four, 0, 1);
+            other = __builtin_shufflevector(four, four, 2, 3);
+        }
+        in_join(two, other);
+        double result = two[0];
+        in_join(result, two[1]);
+        return result;
+    }
 
     Register m_parts[parts];
 };
