@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <random>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -110,6 +112,29 @@ TEST_P(BlockPoolTest, ABlockThatWasFreedIsUsedAgain) {
 #endif
     removeLast(m_vBlocks.size());
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// A cache has few lines for addresses that differ by multiples of what a slab is aligned to.
+TEST_P(BlockPoolTest, EqualPlacesOfSlabsAreOnDifferentLines) {
+    constexpr std::size_t SlabSize = 16384;
+    constexpr std::size_t Line = 64;
+    constexpr std::size_t BlockSize = 464;
+    constexpr std::size_t Slabs = 9;
+    std::map<std::uintptr_t, std::uintptr_t> mapFirstOfSlab;
+    while (mapFirstOfSlab.size() != Slabs) {
+        add(BlockSize);
+        const auto uiBlock = reinterpret_cast<std::uintptr_t>(m_vBlocks.back().m_pBytes);
+        mapFirstOfSlab.emplace(uiBlock / SlabSize, uiBlock % SlabSize / Line);
+    }
+    std::set<std::uintptr_t> places;
+    for (const auto& slab : mapFirstOfSlab) {
+        places.insert(slab.second);
+    }
+    // The first slab may have been begun before, and the ninth begins like the first.
+    EXPECT_GE(places.size(), Slabs - 1);
+    removeLast(m_vBlocks.size());
+}
+#endif
 
 TEST_P(BlockPoolTest, AnyThreadMayFreeABlock) {
     constexpr std::size_t Threads = 4;
