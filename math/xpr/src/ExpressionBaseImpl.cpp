@@ -88,19 +88,17 @@ bool ExpressionBaseImpl::evaluate(DoubleVector& out) {
 }
 
 bool ExpressionBaseImpl::evaluate(LimitedObjPtr<DoubleVector>& out) {
-    if (isValid()) {
-        out = m_pValue;
-        return true;
+    const bool bComputed = isValid() || (m_pPlan != nullptr && m_pPlan->computeOne(m_uiPlanIndex));
+    if (!bComputed) {
+        return doEvaluate(out);
     }
-    return doEvaluate(out);
+    out = m_pValue;
+    return true;
 }
 
-bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
+// Not a part of the above, whose short way would have to save registers for it.
+[[gnu::noinline]] bool ExpressionBaseImpl::doEvaluate(LimitedObjPtr<DoubleVector>& out) {
     if (m_pPlan != nullptr) {
-        if (m_uiPlanIndex != SealedPlan::PassedOver && m_pPlan->computeOne(m_uiPlanIndex)) {
-            out = m_pValue;
-            return true;
-        }
         return evaluateSealed(out);
     }
     if (!DeepCall::run([this] { return evaluate_i(m_pValue); })) {

@@ -55,10 +55,10 @@ public:
         const std::uint64_t* const pEnd = in_vMask.data() + in_vMask.size();
         const std::uint64_t* pMask = in_vMask.data();
         const std::uint64_t* pExpected = in_vExpected.data();
-        Half different = {};
-        while (pMask != pEnd && (different[0] | different[1]) == 0) {
+        while (pMask != pEnd) {
             const std::uint64_t* const pStop =
                 pMask + std::min<std::ptrdiff_t>(pEnd - pMask, WordsPerLook);
+            Half different = {};
             for (; pMask != pStop; pMask += WordCount) {
                 different |= (at(in_pFlags) & at(pMask)) ^ at(pExpected);
                 different |=
@@ -66,8 +66,11 @@ public:
                 in_pFlags += WordCount;
                 pExpected += WordCount;
             }
+            if ((different[0] | different[1]) != 0) {
+                return false;
+            }
         }
-        return (different[0] | different[1]) == 0;
+        return true;
     }
 
 private:

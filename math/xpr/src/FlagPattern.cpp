@@ -21,12 +21,6 @@ void SealedPlan::FlagPattern::take(const SealedPlan& in_Plan, const Needs& in_Ne
     m_uiScalarChanges = in_Plan.m_uiScalarChanges;
 }
 
-bool SealedPlan::FlagPattern::fits(const SealedPlan& in_Plan, const Needs& in_Needs) const {
-    return m_uiScalarChanges == in_Plan.m_uiScalarChanges &&
-           FlagBlock::areAs(m_vBefore, in_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace,
-                            in_Needs.m_vFlags);
-}
-
 void SealedPlan::FlagPattern::remember(SealedPlan& inout_Plan, const Needs& in_Needs) const {
     // Of other nodes an evaluation around this one may have remembered the flags.
     Flags* const pBefore = inout_Plan.m_vBefore.data() + in_Needs.m_uiFirstPlace;

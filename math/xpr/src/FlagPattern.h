@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "FlagBlock.h"
 #include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
@@ -17,8 +18,12 @@ public:
     /// Takes the flags that the plan remembered last, and the scalars that it has now.
     void take(const SealedPlan& in_Plan, const Needs& in_Needs);
 
-    /// Are these the plan's present flags and scalars?
-    bool fits(const SealedPlan& in_Plan, const Needs& in_Needs) const;
+    /// Are these the plan's present flags, of those in the mask from that place on, and scalars?
+    bool fits(const SealedPlan& in_Plan, const FlagBlock::Words& in_vMask,
+              std::size_t in_uiFirstPlace) const {
+        return m_uiScalarChanges == in_Plan.m_uiScalarChanges &&
+               FlagBlock::areAs(m_vBefore, in_Plan.m_vValid.data() + in_uiFirstPlace, in_vMask);
+    }
 
     /// Has the plan remember these flags as those that were set ahead.
     void remember(SealedPlan& inout_Plan, const Needs& in_Needs) const;

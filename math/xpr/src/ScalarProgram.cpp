@@ -146,7 +146,7 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
     }
     for (const Index uiForward : m_vForwards) {
         Step& forward = inout_Plan.m_vSteps[uiForward];
-        passOn(forward, inout_Plan.m_vSteps[forward.m_uiFirst]);
+        inout_Plan.passOn(forward, inout_Plan.m_vSteps[forward.m_uiFirst]);
     }
     FlagBlock::add(inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace, in_Needs.m_vFlags);
     return true;
@@ -155,7 +155,7 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
 /// The flags are set at the end, all at a time.
 void SealedPlan::ScalarProgram::readInputs(SealedPlan& inout_Plan) const {
     for (const Index uiInput : m_vNew) {
-        readInput(inout_Plan.m_vSteps[uiInput]);
+        inout_Plan.readInput(inout_Plan.m_vSteps[uiInput]);
     }
 }
 

@@ -148,8 +148,8 @@ void SealedPlan::leave() {
         return;
     }
     for (Step& step : m_vSteps) {
-        if (step.m_bAhead && step.m_pNode != nullptr) {
-            auto& op = static_cast<BinaryOperatorImplNoT&>(*step.m_pNode);
+        if (step.m_bAhead && nodeOf(step) != nullptr) {
+            auto& op = static_cast<BinaryOperatorImplNoT&>(*nodeOf(step));
             op.m_pLeftValue = const_cast<DoubleVector*>(m_vSteps[step.m_uiFirst].m_pVector);
             op.m_pRightValue = const_cast<DoubleVector*>(m_vSteps[step.m_uiSecond].m_pVector);
             step.m_bAhead = false;
@@ -169,23 +169,6 @@ SealedPlan::Index SealedPlan::computeNeeds(Needs& inout_Needs) {
         // What another evaluation has remembered on the way isn't how this one began, and the
         // program that goes on further out stays.
         makeProgram(inout_Needs);
-    }
-    return uiFailed;
-}
-
-/// The same where what is valid, and what is scalar, is as it was when the program was made.
-SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program, Needs& inout_Needs) {
-    ++m_uiEvaluations;
-    Index uiFailed = PassedOver;
-    if (!in_Program.m_Scalars.isUsable()) {
-        const Needs::Running running(inout_Needs);
-        uiFailed = in_Program.m_Vectors.run(*this);
-    } else if (!in_Program.m_Scalars.run(*this, inout_Needs)) {
-        uiFailed = computeByNodes(inout_Needs);
-    }
-    if (uiFailed != PassedOver) {
-        in_Program.m_Pattern.remember(*this, inout_Needs);
-        takeBack(inout_Needs, uiFailed);
     }
     return uiFailed;
 }

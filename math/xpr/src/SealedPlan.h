@@ -90,7 +90,7 @@ public:
 
     /// The node is dying. Nothing that lives needs it, and nothing is asked of its flag.
     void noteDeath(Index in_uiNode) {
-        m_vSteps[in_uiNode].m_pNode = nullptr;
+        m_vNodes[in_uiNode] = nullptr;
         *flagOf(in_uiNode) = 0;
     }
 
@@ -141,6 +141,7 @@ private:
         Forward,
         Constant,
         Input,
+        Concatenate,
         Other
     };
 
@@ -156,14 +157,12 @@ private:
         /// What the node reads, for an operator and for a node that passes a value on.
         Index m_uiFirst = PassedOver;
         Index m_uiSecond = PassedOver;
-        /// Null once the node has died.
-        ExpressionBaseImpl* m_pNode = nullptr;
         Kind m_eKind = Kind::Other;
         /// Is the way to this node, from all that it needs, one of the plan's?
         bool m_bPlanned = false;
         /// Does the operator lack the pointers that it would have read through?
         bool m_bAhead = false;
-        /// Is this a planned variable whose value is the sum, difference or product below it?
+        /// Is this a planned variable whose value is a sum, difference or product, the step before?
         bool m_bOneOperation = false;
         /// Evaluations during which nobody looks whether all that isn't valid is near this node.
         std::uint8_t m_uiFar = 0;
@@ -195,22 +194,27 @@ private:
         std::size_t m_uiFirstPlace = 0;
     };
 
-    /// Goes on as long as the plan computes, and holds it like `LongWay`.
+    /// Goes on as long as the plan computes, and holds it like `LongWay`, but without the calls of
+    /// a pointer that counts.
     class Computing {
     public:
-        explicit Computing(SealedPlan& inout_Plan) : m_pPlan(&inout_Plan) {
-            ++m_pPlan->m_uiRunning;
+        explicit Computing(SealedPlan& inout_Plan) : m_Plan(inout_Plan) {
+            ++m_Plan.m_uiOwners;
+            ++m_Plan.m_uiRunning;
         }
         ~Computing() {
-            if (--m_pPlan->m_uiRunning == 0) {
-                m_pPlan->m_bDisturbed = false;
+            if (--m_Plan.m_uiRunning == 0) {
+                m_Plan.m_bDisturbed = false;
+            }
+            if (--m_Plan.m_uiOwners == 0) {
+                delete &m_Plan;
             }
         }
         Computing(const Computing&) = delete;
         Computing& operator=(const Computing&) = delete;
 
     private:
-        const boost::intrusive_ptr<SealedPlan> m_pPlan;
+        SealedPlan& m_Plan;
     };
 
     class Builder;
@@ -222,17 +226,19 @@ private:
     struct Needs;
 
     bool compute(Step& inout_Step);
-    static void readInput(Step& inout_Step);
-    static void passOn(Step& inout_Step, const Step& in_From) {
+    void readInput(Step& inout_Step);
+    void passOn(Step& inout_Step, const Step& in_From) {
         const DoubleVector* const pVector = in_From.m_pVector;
         if (inout_Step.m_pVector != pVector) {
             inout_Step.m_pVector = pVector;
-            inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(pVector);
+            nodeOf(inout_Step)->m_pValue = const_cast<DoubleVector*>(pVector);
         }
     }
     static bool computeScalar(Step& inout_Step, const Step* in_pSteps);
     static bool computeScalar(const Step& in_Step, const Step& in_First, const Step& in_Second);
     bool computeOperator(Step& inout_Step);
+    bool concatenate(Index in_uiNode);
+    bool computeByNode(Step& inout_Step, Index in_uiNode);
     bool computeAgain(Step& inout_Step);
     bool computeVectors(Step& inout_Step);
     static bool computeKnown(Kind in_eKind, const DoubleVector& in_Left,
@@ -273,9 +279,19 @@ private:
     bool areInputsValid(Index in_uiNode) const;
     bool isIntact() const;
     bool isSilent(Index in_uiNode) const;
-    Needs* findNeeds(Index in_uiNode);
+    Needs* findNeeds(Index in_uiNode) {
+        Needs* const pNeeds = m_vNeeds[in_uiNode].get();
+        return pNeeds != nullptr ? pNeeds : listNewNeeds(in_uiNode);
+    }
+    Needs* listNewNeeds(Index in_uiNode);
     std::unique_ptr<Needs> makeNeeds(Index in_uiNode);
     std::vector<Index> listNeeds(Index in_uiNode) const;
+
+    Index placeOf(const Step& in_Step) const {
+        return static_cast<Index>(&in_Step - m_vSteps.data());
+    }
+
+    ExpressionBaseImpl* nodeOf(const Step& in_Step) const { return m_vNodes[placeOf(in_Step)]; }
 
     bool isValid(Index in_uiNode) const {
         return reinterpret_cast<const std::uint8_t*>(m_vValid.data())[in_uiNode] != 0;
@@ -289,6 +305,8 @@ private:
     static bool isOperator(Kind in_eKind) { return in_eKind < Kind::Forward; }
 
     std::vector<Step> m_vSteps;
+    /// The node of each step, apart from what most steps of a frame need; null once it has died.
+    Nodes m_vNodes;
     std::vector<Flags> m_vValid;
     /// What each node reads: places from m_vInputsBegin[node] to m_vInputsBegin[node + 1].
     std::vector<Index> m_vInputs;
@@ -351,6 +369,50 @@ inline bool SealedPlan::computeScalar(const Step& in_Step, const Step& in_First,
     default:
         return false;
     }
+}
+
+inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
+    return inout_Step.m_pScalar != nullptr && inout_Step.m_eKind <= Kind::Multiply &&
+           computeScalar(inout_Step, in_pSteps[inout_Step.m_uiFirst],
+                         in_pSteps[inout_Step.m_uiSecond]);
+}
+
+inline bool SealedPlan::computeByNode(Step& inout_Step, Index in_uiNode) {
+    ExpressionBaseImpl& node = *m_vNodes[in_uiNode];
+    if (!node.evaluate_i(node.m_pValue)) {
+        return false;
+    }
+    inout_Step.m_pVector = node.m_pValue.get();
+    lookAtHanded(in_uiNode);
+    return true;
+}
+
+/// A host asks for many of these in a row. How long one takes is how many loads follow from each
+/// other, which is why the operation stands beside the variable.
+inline bool SealedPlan::computeOne(Index in_uiNode) {
+    if (in_uiNode == PassedOver || !m_bUsable || !m_bIntact) {
+        return false;
+    }
+    // Flags are bytes, which may be anything to a compiler: it would look for both after each.
+    Step* const pSteps = m_vSteps.data();
+    std::uint8_t* const pValid = flagOf(0);
+    Step& variable = pSteps[in_uiNode];
+    if (!variable.m_bOneOperation) {
+        return false;
+    }
+    const Index uiOperation = in_uiNode - 1;
+    const Step& operation = pSteps[uiOperation];
+    const Index uiFirst = operation.m_uiFirst;
+    const Index uiSecond = operation.m_uiSecond;
+    // Not twice: a host may set the result as an input.
+    if (pValid[uiOperation] != 0 || pValid[uiFirst] == 0 || pValid[uiSecond] == 0 ||
+        !computeScalar(operation, pSteps[uiFirst], pSteps[uiSecond])) {
+        return false;
+    }
+    passOn(variable, operation);
+    pValid[uiOperation] = 1;
+    pValid[in_uiNode] = 1;
+    return true;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -136,7 +136,6 @@ void SealedPlan::Builder::advance() {
 void SealedPlan::Builder::append(const Place& in_Place) {
     ExpressionBaseImpl& node = *in_Place.m_pNode;
     Step step;
-    step.m_pNode = &node;
     step.m_bPlanned = in_Place.m_bKnown;
     m_Plan.m_vInputsBegin.push_back(static_cast<Index>(m_Plan.m_vInputs.size()));
     m_Plan.m_vHandedBegin.push_back(static_cast<Index>(m_Plan.m_vHanded.size()));
@@ -164,6 +163,7 @@ void SealedPlan::Builder::append(const Place& in_Place) {
         step.m_uiSecond = placeOf(in_Place.m_uiInputsEnd - 1);
         step.m_eKind = kindOf(node);
         step.m_bOneOperation = step.m_bPlanned && step.m_eKind == Kind::Forward &&
+                               step.m_uiFirst + 1 == uiOwn &&
                                m_Plan.m_vSteps[step.m_uiFirst].m_eKind <= Kind::Multiply;
     }
     if (step.m_eKind == Kind::Other && step.m_bPlanned && seesVectors(node)) {
@@ -173,6 +173,7 @@ void SealedPlan::Builder::append(const Place& in_Place) {
     }
     node.m_uiWalkPlace = uiOwn;
     m_Plan.m_vSteps.push_back(step);
+    m_Plan.m_vNodes.push_back(&node);
 }
 
 /// The library's own leave them as they are.
@@ -206,6 +207,9 @@ SealedPlan::Kind SealedPlan::Builder::kindOf(const ExpressionBaseImpl& in_Node) 
     }
     if (type == typeid(OperatorDivide)) {
         return Kind::Divide;
+    }
+    if (type == typeid(OperatorConcatenate)) {
+        return Kind::Concatenate;
     }
     const bool bForward = type == typeid(VariableImpl) || type == typeid(Argument) ||
                           type == typeid(DomainVariableImpl) || type == typeid(ScriptFunctionImpl);

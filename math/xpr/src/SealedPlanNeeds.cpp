@@ -37,10 +37,11 @@ bool SealedPlan::isSilent(Index in_uiNode) const {
     return eKind == Kind::Constant || eKind == Kind::Input || eKind == Kind::Forward;
 }
 
-SealedPlan::Needs* SealedPlan::findNeeds(Index in_uiNode) {
+/// Null if there is no room for them.
+SealedPlan::Needs* SealedPlan::listNewNeeds(Index in_uiNode) {
     std::unique_ptr<Needs>& pNeeds = m_vNeeds[in_uiNode];
     // Listing costs as much time as memory: it ends when the room does.
-    if (pNeeds == nullptr && m_uiNeedsRoom != 0) {
+    if (m_uiNeedsRoom != 0) {
         // Memory may run out at any of these: what is found here is whole.
         m_vBefore.resize(m_vValid.size());
         pNeeds = makeNeeds(in_uiNode);
@@ -95,7 +96,7 @@ void SealedPlan::makeRoomForPrograms(Needs& inout_Needs) {
     }
     inout_Needs.m_bMayBeScalars = std::none_of(
         inout_Needs.m_vOrder.begin(), inout_Needs.m_vOrder.end(),
-        [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind == Kind::Other; });
+        [this](Index in_uiNode) { return m_vSteps[in_uiNode].m_eKind >= Kind::Concatenate; });
     m_vSources.resize(m_vSteps.size());
     inout_Needs.m_uiFirstPlace = uiFirst;
     inout_Needs.m_vFlags.resize(FlagBlock::roundUp(uiPlaces));

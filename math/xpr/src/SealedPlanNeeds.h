@@ -63,7 +63,7 @@ struct SealedPlan::Needs {
     /// The program for the plan's scalars and flags; null if there is none.
     const Program* findProgram(const SealedPlan& in_Plan) const {
         for (const Program& program : m_Programs) {
-            if (program.m_Pattern.fits(in_Plan, *this)) {
+            if (program.m_Pattern.fits(in_Plan, m_vFlags, m_uiFirstPlace)) {
                 return &program;
             }
         }

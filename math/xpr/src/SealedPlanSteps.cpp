@@ -7,14 +7,15 @@
 
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+#include <velmora/math/xpr/OperatorConcatenate.h>
 
 #include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
 
 void SealedPlan::look(Step& inout_Step) {
-    if (inout_Step.m_pNode != nullptr) {
-        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
+    if (const ExpressionBaseImpl* const pNode = nodeOf(inout_Step)) {
+        inout_Step.m_pVector = pNode->m_pValue.get();
         setScalar(inout_Step, nullptr);
         inout_Step.m_bAhead = false;
         noteConstant(inout_Step);
@@ -84,7 +85,7 @@ inline bool SealedPlan::computeKnown(Kind in_eKind, const DoubleVector& in_Left,
 inline bool SealedPlan::computeAgain(Step& inout_Step) {
     const DoubleVector* const pFirst = m_vSteps[inout_Step.m_uiFirst].m_pVector;
     const DoubleVector* const pSecond = m_vSteps[inout_Step.m_uiSecond].m_pVector;
-    DoubleVector& vResult = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode).m_Result;
+    DoubleVector& vResult = static_cast<BinaryOperatorImplNoT&>(*nodeOf(inout_Step)).m_Result;
     if (inout_Step.m_pVector != &vResult || pFirst == nullptr || pSecond == nullptr) {
         return false;
     }
@@ -101,25 +102,19 @@ inline bool SealedPlan::computeAgain(Step& inout_Step) {
 bool SealedPlan::computeVectors(Step& inout_Step) {
     const Step& first = m_vSteps[inout_Step.m_uiFirst];
     const Step& second = m_vSteps[inout_Step.m_uiSecond];
-    auto& op = static_cast<BinaryOperatorImplNoT&>(*inout_Step.m_pNode);
+    auto& op = static_cast<BinaryOperatorImplNoT&>(*nodeOf(inout_Step));
     if (first.m_pVector == nullptr || second.m_pVector == nullptr) {
         setScalar(inout_Step, nullptr);
         return op.reportNoValue();
     }
     inout_Step.m_bAhead = true;
-    inout_Step.m_pNode->m_pValue = &op.m_Result;
+    op.m_pValue = &op.m_Result;
     inout_Step.m_pVector = &op.m_Result;
     const bool bComputed =
         computeKnown(inout_Step.m_eKind, *first.m_pVector, *second.m_pVector, op.m_Result) ||
         op.calculate(*first.m_pVector, *second.m_pVector, op.m_Result);
     setScalar(inout_Step, bComputed && op.m_Result.size() == 1 ? op.m_Result.begin() : nullptr);
     return bComputed;
-}
-
-inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
-    return inout_Step.m_pScalar != nullptr && inout_Step.m_eKind <= Kind::Multiply &&
-           computeScalar(inout_Step, in_pSteps[inout_Step.m_uiFirst],
-                         in_pSteps[inout_Step.m_uiSecond]);
 }
 
 inline bool SealedPlan::computeOperator(Step& inout_Step) {
@@ -135,10 +130,39 @@ inline bool SealedPlan::computeOperator(Step& inout_Step) {
 }
 
 void SealedPlan::readInput(Step& inout_Step) {
-    const auto& input = static_cast<const DomainValueNoCopyImpl&>(*inout_Step.m_pNode);
+    ExpressionBaseImpl& node = *nodeOf(inout_Step);
+    const auto& input = static_cast<const DomainValueNoCopyImpl&>(node);
     const DoubleVector& vValue = input.DomainValueNoCopyImpl::getValue();
     inout_Step.m_pVector = &vValue;
-    inout_Step.m_pNode->m_pValue = const_cast<DoubleVector*>(&vValue);
+    node.m_pValue = const_cast<DoubleVector*>(&vValue);
+}
+
+/// The values of the inputs, one behind the other, where a result as long as that was. False for
+/// all else: the result is to be made anew then.
+bool SealedPlan::concatenate(Index in_uiNode) {
+    const Step& step = m_vSteps[in_uiNode];
+    DoubleVector& vResult = static_cast<OperatorConcatenate&>(*m_vNodes[in_uiNode]).m_Result;
+    if (step.m_pVector != &vResult) {
+        return false;
+    }
+    double* pNext = vResult.begin();
+    double* const pEnd = vResult.end();
+    const Index* const pInputsEnd = m_vInputs.data() + m_vInputsBegin[in_uiNode + 1];
+    for (const Index* pInput = m_vInputs.data() + m_vInputsBegin[in_uiNode]; pInput != pInputsEnd;
+         ++pInput) {
+        const DoubleVector* const pVector = m_vSteps[*pInput].m_pVector;
+        // A host may set a result as an input.
+        if (pVector == nullptr || pVector == &vResult ||
+            pVector->size() > static_cast<std::size_t>(pEnd - pNext)) {
+            return false;
+        }
+        if (pVector->size() == 1) {
+            *pNext++ = *pVector->begin();
+        } else {
+            pNext = std::copy(pVector->begin(), pVector->end(), pNext);
+        }
+    }
+    return pNext == pEnd;
 }
 
 inline bool SealedPlan::compute(Step& inout_Step) {
@@ -146,15 +170,16 @@ inline bool SealedPlan::compute(Step& inout_Step) {
     case Kind::Input:
         readInput(inout_Step);
         return true;
+    case Kind::Concatenate:
+        return concatenate(placeOf(inout_Step)) || computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Constant:
-    case Kind::Other:
-        if (!inout_Step.m_pNode->evaluate_i(inout_Step.m_pNode->m_pValue)) {
+        if (!computeByNode(inout_Step, placeOf(inout_Step))) {
             return false;
         }
-        inout_Step.m_pVector = inout_Step.m_pNode->m_pValue.get();
         noteConstant(inout_Step);
-        lookAtHanded(static_cast<Index>(&inout_Step - m_vSteps.data()));
         return true;
+    case Kind::Other:
+        return computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Forward:
         passOn(inout_Step, m_vSteps[inout_Step.m_uiFirst]);
         return true;
@@ -203,26 +228,6 @@ SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
         }
     }
     return PassedOver;
-}
-
-bool SealedPlan::computeOne(Index in_uiNode) {
-    // Flags are bytes, which may be anything to a compiler: it would look for both after each.
-    Step* const pSteps = m_vSteps.data();
-    std::uint8_t* const pValid = flagOf(0);
-    Step& variable = pSteps[in_uiNode];
-    const Index uiOperation = variable.m_uiFirst;
-    if (!variable.m_bOneOperation || pValid[uiOperation] != 0 || !m_bUsable || !m_bIntact) {
-        return false;
-    }
-    Step& operation = pSteps[uiOperation];
-    if (pValid[operation.m_uiFirst] == 0 || pValid[operation.m_uiSecond] == 0 ||
-        !computeScalar(operation, pSteps)) {
-        return false;
-    }
-    passOn(variable, operation);
-    pValid[uiOperation] = 1;
-    pValid[in_uiNode] = 1;
-    return true;
 }
 
 /// Computes a node below which one node after the other is all that isn't valid, as in a feature
@@ -277,6 +282,37 @@ inline bool SealedPlan::findInvalidInput(Index in_uiNode, Index& out_uiInput) co
     return true;
 }
 
+/// Computes what isn't valid where that, and what is scalar, is as it was when the program was
+/// made. Returns the node that failed, or `PassedOver`.
+inline SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program,
+                                                      Needs& inout_Needs) {
+    ++m_uiEvaluations;
+    Index uiFailed = PassedOver;
+    if (!in_Program.m_Scalars.isUsable()) {
+        const Needs::Running running(inout_Needs);
+        uiFailed = in_Program.m_Vectors.run(*this);
+    } else if (!in_Program.m_Scalars.run(*this, inout_Needs)) {
+        uiFailed = computeByNodes(inout_Needs);
+    }
+    if (uiFailed != PassedOver) {
+        in_Program.m_Pattern.remember(*this, inout_Needs);
+        takeBack(inout_Needs, uiFailed);
+    }
+    return uiFailed;
+}
+
+/// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
+inline bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
+    Needs* const pNeeds = findNeeds(in_uiNode);
+    if (pNeeds == nullptr) {
+        return false;
+    }
+    const Program* const pProgram = pNeeds->findProgram(*this);
+    out_uiFailed =
+        pProgram != nullptr ? computeByProgram(*pProgram, *pNeeds) : computeNeeds(*pNeeds);
+    return true;
+}
+
 bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
     if (!m_bUsable || !m_bIntact || !m_vSteps[in_uiNode].m_bPlanned) {
         return false;
@@ -307,18 +343,6 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
         m_uiFailed = uiFailed == in_uiNode ? PassedOver : uiFailed;
     }
     return out_bSuccess || uiFailed == in_uiNode;
-}
-
-/// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
-bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
-    Needs* const pNeeds = findNeeds(in_uiNode);
-    if (pNeeds == nullptr) {
-        return false;
-    }
-    const Program* const pProgram = pNeeds->findProgram(*this);
-    out_uiFailed =
-        pProgram != nullptr ? computeByProgram(*pProgram, *pNeeds) : computeNeeds(*pNeeds);
-    return true;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -21,13 +21,16 @@ void SealedPlan::VectorProgram::reserve(const SealedPlan& in_Plan, const Needs& 
         std::count_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), [&](Index in_uiNode) {
             return isOperator(in_Plan.m_vSteps[in_uiNode].m_eKind);
         }));
+    const std::size_t uiOthers = in_Needs.m_vOrder.size() - uiOperators;
+    m_vAhead.reserve(uiOthers);
     m_vItems.reserve(in_Needs.m_vOrder.size());
     m_vPending.reserve(uiOperators);
-    m_vBehind.reserve(in_Needs.m_vOrder.size() - uiOperators);
+    m_vBehind.reserve(uiOthers);
     m_vJoints.reserve(std::min(uiOperators / 2, MaxJoints));
 }
 
 void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
+    m_vAhead.clear();
     m_vItems.clear();
     m_vJoints.clear();
     m_vPending.clear();
@@ -43,7 +46,11 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
             continue;
         }
         // Inputs and variables may come out of their turn: all has been computed before. But a
-        // variable isn't valid ahead of the operator whose value it has.
+        // variable isn't valid ahead of the node whose value it has.
+        if (isKnownAhead(inout_Plan, uiNode)) {
+            appendAhead(inout_Plan, uiNode);
+            continue;
+        }
         if (!inout_Plan.isSilent(uiNode)) {
             flush(inout_Plan);
             m_bOthers = true;
@@ -57,6 +64,32 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         }
     }
     flush(inout_Plan);
+}
+
+/// Is the node's value one of an input, or of what is valid as the frame begins?
+bool SealedPlan::VectorProgram::isKnownAhead(SealedPlan& inout_Plan, Index in_uiNode) {
+    const Step& source = sourceOf(inout_Plan, in_uiNode);
+    return source.m_eKind == Kind::Input || inout_Plan.wasValid(inout_Plan.placeOf(source));
+}
+
+void SealedPlan::VectorProgram::appendAhead(SealedPlan& inout_Plan, Index in_uiNode) {
+    Step& step = inout_Plan.m_vSteps[in_uiNode];
+    const bool bForward = step.m_eKind == Kind::Forward;
+    m_vAhead.push_back(
+        {in_uiNode, &step, bForward ? &inout_Plan.m_vSteps[step.m_uiFirst] : nullptr});
+}
+
+/// As the frame has just begun, nobody has come before.
+inline void SealedPlan::VectorProgram::computeAhead(SealedPlan& inout_Plan) const {
+    std::uint8_t* const pValid = inout_Plan.flagOf(0);
+    for (const Ahead& ahead : m_vAhead) {
+        if (ahead.m_pSource != nullptr) {
+            inout_Plan.passOn(*ahead.m_pStep, *ahead.m_pSource);
+        } else {
+            inout_Plan.readInput(*ahead.m_pStep);
+        }
+        pValid[ahead.m_uiNode] = 1;
+    }
 }
 
 void SealedPlan::VectorProgram::appendNode(SealedPlan& inout_Plan, Index in_uiNode) {
@@ -185,7 +218,8 @@ SealedPlan::VectorProgram::Part SealedPlan::VectorProgram::makePart(SealedPlan& 
                                                                     Index in_uiNode,
                                                                     const Step* in_pFactor) {
     Step& step = inout_Plan.m_vSteps[in_uiNode];
-    return {in_uiNode, &step, &static_cast<BinaryOperatorImplNoT&>(*step.m_pNode).m_Result,
+    return {in_uiNode, &step,
+            &static_cast<BinaryOperatorImplNoT&>(*inout_Plan.m_vNodes[in_uiNode]).m_Result,
             in_pFactor};
 }
 
@@ -269,18 +303,18 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const
         }
         break;
     case Kind::Forward:
-        passOn(step, *in_Item.m_pFirst);
+        inout_Plan.passOn(step, *in_Item.m_pFirst);
         break;
-    case Kind::Input:
-        readInput(step);
+    case Kind::Concatenate:
+        if (!inout_Plan.concatenate(in_Item.m_uiNode)) {
+            return inout_Plan.step(in_Item.m_uiNode);
+        }
         break;
     case Kind::Other:
-        if (!step.m_pNode->evaluate_i(step.m_pNode->m_pValue)) {
+        if (!inout_Plan.computeByNode(step, in_Item.m_uiNode)) {
             inout_Plan.noteFailure();
             return false;
         }
-        step.m_pVector = step.m_pNode->m_pValue.get();
-        inout_Plan.lookAtHanded(in_Item.m_uiNode);
         break;
     default:
         return inout_Plan.step(in_Item.m_uiNode);
@@ -310,6 +344,7 @@ SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_P
 }
 
 SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
+    computeAhead(inout_Plan);
     return m_bOthers ? computeAmongOthers(inout_Plan) : computeAlone(inout_Plan);
 }
 

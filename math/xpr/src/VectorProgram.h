@@ -71,6 +71,18 @@ private:
         const Step* m_pSecond = nullptr;
     };
 
+    /// An input of the graph, or a variable that passes on the value of one, or what is valid as
+    /// the frame begins.
+    struct Ahead {
+        Index m_uiNode;
+        Step* m_pStep;
+        /// Null for an input.
+        const Step* m_pSource;
+    };
+
+    static bool isKnownAhead(SealedPlan& inout_Plan, Index in_uiNode);
+    void appendAhead(SealedPlan& inout_Plan, Index in_uiNode);
+    void computeAhead(SealedPlan& inout_Plan) const;
     void appendNode(SealedPlan& inout_Plan, Index in_uiNode);
     void flush(SealedPlan& inout_Plan);
     std::size_t findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst, Joint& out_Joint) const;
@@ -89,6 +101,7 @@ private:
     static bool takeFactor(const Part& in_Part, double& out_dFactor);
     static void note(SealedPlan& inout_Plan, const Part& in_Part);
 
+    std::vector<Ahead> m_vAhead;
     std::vector<Item> m_vItems;
     std::vector<Joint> m_vJoints;
     /// Are there other nodes than operators and what they read?

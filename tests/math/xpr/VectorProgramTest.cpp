@@ -35,10 +35,18 @@ public:
             m_vVectors.push_back(strName);
             m_vFeatures.push_back(strName);
         }
+        m_uiVectors = uiCount;
+        if (m_Random() % 2 == 0) {
+            m_strText += "parts = " + concatenation() + '\n';
+            m_vFeatures.push_back("parts");
+        }
     }
 
     std::string m_strText;
     std::vector<std::string> m_vFeatures;
+    /// The first features, whose results may be set as inputs: a concatenation clears its own
+    /// before it asks for its parts.
+    std::size_t m_uiVectors = 0;
 
 private:
     template <class T>
@@ -67,6 +75,17 @@ private:
             return strVector + " * " + scalar();
         }
         return uiKind == 10 ? strVector + " / " + scalar() : strVector;
+    }
+
+    std::string concatenation() {
+        std::string strParts = "{" + sum(m_Random() % 2);
+        for (std::size_t uiCount = m_Random() % 4; uiCount != 0; --uiCount) {
+            const std::size_t uiKind = m_Random() % 4;
+            strParts += ", " + (uiKind == 0   ? sum(m_Random() % 3)
+                                : uiKind == 1 ? "sum(" + sum(m_Random() % 2) + ')'
+                                              : scalar());
+        }
+        return strParts + '}';
     }
 
     std::string scalar() { return oneOf(m_vScalars); }
@@ -146,7 +165,7 @@ TEST(VectorProgramTest, GivesTheFlagsAndValuesOfTheWalkInFramesThatAreAlike) {
                     ASSERT_EQ(twins.invalidate(random()), "") << where();
                 }
                 if (random() % 16 == 0) {
-                    const std::size_t uiFeature = random() % script.m_vFeatures.size();
+                    const std::size_t uiFeature = random() % script.m_uiVectors;
                     ASSERT_EQ(twins.setResult(random() % VectorCount, uiFeature), "") << where();
                 }
                 ASSERT_EQ(twins.evaluate(uiFirst), "") << where();
@@ -246,7 +265,8 @@ void expectSameWithResult(const std::string& in_strScript, std::size_t in_uiNode
 
 // One by one, an operator would read what the one ahead of it has just made.
 TEST(VectorProgramTest, AnyResultMayBeSetAsAnInput) {
-    for (const char* szFormula : {"a*x + b*y", "a*x - y", "x + b*y", "(a*x - b*y) / a"}) {
+    for (const char* szFormula :
+         {"a*x + b*y", "a*x - y", "x + b*y", "(a*x - b*y) / a", "{a, x, y}", "{x, a, x, y}"}) {
         const std::string strScript =
             std::string("inputvar x\ninputvar y\ninputvar a\ninputvar b\nr = ") + szFormula + '\n';
         const std::size_t uiNodes = InputTwins(strScript, {"r"}, Inputs).getNodeCount();
@@ -258,8 +278,43 @@ TEST(VectorProgramTest, AnyResultMayBeSetAsAnInput) {
     }
 }
 
+// A concatenation clears its result before it reads this part.
+TEST(VectorProgramTest, ConcatenationOfAnEmptyPartAndItsOwnResultIsEmpty) {
+    const DoubleVector vNone;
+    InputTwins twins("inputvar x\ninputvar y\nr = {x, y}\n", {"r"}, {"x", "y"});
+    ASSERT_EQ(twins.set(0, vNone), "");
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        ASSERT_EQ(twins.set(1, vPair), "");
+        ASSERT_EQ(twins.evaluate(0), "");
+    }
+    ASSERT_EQ(twins.setResult(1, 0), "");
+    ASSERT_EQ(twins.evaluate(0), "");
+}
+
+TEST(VectorProgramTest, ConcatenationFollowsTheSizesOfItsParts) {
+    InputFeature feature(Inputs, "{a, x, sum(y), y}");
+    feature.set(2, vTwo);
+    feature.set(3, vFour);
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        // Of one size in all, of which another share is one part's, every second time.
+        const bool bOther = iFrame > 5 && iFrame % 2 != 0;
+        feature.set(0, bOther ? vTriple : vPair);
+        feature.set(1, bOther ? vOther : vTriple);
+        ASSERT_TRUE(feature.evaluate());
+        EXPECT_EQ(feature.getValue(),
+                  bOther ? (Elements{2, 1, 2, 3, 4, 1, 3}) : (Elements{2, 10, 20, 6, 1, 2, 3}));
+    }
+    feature.set(0, vFour);
+    ASSERT_TRUE(feature.evaluate());
+    EXPECT_EQ(feature.getValue(), (Elements{2, 4, 4, 1, 3}));
+    feature.set(1, vTwo);
+    feature.set(0, vTriple);
+    ASSERT_TRUE(feature.evaluate());
+    EXPECT_EQ(feature.getValue(), (Elements{2, 1, 2, 3, 2, 2}));
+}
+
 TEST(VectorProgramTest, NothingAllocatesBehindTheFirstFrame) {
-    InputFeature feature(Inputs, "((a*x + b*x) - a*y) / b + abs(x)");
+    InputFeature feature(Inputs, "((a*x + b*x) - a*y) / b + abs({y, y, a}[2, 0] * b)");
     feature.set(3, vTwo);
     expectNoAllocations(feature, vPair, vOther, vOther, vTwo);
 }

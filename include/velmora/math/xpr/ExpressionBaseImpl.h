@@ -270,10 +270,11 @@ private:
     /// of this node. No walk needs a table of the nodes that it has seen.
     std::uint64_t m_uiLastWalk = 0;
     std::uint32_t m_uiWalkPlace = 0;
-    std::uint32_t m_uiPlanIndex = 0;
     ParentList m_Parents;
     bool m_bSealed = false;
     std::uint8_t m_bValid = 0;
+    // What a frame touches stands together as well, down to the plan.
+    std::uint32_t m_uiPlanIndex = 0;
     LimitedObjPtr<DoubleVector> m_pValue;
     /// The next node of a running invalidation: a list through the nodes needs neither the stack
     /// nor memory, however deep the graph.

@@ -64,10 +64,7 @@ protected:
     }
 
     bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
-        if (m_vValues.empty()) {
-            prepareArguments();
-        }
-        if (!evaluateArguments()) {
+        if (!evaluateOnly() && !evaluateArguments()) {
             return false;
         }
         m_vResult.clear();
@@ -113,11 +110,14 @@ protected:
     }
 
 private:
-    [[gnu::noinline]] void prepareArguments() {
+    void prepareArguments() {
         if (m_vArguments.empty()) {
             findArguments();
         }
         makeEntries();
+        if (m_vValues.size() == 1 && !m_vArguments.front().isNull()) {
+            m_pOnlyArgument = m_vArguments.front().get();
+        }
     }
 
     void findArguments() {
@@ -139,8 +139,22 @@ private:
         }
     }
 
+    /// The only argument, if its value is current, as in most functions of a sealed graph. False
+    /// for all else.
+    bool evaluateOnly() {
+        if (m_pOnlyArgument == nullptr || !m_pOnlyArgument->isValid()) {
+            return false;
+        }
+        LimitedObjPtr<DoubleVector>& pValue = *m_vValues.front();
+        readValue(*m_pOnlyArgument, pValue);
+        return !pValue.isNull();
+    }
+
     /// By position on both sides: the sorted map and the arguments in their order.
-    bool evaluateArguments() {
+    [[gnu::noinline]] bool evaluateArguments() {
+        if (m_vValues.empty()) {
+            prepareArguments();
+        }
         bool bComplete = true;
         auto iteArgument = m_vArguments.begin();
         for (LimitedObjPtr<DoubleVector>* const pValue : m_vValues) {
@@ -159,6 +173,7 @@ private:
     FunctionAdaptor::ArgumentMap m_mapArgNameToDomain;
     /// The pointers in the map, in its order.
     std::vector<LimitedObjPtr<DoubleVector>*> m_vValues;
+    VariableImpl* m_pOnlyArgument = nullptr;
     DoubleVector m_vResult;
 };
 

@@ -43,6 +43,8 @@ protected:
     const std::vector<Handle<ExpressionBaseImpl>>& getInputs() const { return m_Inputs; }
 
 private:
+    friend class SealedPlan;
+
     DoubleVector m_Result;
     std::vector<Handle<ExpressionBaseImpl>> m_Inputs;
 };
