@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include "Lanes.h"
@@ -29,69 +30,133 @@ struct ScaledBy {
     double m_dFactor;
 };
 
+/// The cosine and the sine of a tone at the samples behind the middle of a frame.
+struct ToneTables {
+    const double* m_pCosine;
+    const double* m_pSine;
+};
+
+/// The sums of some tones over a frame, eight at a time.
+template <std::size_t Bytes, std::size_t Tones>
+struct CorrelationSums {
+    using Eight = Lanes<Bytes>;
+
+    /// Takes eight samples behind the middle of the frame, and those that are as far before it.
+    [[gnu::always_inline]] void add(const Eight& in_right, const Eight& in_left,
+                                    const ToneTables* in_pTables, std::size_t in_uiRow) {
+        // Not a loop, which would keep the sums in memory.
+#pragma GCC unroll 4
+        for (std::size_t tone = 0; tone < Tones; ++tone) {
+            Eight sum(in_right);
+            sum.add(in_left);
+            sum.multiply(Eight(in_pTables[tone].m_pCosine + in_uiRow));
+            m_cosines[tone].add(sum);
+            Eight difference(in_right);
+            difference.subtract(in_left);
+            difference.multiply(Eight(in_pTables[tone].m_pSine + in_uiRow));
+            m_sines[tone].add(difference);
+        }
+        Eight squares(in_right);
+        squares.square();
+        Eight squaresBefore(in_left);
+        squaresBefore.square();
+        squares.add(squaresBefore);
+        m_energies.add(squares);
+    }
+
+    Eight m_cosines[Tones];
+    Eight m_sines[Tones];
+    Eight m_energies;
+};
+
+/// The last samples of a frame, fewer than eight on each side of its middle, beside zeros, which
+/// leave a sum as it is.
+template <std::size_t Tones>
+struct LastSamples {
+    static constexpr std::size_t lanes = 8;
+
+    [[gnu::always_inline]] LastSamples(const double* in_pBehind, const double* in_pBefore,
+                                       std::size_t in_uiPairs, const ToneTables* in_pTables) {
+        for (std::size_t lane = 0; lane != in_uiPairs; ++lane) {
+            m_right[lane] = in_pBehind[lane];
+            m_left[lane] = *(in_pBefore - 1 - lane);
+        }
+        for (std::size_t tone = 0; tone < Tones; ++tone) {
+            std::copy_n(in_pTables[tone].m_pCosine, in_uiPairs, m_tables[2 * tone]);
+            std::copy_n(in_pTables[tone].m_pSine, in_uiPairs, m_tables[2 * tone + 1]);
+        }
+    }
+
+    double m_right[lanes] = {};
+    double m_left[lanes] = {};
+    double m_tables[2 * Tones][lanes] = {};
+};
+
+/// Correlates a frame with some tones. The sums of each are the same as if it were alone.
+///
 /// Cosine and sine are symmetric about the middle of the frame, so that the sums and the
 /// differences of the samples at equal distance from it are multiplied only once. The lanes are
 /// independent sums in fixed order, whatever registers a processor has for them.
-template <std::size_t Bytes, class Scale>
-[[gnu::always_inline]] inline Correlation correlate(const double* in_pFirst, std::size_t in_uiCount,
-                                                    const double* in_pCosine,
-                                                    const double* in_pSine, Scale in_scale) {
+template <std::size_t Bytes, std::size_t Tones, class Scale>
+[[gnu::always_inline]] inline void correlate(const double* in_pFirst, std::size_t in_uiCount,
+                                             const ToneTables* in_pTables, Scale in_scale,
+                                             Correlation* out_pCorrelations) {
     using Eight = Lanes<Bytes>;
     constexpr std::size_t lanes = Eight::count;
     const std::size_t pairs = in_uiCount / 2;
     const double* const behind = in_pFirst + (in_uiCount - pairs);
     const double* const before = in_pFirst + pairs;
-    Eight cosines;
-    Eight sines;
-    Eight energies;
+    CorrelationSums<Bytes, Tones> sums;
     std::size_t row = 0;
     for (; row + lanes <= pairs; row += lanes) {
         Eight right(behind + row);
         Eight left = Eight::reversed(before - row - lanes);
         in_scale(right);
         in_scale(left);
-        Eight sum(right);
-        sum.add(left);
-        sum.multiply(Eight(in_pCosine + row));
-        cosines.add(sum);
-        Eight difference(right);
-        difference.subtract(left);
-        difference.multiply(Eight(in_pSine + row));
-        sines.add(difference);
-        right.square();
-        left.square();
-        right.add(left);
-        energies.add(right);
+        sums.add(right, left, in_pTables, row);
     }
     if (row != pairs) {
-        double cosine[lanes];
-        double sine[lanes];
-        double energy[lanes];
-        cosines.store(cosine);
-        sines.store(sine);
-        energies.store(energy);
-        for (std::size_t lane = 0; row + lane < pairs; ++lane) {
-            double right = behind[row + lane];
-            double left = *(before - 1 - row - lane);
-            in_scale(right);
-            in_scale(left);
-            cosine[lane] += (right + left) * in_pCosine[row + lane];
-            sine[lane] += (right - left) * in_pSine[row + lane];
-            energy[lane] += right * right + left * left;
+        ToneTables rest[Tones];
+        for (std::size_t tone = 0; tone < Tones; ++tone) {
+            rest[tone] = {in_pTables[tone].m_pCosine + row, in_pTables[tone].m_pSine + row};
         }
-        cosines = Eight(cosine);
-        sines = Eight(sine);
-        energies = Eight(energy);
+        const LastSamples<Tones> last(behind + row, before - row, pairs - row, rest);
+        for (std::size_t tone = 0; tone < Tones; ++tone) {
+            rest[tone] = {last.m_tables[2 * tone], last.m_tables[2 * tone + 1]};
+        }
+        Eight right(last.m_right);
+        Eight left(last.m_left);
+        in_scale(right);
+        in_scale(left);
+        sums.add(right, left, rest, 0);
     }
-
-    Correlation result{cosines.total(), sines.total(), energies.total()};
+    double middle = 0.0;
     if (in_uiCount % 2 != 0) {
-        double middle = *before;
+        middle = *before;
         in_scale(middle);
-        result.cosine += middle;
-        result.energy += middle * middle;
     }
-    return result;
+    const double energy = sums.m_energies.total() + middle * middle;
+    for (std::size_t tone = 0; tone < Tones; ++tone) {
+        out_pCorrelations[tone] = {sums.m_cosines[tone].total() + middle,
+                                   sums.m_sines[tone].total(), energy};
+    }
+}
+
+/// The same with as many tones as there are, as many at a time as the registers hold sums for.
+template <std::size_t Bytes, class Scale>
+[[gnu::always_inline]] inline void
+correlateAll(const double* in_pFirst, std::size_t in_uiCount, const ToneTables* in_pTables,
+             std::size_t in_uiTones, Scale in_scale, Correlation* out_pCorrelations) {
+    constexpr std::size_t atATime = Bytes / 16;
+    std::size_t tone = 0;
+    for (; tone + atATime <= in_uiTones; tone += atATime) {
+        correlate<Bytes, atATime>(in_pFirst, in_uiCount, in_pTables + tone, in_scale,
+                                  out_pCorrelations + tone);
+    }
+    for (; tone != in_uiTones; ++tone) {
+        correlate<Bytes, 1>(in_pFirst, in_uiCount, in_pTables + tone, in_scale,
+                            out_pCorrelations + tone);
+    }
 }
 
 } // namespace Velmora::Math

@@ -66,9 +66,11 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     attribute double min##name(const double* in_pFirst, const double* in_pLast) {                  \
         return extreme<Extreme::Smallest, bytes>(in_pFirst, in_pLast);                             \
     }                                                                                              \
-    attribute Correlation correlate##name(const double* in_pFirst, std::size_t in_uiCount,         \
-                                          const double* in_pCosine, const double* in_pSine) {      \
-        return correlate<bytes>(in_pFirst, in_uiCount, in_pCosine, in_pSine, Unscaled());          \
+    attribute void correlate##name(const double* in_pFirst, std::size_t in_uiCount,                \
+                                   const ToneTables* in_pTables, std::size_t in_uiTones,           \
+                                   Correlation* out_pCorrelations) {                               \
+        correlateAll<bytes>(in_pFirst, in_uiCount, in_pTables, in_uiTones, Unscaled(),             \
+                            out_pCorrelations);                                                    \
     }                                                                                              \
     template <std::size_t uiForm>                                                                  \
     attribute void scaledSum##name(const ScaledSum::Operands& in_Operands) {                       \

@@ -19,8 +19,9 @@ struct Kernels {
     using OfOne = void (*)(const double* in_pA, double in_dB, double* out_pResult,
                            std::size_t in_uiCount);
     using OfAll = double (*)(const double* in_pFirst, const double* in_pLast);
-    using OfWave = Correlation (*)(const double* in_pFirst, std::size_t in_uiCount,
-                                   const double* in_pCosine, const double* in_pSine);
+    using OfTones = void (*)(const double* in_pFirst, std::size_t in_uiCount,
+                             const ToneTables* in_pTables, std::size_t in_uiTones,
+                             Correlation* out_pCorrelations);
     using OfScaledSum = void (*)(const ScaledSum::Operands&);
 
     OfTwo m_Add;
@@ -31,7 +32,7 @@ struct Kernels {
     OfAll m_SumOfSquares;
     OfAll m_Max;
     OfAll m_Min;
-    OfWave m_Correlate;
+    OfTones m_Correlate;
     /// By the number of the form.
     std::array<OfScaledSum, ScaledSumForms> m_ScaledSums;
 };

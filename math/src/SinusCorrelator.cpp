@@ -23,11 +23,12 @@ constexpr double scaleDown = 0x1p-600;
 /// The same of a frame that has been brought to an energy that a double holds. Apart from what is
 /// computed in each frame, which it would slow down.
 [[gnu::noinline]] Correlation correlateScaled(double in_dScale, const double* in_pFirst,
-                                              std::size_t in_uiCount, const double* in_pCosine,
-                                              const double* in_pSine) {
+                                              std::size_t in_uiCount, const ToneTables& in_tables) {
     constexpr std::size_t smallestRegisters = 16;
-    return correlate<smallestRegisters>(in_pFirst, in_uiCount, in_pCosine, in_pSine,
-                                        ScaledBy{in_dScale});
+    Correlation products;
+    correlateAll<smallestRegisters>(in_pFirst, in_uiCount, &in_tables, 1, ScaledBy{in_dScale},
+                                    &products);
+    return products;
 }
 
 double reciprocalNorm(double in_dSquaredNorm) {
@@ -53,38 +54,65 @@ bool SinusCorrelator::configure(std::size_t in_uiSampleRate, double in_dFrequenc
 
 bool SinusCorrelator::compute(const double* const& in_pFirst, const double* const& in_pLast,
                               double& out_dCorrelation) {
-    if (m_uiSampleRate == 0) {
+    SinusCorrelator* const pThis = this;
+    return computeTogether(&pThis, 1, in_pFirst, in_pLast, &out_dCorrelation);
+}
+
+bool SinusCorrelator::computeTogether(SinusCorrelator* const* in_ppCorrelators,
+                                      std::size_t in_uiCorrelators, const double* in_pFirst,
+                                      const double* in_pLast, double* out_pCorrelations) {
+    SinusCorrelator* const* const ppEnd = in_ppCorrelators + in_uiCorrelators;
+    if (!std::all_of(in_ppCorrelators, ppEnd,
+                     [](const auto* in_pEach) { return in_pEach->m_uiSampleRate != 0; })) {
         return false;
     }
     const auto count = static_cast<std::size_t>(in_pLast - in_pFirst);
     if (count == 0) {
-        out_dCorrelation = 0.0;
+        std::fill_n(out_pCorrelations, in_uiCorrelators, 0.0);
         return true;
     }
-    if (count != m_uiCount) {
-        prepare_i(count);
+    constexpr std::size_t atATime = 8;
+    while (in_ppCorrelators != ppEnd) {
+        const std::size_t tones =
+            std::min(atATime, static_cast<std::size_t>(ppEnd - in_ppCorrelators));
+        ToneTables tables[atATime];
+        Correlation products[atATime];
+        for (std::size_t tone = 0; tone != tones; ++tone) {
+            tables[tone] = in_ppCorrelators[tone]->tables_i(count);
+        }
+        kernels().m_Correlate(in_pFirst, count, tables, tones, products);
+        for (std::size_t tone = 0; tone != tones; ++tone) {
+            Correlation& product = products[tone];
+            if (product.energy < smallestEnergy) {
+                product = correlateScaled(scaleUp, in_pFirst, count, tables[tone]);
+            } else if (product.energy > largestEnergy) {
+                product = correlateScaled(scaleDown, in_pFirst, count, tables[tone]);
+            }
+            *out_pCorrelations++ = in_ppCorrelators[tone]->shareOf_i(product);
+        }
+        in_ppCorrelators += tones;
     }
-    const Basis& basis = m_bases[count % 2];
-    const double* const cosines = basis.m_vCosine.begin();
-    const double* const sines = basis.m_vSine.begin();
-    Correlation products = kernels().m_Correlate(in_pFirst, count, cosines, sines);
-    if (products.energy < smallestEnergy) {
-        products = correlateScaled(scaleUp, in_pFirst, count, cosines, sines);
-    } else if (products.energy > largestEnergy) {
-        products = correlateScaled(scaleDown, in_pFirst, count, cosines, sines);
-    }
-    if (products.energy == 0.0) {
-        out_dCorrelation = 0.0;
-        return true;
-    }
-    if (!std::isfinite(products.energy)) {
-        out_dCorrelation = std::numeric_limits<double>::quiet_NaN();
-        return true;
-    }
-    const double cosine = products.cosine * m_dCosineScale;
-    const double sine = products.sine * m_dSineScale;
-    out_dCorrelation = std::min(std::sqrt((cosine * cosine + sine * sine) / products.energy), 1.0);
     return true;
+}
+
+inline ToneTables SinusCorrelator::tables_i(std::size_t in_uiCount) {
+    if (in_uiCount != m_uiCount) {
+        prepare_i(in_uiCount);
+    }
+    const Basis& basis = m_bases[in_uiCount % 2];
+    return {basis.m_vCosine.begin(), basis.m_vSine.begin()};
+}
+
+inline double SinusCorrelator::shareOf_i(const Correlation& in_products) const {
+    if (in_products.energy == 0.0) {
+        return 0.0;
+    }
+    if (!std::isfinite(in_products.energy)) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const double cosine = in_products.cosine * m_dCosineScale;
+    const double sine = in_products.sine * m_dSineScale;
+    return std::min(std::sqrt((cosine * cosine + sine * sine) / in_products.energy), 1.0);
 }
 
 void SinusCorrelator::prepare_i(std::size_t in_uiCount) {

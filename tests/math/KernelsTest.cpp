@@ -112,10 +112,20 @@ Values compute(const Kernels& in_Kernels, const Inputs& in_Inputs) {
         vAll.push_back(in_Kernels.m_Min(pA, pA + uiCount));
     }
     // The tables of a wave are half as long as the frame.
-    const Correlation correlation = in_Kernels.m_Correlate(pA, uiCount, pB, pB + uiCount / 2);
-    vAll.push_back(correlation.cosine);
-    vAll.push_back(correlation.sine);
-    vAll.push_back(correlation.energy);
+    for (std::size_t uiTones = 1; uiTones != 6; ++uiTones) {
+        std::vector<ToneTables> vTables;
+        for (std::size_t uiTone = 0; uiTone != uiTones; ++uiTone) {
+            const std::size_t uiOffset = uiTone % (uiCount - uiCount / 2 + 1);
+            vTables.push_back({pB + uiOffset, pB + uiCount - uiCount / 2 - uiOffset});
+        }
+        std::vector<Correlation> vCorrelations(uiTones);
+        in_Kernels.m_Correlate(pA, uiCount, vTables.data(), uiTones, vCorrelations.data());
+        for (const Correlation& correlation : vCorrelations) {
+            vAll.push_back(correlation.cosine);
+            vAll.push_back(correlation.sine);
+            vAll.push_back(correlation.energy);
+        }
+    }
     return vAll;
 }
 
@@ -210,8 +220,9 @@ TEST(KernelsTest, CorrelationIsThatOfThePlainSums) {
     const Values vCosine{0.5, 0.25};
     const Values vSine{0.75, 2.0};
     for (const Kernels* pForm : listKernels()) {
-        const Correlation correlation =
-            pForm->m_Correlate(vFrame.data(), vFrame.size(), vCosine.data(), vSine.data());
+        const ToneTables tables{vCosine.data(), vSine.data()};
+        Correlation correlation;
+        pForm->m_Correlate(vFrame.data(), vFrame.size(), &tables, 1, &correlation);
         EXPECT_EQ(correlation.cosine, (8.0 + 2.0) * 0.5 + (16.0 + 1.0) * 0.25 + 4.0);
         EXPECT_EQ(correlation.sine, (8.0 - 2.0) * 0.75 + (16.0 - 1.0) * 2.0);
         EXPECT_EQ(correlation.energy, 1.0 + 4.0 + 16.0 + 64.0 + 256.0);

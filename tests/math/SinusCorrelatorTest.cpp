@@ -298,6 +298,44 @@ TEST(SinusCorrelatorTest, FramesOfChangingSizesGiveTheSameBitsAsAlone) {
     }
 }
 
+TEST(SinusCorrelatorTest, SeveralGiveTogetherWhatEachGivesAlone) {
+    for (std::size_t count = 1; count != 20; ++count) {
+        std::vector<SinusCorrelator> correlators(count);
+        std::vector<SinusCorrelator*> pointers;
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_TRUE(
+                correlators[i].configure(sampleRate, 100.0 + 150.0 * static_cast<double>(i)));
+            pointers.push_back(&correlators[i]);
+        }
+        Values notNumber = noiseOf(50);
+        notNumber[20] = nan;
+        for (const Values& frame : {noiseOf(160), noiseOf(205), noiseOf(7), noiseOf(30, 1e-200),
+                                    noiseOf(30, 1e200), notNumber, Values(9, 0.0), Values()}) {
+            Values results(count, 42.0);
+            ASSERT_TRUE(SinusCorrelator::computeTogether(
+                pointers.data(), count, frame.data(), frame.data() + frame.size(), results.data()));
+            Values expected;
+            for (SinusCorrelator& correlator : correlators) {
+                expected.push_back(correlationOf(correlator, frame));
+            }
+            EXPECT_THAT(results, HasValues(expected)) << count << ", " << frame.size();
+        }
+    }
+}
+
+TEST(SinusCorrelatorTest, OneWithoutAConfigurationStopsAll) {
+    SinusCorrelator configured;
+    SinusCorrelator other;
+    ASSERT_TRUE(configured.configure(sampleRate, 777.0));
+    SinusCorrelator* const pointers[] = {&configured, &other};
+    const Values frame = noiseOf(50);
+    double results[] = {1.0, 2.0};
+    EXPECT_FALSE(
+        SinusCorrelator::computeTogether(pointers, 2, frame.data(), frame.data() + 50, results));
+    EXPECT_EQ(results[0], 1.0);
+    EXPECT_EQ(results[1], 2.0);
+}
+
 TEST(SinusCorrelatorTest, CopyCarriesTheConfiguration) {
     SinusCorrelator correlator;
     ASSERT_TRUE(correlator.configure(sampleRate, 777.0));

@@ -153,6 +153,11 @@ bool ExpressionBaseImpl::evaluateTheLongWay(LimitedObjPtr<DoubleVector>& out) {
     return true;
 }
 
+bool ExpressionBaseImpl::evaluateTogether_i(ExpressionBaseImpl* const*, std::size_t,
+                                            LimitedObjPtr<DoubleVector>*) {
+    return false;
+}
+
 bool ExpressionBaseImpl::quickEvaluate(LimitedObjPtr<DoubleVector>& out) {
     evaluate(out);
     return true;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <typeinfo>
 
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 
@@ -64,6 +65,55 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         }
     }
     flush(inout_Plan);
+    findTogether(inout_Plan);
+}
+
+/// Marks the nodes of one class, one behind the other, that cost less together.
+void SealedPlan::VectorProgram::findTogether(const SealedPlan& in_Plan) {
+    const auto nodeOf = [&](const Item& in_Item) {
+        const bool bOther = in_Item.m_pStep != nullptr && in_Item.m_pStep->m_eKind == Kind::Other;
+        return bOther ? in_Plan.m_vNodes[in_Item.m_uiNode] : nullptr;
+    };
+    const auto areAlike = [](const ExpressionBaseImpl& in_First,
+                             const ExpressionBaseImpl* in_pOther) {
+        return in_pOther != nullptr && typeid(*in_pOther) == typeid(in_First);
+    };
+    for (auto ite = m_vItems.begin(); ite != m_vItems.end();) {
+        const ExpressionBaseImpl* const pFirst = nodeOf(*ite);
+        auto iteEnd = ite + 1;
+        if (pFirst != nullptr && pFirst->isBetterTogether()) {
+            const auto iteLimit = ite + std::min<std::ptrdiff_t>(ExpressionBaseImpl::MaxTogether,
+                                                                 m_vItems.end() - ite);
+            iteEnd = std::find_if_not(iteEnd, iteLimit, [&](const Item& in_Item) {
+                return areAlike(*pFirst, nodeOf(in_Item));
+            });
+        }
+        ite->m_uiTogether = static_cast<std::size_t>(iteEnd - ite);
+        ite = iteEnd;
+    }
+}
+
+/// False, and nothing has happened, if they have to be computed one by one.
+bool SealedPlan::VectorProgram::computeTogether(SealedPlan& inout_Plan, const Item* in_pFirst) {
+    const std::size_t uiCount = in_pFirst->m_uiTogether;
+    ExpressionBaseImpl* nodes[ExpressionBaseImpl::MaxTogether] = {};
+    LimitedObjPtr<DoubleVector> values[ExpressionBaseImpl::MaxTogether];
+    for (std::size_t ui = 0; ui != uiCount; ++ui) {
+        if (inout_Plan.isValid(in_pFirst[ui].m_uiNode)) {
+            return false;
+        }
+        nodes[ui] = inout_Plan.m_vNodes[in_pFirst[ui].m_uiNode];
+    }
+    if (!nodes[0]->evaluateTogether_i(nodes, uiCount, values)) {
+        return false;
+    }
+    for (std::size_t ui = 0; ui != uiCount; ++ui) {
+        nodes[ui]->m_pValue = values[ui];
+        in_pFirst[ui].m_pStep->m_pVector = values[ui].get();
+        inout_Plan.lookAtHanded(in_pFirst[ui].m_uiNode);
+        *inout_Plan.flagOf(in_pFirst[ui].m_uiNode) = 1;
+    }
+    return true;
 }
 
 /// Is the node's value one of an input, or of what is valid as the frame begins?
@@ -368,22 +418,27 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAlone(SealedPlan& inout_Plan
 
 /// A node of the host's may have evaluated others on the way, or have changed something.
 SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inout_Plan) const {
-    for (const Item& item : m_vItems) {
-        if (item.m_pStep != nullptr) {
-            if (!inout_Plan.isValid(item.m_uiNode) && !computeNode(inout_Plan, item)) {
-                return item.m_uiNode;
+    const Item* const pEnd = m_vItems.data() + m_vItems.size();
+    for (const Item* pItem = m_vItems.data(); pItem != pEnd;) {
+        std::size_t uiComputed = 1;
+        if (pItem->m_uiTogether != 1 && computeTogether(inout_Plan, pItem)) {
+            uiComputed = pItem->m_uiTogether;
+        } else if (pItem->m_pStep != nullptr) {
+            if (!inout_Plan.isValid(pItem->m_uiNode) && !computeNode(inout_Plan, *pItem)) {
+                return pItem->m_uiNode;
             }
-            if (inout_Plan.m_bDisturbed) {
-                return Disturbed;
+        } else {
+            const Joint& joint = m_vJoints[pItem->m_uiJoint];
+            const bool bJoined = !isBegun(inout_Plan, joint) && computeJoint(inout_Plan, joint);
+            const Index uiFailed = bJoined ? PassedOver : computeOneByOne(inout_Plan, joint);
+            if (uiFailed != PassedOver) {
+                return uiFailed;
             }
-            continue;
         }
-        const Joint& joint = m_vJoints[item.m_uiJoint];
-        const bool bJoined = !isBegun(inout_Plan, joint) && computeJoint(inout_Plan, joint);
-        const Index uiFailed = bJoined ? PassedOver : computeOneByOne(inout_Plan, joint);
-        if (uiFailed != PassedOver) {
-            return uiFailed;
+        if (inout_Plan.m_bDisturbed) {
+            return Disturbed;
         }
+        pItem += uiComputed;
     }
     return PassedOver;
 }

@@ -69,6 +69,8 @@ private:
         Step* m_pStep = nullptr;
         const Step* m_pFirst = nullptr;
         const Step* m_pSecond = nullptr;
+        /// As many items from this one on may be computed together.
+        std::size_t m_uiTogether = 1;
     };
 
     /// An input of the graph, or a variable that passes on the value of one, or what is valid as
@@ -85,6 +87,8 @@ private:
     void computeAhead(SealedPlan& inout_Plan) const;
     void appendNode(SealedPlan& inout_Plan, Index in_uiNode);
     void flush(SealedPlan& inout_Plan);
+    void findTogether(const SealedPlan& in_Plan);
+    static bool computeTogether(SealedPlan& inout_Plan, const Item* in_pFirst);
     std::size_t findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst, Joint& out_Joint) const;
     bool findSum(SealedPlan& inout_Plan, std::size_t in_uiFirst, std::size_t in_uiScaled,
                  Joint& out_Joint) const;

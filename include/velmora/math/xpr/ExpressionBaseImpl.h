@@ -183,6 +183,18 @@ protected:
     /// there.
     virtual bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const;
 
+    /// Nodes that one call of `evaluateTogether_i` computes at most.
+    static constexpr std::size_t MaxTogether = 8;
+
+    /// Do several nodes of this class cost less together than one by one?
+    virtual bool isBetterTogether() const { return false; }
+
+    /// Computes this node and others of its class, the first of which it is, where all read one
+    /// vector that is known, and hands out their values in their order. False, and they are as they
+    /// were, for all else: they are computed one by one then.
+    virtual bool evaluateTogether_i(ExpressionBaseImpl* const* in_ppNodes, std::size_t in_uiNodes,
+                                    LimitedObjPtr<DoubleVector>* out_pValues);
+
     /// Links a child and returns its number, or `NoChild` when a check refuses it. Without the
     /// check a cycle can be made, and nothing works on a cycle.
     unsigned long addChild(const Handle<ExpressionBaseImpl>& in_pChild, bool in_bCheck);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -21,12 +22,25 @@ namespace Velmora::Math::Xpr {
 /// A function class is default constructible, copyable and assignable; a copy carries the
 /// configuration and the memory between frames, and shares neither with its source. One thread at a
 /// time uses an object.
+///
+/// A class `F` of one argument, of which several cost less together than one by one, may say so
+/// with
+///
+///     static bool calculateTogether(F* const* in_ppFunctions, std::size_t in_uiFunctions,
+///                                   const DoubleVector& in_vInput,
+///                                   DoubleVector* const* out_ppResults);
+///
+/// which sets the results of at most `MaxTogether` functions to what `calculate` would give each.
+/// The results aren't cleared. False, with nothing in the log, has each computed by `calculate`.
 class VELMORA_EXPORT FunctionAdaptor : public Resettable, public virtual Object {
 public:
     /// The vector of each argument, by its name. The pointers are good during `calculate` only.
     /// They lead to the values of other nodes, which others read as well: a function leaves them
     /// alone.
     using ArgumentMap = std::map<std::string, LimitedObjPtr<DoubleVector>>;
+
+    /// Functions that one call of a `calculateTogether` gets at most.
+    static constexpr std::size_t MaxTogether = 8;
 
     /// Forgets the memory between frames; keeps the configuration.
     bool reset() override = 0;

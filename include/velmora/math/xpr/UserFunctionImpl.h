@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <velmora/MemAccounting.h>
@@ -75,6 +77,39 @@ protected:
         return true;
     }
 
+    bool isBetterTogether() const override { return HasCalculateTogether<F>::value; }
+
+    bool evaluateTogether_i(ExpressionBaseImpl* const* in_ppNodes, std::size_t in_uiNodes,
+                            LimitedObjPtr<DoubleVector>* out_pValues) override {
+        if constexpr (HasCalculateTogether<F>::value) {
+            static_assert(MaxTogether <= FunctionAdaptor::MaxTogether);
+            LimitedObjPtr<DoubleVector> pInput;
+            F* functions[MaxTogether];
+            DoubleVector* results[MaxTogether];
+            for (std::size_t i = 0; i < in_uiNodes; ++i) {
+                auto& node = static_cast<UserFunctionImpl&>(*in_ppNodes[i]);
+                LimitedObjPtr<DoubleVector> pValue;
+                if (!node.readOnlyArgument(pValue) || (i != 0 && pValue != pInput) ||
+                    pValue == &node.m_vResult) {
+                    return false;
+                }
+                pInput = pValue;
+                functions[i] = &node.m_UserFunction;
+                results[i] = &node.m_vResult;
+            }
+            if (!F::calculateTogether(functions, in_uiNodes, *pInput, results)) {
+                return false;
+            }
+            for (std::size_t i = 0; i < in_uiNodes; ++i) {
+                *static_cast<UserFunctionImpl&>(*in_ppNodes[i]).m_vValues.front() = pInput;
+                out_pValues[i] = results[i];
+            }
+            return true;
+        } else {
+            return FunctionBaseImpl::evaluateTogether_i(in_ppNodes, in_uiNodes, out_pValues);
+        }
+    }
+
     bool reset_i() override { return m_UserFunction.reset(); }
     void seal_i() override {}
     void replaceChild_i(ExpressionBaseImpl&, const Handle<ExpressionBaseImpl>&) override {}
@@ -139,15 +174,25 @@ private:
         }
     }
 
+    /// Has the class a static `calculateTogether`?
+    template <class T, class = void>
+    struct HasCalculateTogether : std::false_type {};
+    template <class T>
+    struct HasCalculateTogether<T, std::void_t<decltype(&T::calculateTogether)>> : std::true_type {
+    };
+
     /// The only argument, if its value is current, as in most functions of a sealed graph. False
     /// for all else.
     bool evaluateOnly() {
+        return m_pOnlyArgument != nullptr && readOnlyArgument(*m_vValues.front());
+    }
+
+    bool readOnlyArgument(LimitedObjPtr<DoubleVector>& out) {
         if (m_pOnlyArgument == nullptr || !m_pOnlyArgument->isValid()) {
             return false;
         }
-        LimitedObjPtr<DoubleVector>& pValue = *m_vValues.front();
-        readValue(*m_pOnlyArgument, pValue);
-        return !pValue.isNull();
+        readValue(*m_pOnlyArgument, out);
+        return !out.isNull();
     }
 
     /// By position on both sides: the sorted map and the arguments in their order.

@@ -78,6 +78,26 @@ public:
         return true;
     }
 
+    /// The tones of a detector read the frame once.
+    static bool calculateTogether(FunctionSinusCorrelate* const* in_ppFunctions,
+                                  std::size_t in_uiFunctions, const DoubleVector& in_vInput,
+                                  DoubleVector* const* out_ppResults) {
+        SinusCorrelator* correlators[MaxTogether];
+        double correlations[MaxTogether];
+        for (std::size_t i = 0; i < in_uiFunctions; ++i) {
+            correlators[i] = &in_ppFunctions[i]->m_Correlator;
+        }
+        if (!SinusCorrelator::computeTogether(correlators, in_uiFunctions, in_vInput.begin(),
+                                              in_vInput.end(), correlations)) {
+            return false;
+        }
+        for (std::size_t i = 0; i < in_uiFunctions; ++i) {
+            out_ppResults[i]->clear();
+            out_ppResults[i]->push_back(correlations[i]);
+        }
+        return true;
+    }
+
 private:
     double m_dFrequency = 0.0;
     std::size_t m_uiSampleRate = 0;
