@@ -18,10 +18,6 @@ bool isEmpty(const DoubleVector& in_vValue) {
     return in_vValue.size() == 0;
 }
 
-/// How long a concatenation may be: thirty definitions of which each doubles the one before would
-/// make eight gigabytes of one element.
-constexpr std::size_t MaxConcatenation = std::size_t(1) << 24;
-
 /// Addition and subtraction accept the same operands and complain in the same words.
 bool checkElementWise(const char* in_szOperation, const DoubleVector& in_Left,
                       const DoubleVector& in_Right) {

@@ -190,18 +190,28 @@ void SealedPlan::remember(const NodeSet& in_Set) {
 /// Inputs and variables were computed ahead of their turn, where nobody sees it. The recursion
 /// stops where a node fails, and wouldn't have come to some of them.
 void SealedPlan::takeBack(const Needs& in_Needs, Index in_uiFailed) {
-    auto ite = std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiFailed);
-    for (; ite != in_Needs.m_vOrder.end(); ++ite) {
-        if (!wasValid(*ite)) {
+    const auto iteFailed =
+        std::find(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), in_uiFailed);
+    for (auto ite = in_Needs.m_vOrder.end(); ite != iteFailed;) {
+        --ite;
+        if (isReadAheadInVain(*ite)) {
             *flagOf(*ite) = 0;
         }
     }
 }
 
+/// A node of the host's may have evaluated others on the way, which stay as they are with all that
+/// they have read.
+bool SealedPlan::isReadAheadInVain(Index in_uiNode) const {
+    const ExpressionBaseImpl* const pNode = m_vNodes[in_uiNode];
+    return isSilent(in_uiNode) && !wasValid(in_uiNode) && pNode != nullptr &&
+           std::none_of(pNode->m_Parents.begin(), pNode->m_Parents.sealedEnd(),
+                        [](const auto& in_pParent) { return in_pParent->isValid(); });
+}
+
 bool SealedPlan::invalidate(Index in_uiNode) {
     if (m_uiRunning != 0) {
         noteFailure();
-        m_bDisturbed = true;
         return false;
     }
     const NodeSet* const pReaders = m_vReaders[in_uiNode].get();

@@ -72,10 +72,13 @@ public:
     /// was computed before, and the long way goes on.
     bool invalidate(Index in_uiNode);
 
-    /// The long way has just failed to compute this node.
-    void noteFailure() {
+    /// A node has just failed. Where an evaluation goes on around the one that came to it, its
+    /// readers needn't be computed any more: one may have become valid above the failure.
+    /// `in_uiOwn` is the number of the plan's evaluations that know of it, one for the plan itself.
+    void noteFailure(std::size_t in_uiOwn = 0) {
         leave();
         m_bIntact = false;
+        m_bDisturbed = m_bDisturbed || m_uiRunning > in_uiOwn;
     }
 
     /// A node that the plan passes over has been evaluated: it must be told of changes too.
@@ -275,6 +278,7 @@ private:
     Index computeInOwnOrder(const Needs& in_Needs);
     void remember(const NodeSet& in_Set);
     void takeBack(const Needs& in_Needs, Index in_uiFailed);
+    bool isReadAheadInVain(Index in_uiNode) const;
     bool step(Index in_uiNode);
     bool areInputsValid(Index in_uiNode) const;
     bool isIntact() const;

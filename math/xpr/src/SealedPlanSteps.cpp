@@ -142,7 +142,8 @@ void SealedPlan::readInput(Step& inout_Step) {
 bool SealedPlan::concatenate(Index in_uiNode) {
     const Step& step = m_vSteps[in_uiNode];
     DoubleVector& vResult = static_cast<OperatorConcatenate&>(*m_vNodes[in_uiNode]).m_Result;
-    if (step.m_pVector != &vResult) {
+    // What failed for its length may have left that much.
+    if (step.m_pVector != &vResult || vResult.size() > OperatorConcatenate::MaxConcatenation) {
         return false;
     }
     double* pNext = vResult.begin();
@@ -191,7 +192,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
 bool SealedPlan::step(Index in_uiNode) {
     Step& step = m_vSteps[in_uiNode];
     if (!computeScalar(step, m_vSteps.data()) && !compute(step)) {
-        noteFailure();
+        noteFailure(1);
         return false;
     }
     *flagOf(in_uiNode) = 1;
@@ -333,10 +334,12 @@ bool SealedPlan::evaluate(Index in_uiNode, bool& out_bSuccess) {
             return false;
         }
     }
-    out_bSuccess = uiFailed == PassedOver;
     if (uiFailed == Disturbed) {
-        return false;
+        // The node itself may have been the last.
+        out_bSuccess = isValid(in_uiNode);
+        return out_bSuccess;
     }
+    out_bSuccess = uiFailed == PassedOver;
     if (!out_bSuccess) {
         // The long way goes on from here: the reader that needs this node is the first that the
         // recursion comes to.

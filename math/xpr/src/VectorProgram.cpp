@@ -362,7 +362,7 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const
         break;
     case Kind::Other:
         if (!inout_Plan.computeByNode(step, in_Item.m_uiNode)) {
-            inout_Plan.noteFailure();
+            inout_Plan.noteFailure(1);
             return false;
         }
         break;

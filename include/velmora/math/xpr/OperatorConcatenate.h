@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <velmora/math/xpr/XaryFunction.h>
 
 namespace Velmora::Math::Xpr {
@@ -8,6 +10,10 @@ namespace Velmora::Math::Xpr {
 /// the operator.
 class VELMORA_EXPORT OperatorConcatenate : public XaryFunction<OperatorConcatenate> {
 public:
+    /// How long a result may be: thirty definitions of which each doubles the one before would make
+    /// eight gigabytes of one element.
+    static constexpr std::size_t MaxConcatenation = std::size_t(1) << 24;
+
     /// Bears the name "unamed": the optimizer looks for "concat" and leaves it as it is.
     OperatorConcatenate();
     explicit OperatorConcatenate(const char* in_szName);

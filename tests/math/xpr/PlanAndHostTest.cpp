@@ -1,0 +1,190 @@
+// What functions of a host do while a plan computes, against the walk that it replaces.
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <velmora/math/xpr/NoMemoryFunctionImpl.h>
+#include <velmora/math/xpr/NoParamFunctionImpl.h>
+#include <velmora/math/xpr/OperatorConcatenate.h>
+#include <velmora/math/xpr/Registry.h>
+#include <velmora/math/xpr/SingleVariableFunctionImpl.h>
+#include <velmora/math/xpr/UserFunctionImpl.h>
+#include <velmora/math/xpr/Variable.h>
+
+#include "math/xpr/PlanTwins.h"
+
+namespace {
+
+using namespace Velmora;
+using namespace Velmora::Math;
+using namespace Velmora::Math::Xpr;
+
+using Node = PlanTwins::Node;
+
+/// Hands out its argument and does what the test says on the way.
+class FunctionOnTheWay : public SingleVariableFunctionImpl,
+                         public NoParamFunctionImpl,
+                         public NoMemoryFunctionImpl {
+public:
+    FunctionOnTheWay() : SingleVariableFunctionImpl("onTheWay", "x") {}
+
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        s_OnCalculation(*in_ArgNameToDomain.begin()->second);
+        out = *in_ArgNameToDomain.begin()->second;
+        return true;
+    }
+
+    static std::function<void(const DoubleVector&)> s_OnCalculation;
+};
+
+std::function<void(const DoubleVector&)> FunctionOnTheWay::s_OnCalculation;
+
+class PlanAndHostTest : public testing::TestWithParam<int> {
+protected:
+    static void SetUpTestSuite() {
+        UserFunctionImpl<FunctionOnTheWay>::registerIn(Registry::getInstance(), "its argument");
+    }
+
+    void SetUp() override {
+        FunctionOnTheWay::s_OnCalculation = [](const DoubleVector&) {};
+    }
+
+    static Node find(ScriptRun& inout_Run, const std::string& in_strName) {
+        return Node(inout_Run.getEvaluator().getExpression(("s." + in_strName).c_str()));
+    }
+
+    static void set(ScriptRun& inout_Run, const std::string& in_strName,
+                    const DoubleVector& in_vValue) {
+        inout_Run.getEvaluator().getVariable(("s." + in_strName).c_str())->setValue(in_vValue);
+    }
+
+    /// Frames ahead of the one that is looked at, so that it goes by the list, or by a program.
+    void warmUp(ScriptRun& inout_Run, const std::string& in_strFeature) {
+        for (int iFrame = 0; iFrame != GetParam(); ++iFrame) {
+            setAll(inout_Run, m_vOne, m_vTwo);
+            find(inout_Run, in_strFeature)->evaluate(m_pValue);
+        }
+    }
+
+    void setAll(ScriptRun& inout_Run, const DoubleVector& in_vX, const DoubleVector& in_vA) {
+        set(inout_Run, "x", in_vX);
+        set(inout_Run, "y", in_vX);
+        set(inout_Run, "a", in_vA);
+    }
+
+    /// An empty text if both do the same; the action returns what it saw.
+    static std::string compare(const std::string& in_strScript,
+                               const std::vector<std::string>& in_vFeatures,
+                               const std::function<std::string(ScriptRun&)>& in_Action) {
+        PlanTwins twins("inputvar x\ninputvar y\ninputvar a\n" + in_strScript, in_vFeatures);
+        return twins.doToBoth(
+            [&](ScriptRun& inout_Run, const PlanTwins::Nodes&) { return in_Action(inout_Run); });
+    }
+
+    const DoubleVector m_vOne{1.0};
+    const DoubleVector m_vTwo{2.0};
+    const DoubleVector m_vZero{0.0};
+    LimitedObjPtr<DoubleVector> m_pValue;
+};
+
+// Not even if what is disturbed is all around it: a function with memory would move twice.
+TEST_P(PlanAndHostTest, FunctionThatWasAskedForIsComputedOnceWhateverItDisturbs) {
+    EXPECT_EQ(compare("h = onTheWay(x * 2)\nr = y + a\n", {"h", "r"},
+                      [&](ScriptRun& inout_Run) {
+                          warmUp(inout_Run, "h");
+                          setAll(inout_Run, m_vTwo, m_vTwo);
+                          int iCalls = 0;
+                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+                              if (++iCalls == 1) {
+                                  ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))
+                                      ->invalidate();
+                              }
+                          };
+                          const Node pFunction =
+                              ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
+                          const std::string strResult = PlanTwins::evaluate(*pFunction);
+                          SetUp();
+                          EXPECT_EQ(iCalls, 1);
+                          return strResult;
+                      }),
+              "");
+}
+
+TEST_P(PlanAndHostTest, WhatWasEvaluatedOnTheWayStaysBehindAFailure) {
+    EXPECT_EQ(compare("m = onTheWay(y)\nr = {onTheWay(x) / a, m}\ng = m * 2\n", {"r", "g", "m"},
+                      [&](ScriptRun& inout_Run) {
+                          warmUp(inout_Run, "r");
+                          setAll(inout_Run, m_vTwo, m_vZero);
+                          set(inout_Run, "y", m_vOne);
+                          std::string strCalls;
+                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector& in_vValue) {
+                              strCalls += in_vValue[0] == 2.0 ? 'x' : 'y';
+                              if (in_vValue[0] == 2.0) {
+                                  find(inout_Run, "m")->evaluate(m_pValue);
+                              }
+                          };
+                          for (const char* szFeature : {"r", "m", "g"}) {
+                              strCalls += PlanTwins::evaluate(*find(inout_Run, szFeature)) + ' ';
+                          }
+                          SetUp();
+                          return strCalls;
+                      }),
+              "");
+}
+
+TEST_P(PlanAndHostTest, FailureOnTheWayIsReportedOnce) {
+    EXPECT_EQ(compare("k = 1 / a\nm = k + y\nr = onTheWay(x) + m\n", {"r", "m", "k"},
+                      [&](ScriptRun& inout_Run) {
+                          warmUp(inout_Run, "r");
+                          setAll(inout_Run, m_vTwo, m_vZero);
+                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+                              find(inout_Run, "m")->evaluate(m_pValue);
+                          };
+                          const std::string strResult =
+                              PlanTwins::evaluate(*find(inout_Run, "r"));
+                          SetUp();
+                          return strResult;
+                      }),
+              "");
+}
+
+INSTANTIATE_TEST_SUITE_P(WarmUp, PlanAndHostTest, testing::Values(0, 1, 6));
+
+// A part that is too long on its own leaves a result of its length behind.
+TEST(PlanAndLimitTest, ConcatenationIsRefusedAboveItsLimitInEveryFrame) {
+    DoubleVector vTooLong;
+    vTooLong.resize(OperatorConcatenate::MaxConcatenation + 1);
+    DoubleVector vLongest;
+    vLongest.resize(OperatorConcatenate::MaxConcatenation);
+    const DoubleVector vNone, vOne{1.0};
+    PlanTwins twins("inputvar x\ninputvar y\nr = {x, y}\n", {"r"});
+    EXPECT_EQ(twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
+        std::string strResults;
+        const auto evaluateFrame = [&](const DoubleVector& in_vX, const DoubleVector& in_vY) {
+            inout_Run.getEvaluator().getVariable("s.x")->setValue(in_vX);
+            inout_Run.getEvaluator().getVariable("s.y")->setValue(in_vY);
+            LimitedObjPtr<DoubleVector> pValue;
+            strResults += in_vNodes[0]->evaluate(pValue) ? '1' : '0';
+        };
+        evaluateFrame(vOne, vOne);
+        evaluateFrame(vTooLong, vNone);
+        // Until all is well again.
+        for (int iRound = 0; iRound != 3; ++iRound) {
+            for (const Node& pNode : in_vNodes) {
+                pNode->invalidate();
+            }
+            LimitedObjPtr<DoubleVector> pValue;
+            inout_Run.getEvaluator().getVariable("s.x")->evaluate(pValue);
+            inout_Run.getEvaluator().getVariable("s.y")->evaluate(pValue);
+        }
+        evaluateFrame(vLongest, vOne);
+        return strResults;
+    }),
+              "");
+}
+
+} // namespace
