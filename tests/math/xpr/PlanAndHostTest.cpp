@@ -93,25 +93,25 @@ protected:
 
 // Not even if what is disturbed is all around it: a function with memory would move twice.
 TEST_P(PlanAndHostTest, FunctionThatWasAskedForIsComputedOnceWhateverItDisturbs) {
-    EXPECT_EQ(compare("h = onTheWay(x * 2)\nr = y + a\n", {"h", "r"},
-                      [&](ScriptRun& inout_Run) {
-                          warmUp(inout_Run, "h");
-                          setAll(inout_Run, m_vTwo, m_vTwo);
-                          int iCalls = 0;
-                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
-                              if (++iCalls == 1) {
-                                  ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))
-                                      ->invalidate();
-                              }
-                          };
-                          const Node pFunction =
-                              ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
-                          const std::string strResult = PlanTwins::evaluate(*pFunction);
-                          SetUp();
-                          EXPECT_EQ(iCalls, 1);
-                          return strResult;
-                      }),
-              "");
+    EXPECT_EQ(
+        compare("h = onTheWay(x * 2)\nr = y + a\n", {"h", "r"},
+                [&](ScriptRun& inout_Run) {
+                    warmUp(inout_Run, "h");
+                    setAll(inout_Run, m_vTwo, m_vTwo);
+                    int iCalls = 0;
+                    FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+                        if (++iCalls == 1) {
+                            ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))->invalidate();
+                        }
+                    };
+                    const Node pFunction =
+                        ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
+                    const std::string strResult = PlanTwins::evaluate(*pFunction);
+                    SetUp();
+                    EXPECT_EQ(iCalls, 1);
+                    return strResult;
+                }),
+        "");
 }
 
 TEST_P(PlanAndHostTest, WhatWasEvaluatedOnTheWayStaysBehindAFailure) {
@@ -144,8 +144,7 @@ TEST_P(PlanAndHostTest, FailureOnTheWayIsReportedOnce) {
                           FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
                               find(inout_Run, "m")->evaluate(m_pValue);
                           };
-                          const std::string strResult =
-                              PlanTwins::evaluate(*find(inout_Run, "r"));
+                          const std::string strResult = PlanTwins::evaluate(*find(inout_Run, "r"));
                           SetUp();
                           return strResult;
                       }),
