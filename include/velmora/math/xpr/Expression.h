@@ -32,8 +32,7 @@ public:
 
     /// Computes the value if it isn't current and hands out a pointer to it, without a copy. The
     /// vector belongs to a node or to the host; it is good until the next evaluation of the graph.
-    /// Who gets it leaves it as it is: a node that finds its result in another size writes where
-    /// the result was.
+    /// Whoever gets it leaves its size as it is: the next frame is written where this one stands.
     /// May hand out null with a true result: a variable or a script function whose value has
     /// failed ever since its first evaluation.
     virtual bool evaluate(LimitedObjPtr<DoubleVector>& out) = 0;
