@@ -80,6 +80,15 @@ int FunctionNumbered::s_iFailing = -1;
 std::size_t FunctionNumbered::s_uiAlone = 0;
 std::vector<std::size_t> FunctionNumbered::s_vTogether;
 
+/// Computes something else, but hasn't said how several of it are computed.
+class FunctionDoubled : public FunctionNumbered {
+public:
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        out.push_back(2 * *firstArgument(in_ArgNameToDomain)->begin());
+        return true;
+    }
+};
+
 /// A concatenation of some of these, all but the last of which read x.
 class ComputedTogetherTest : public testing::Test {
 protected:
@@ -88,12 +97,12 @@ protected:
         FunctionNumbered::s_iFailing = -1;
     }
 
+    template <class F = FunctionNumbered>
     void make(std::size_t in_uiCount) {
         setInputs(m_vOne, m_vOne);
         std::vector<Node> vFunctions;
         for (std::size_t ui = 0; ui != in_uiCount; ++ui) {
-            const Handle<UserFunctionImpl<FunctionNumbered>> pFunction(
-                new UserFunctionImpl<FunctionNumbered>);
+            const Handle<UserFunctionImpl<F>> pFunction(new UserFunctionImpl<F>);
             bind(*pFunction, 0, Node(ui + 1 == in_uiCount ? m_pLast : m_pX));
             vFunctions.emplace_back(pFunction);
         }
@@ -154,6 +163,12 @@ TEST_F(ComputedTogetherTest, FunctionsOfDifferentVectorsAreNot) {
     EXPECT_EQ(computeFrames(m_vOne, m_vTwo), (Values{10, 11, 22}));
     EXPECT_TRUE(FunctionNumbered::s_vTogether.empty());
     EXPECT_EQ(FunctionNumbered::s_uiAlone, 3U);
+}
+
+TEST_F(ComputedTogetherTest, FunctionsOfADerivedClassAreNot) {
+    make<FunctionDoubled>(3);
+    EXPECT_EQ(computeFrames(m_vOne, m_vOne), (Values{20, 20, 20}));
+    EXPECT_TRUE(FunctionNumbered::s_vTogether.empty());
 }
 
 TEST_F(ComputedTogetherTest, OneThatFailsFailsAlone) {

@@ -32,6 +32,7 @@ namespace Velmora::Math::Xpr {
 ///
 /// which sets the results of at most `MaxTogether` functions to what `calculate` would give each.
 /// The results aren't cleared. False, with nothing in the log, has each computed by `calculate`.
+/// A class that derives from `F` has none unless it has one of its own.
 class VELMORA_EXPORT FunctionAdaptor : public Resettable, public virtual Object {
 public:
     /// The vector of each argument, by its name. The pointers are good during `calculate` only.

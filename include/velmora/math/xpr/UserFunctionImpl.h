@@ -174,12 +174,15 @@ private:
         }
     }
 
-    /// Has the class a static `calculateTogether`?
+    /// Has the class a static `calculateTogether` of its own? That of a base knows nothing of the
+    /// class's `calculate`.
     template <class T, class = void>
     struct HasCalculateTogether : std::false_type {};
     template <class T>
-    struct HasCalculateTogether<T, std::void_t<decltype(&T::calculateTogether)>> : std::true_type {
-    };
+    struct HasCalculateTogether<T, std::void_t<decltype(&T::calculateTogether)>>
+        : std::is_same<decltype(&T::calculateTogether),
+                       bool (*)(T* const*, std::size_t, const DoubleVector&,
+                                DoubleVector* const*)> {};
 
     /// The only argument, if its value is current, as in most functions of a sealed graph. False
     /// for all else.
