@@ -62,27 +62,28 @@ protected:
         inout_Run.getEvaluator().getVariable(("s." + in_strName).c_str())->setValue(in_vValue);
     }
 
-    /// Frames ahead of the one that is looked at, so that it goes by the list, or by a program.
-    void warmUp(ScriptRun& inout_Run, const std::string& in_strFeature) {
-        for (int iFrame = 0; iFrame != GetParam(); ++iFrame) {
-            setAll(inout_Run, m_vOne, m_vTwo);
-            find(inout_Run, in_strFeature)->evaluate(m_pValue);
-        }
-    }
-
     void setAll(ScriptRun& inout_Run, const DoubleVector& in_vX, const DoubleVector& in_vA) {
         set(inout_Run, "x", in_vX);
         set(inout_Run, "y", in_vX);
         set(inout_Run, "a", in_vA);
     }
 
-    /// An empty text if both do the same; the action returns what it saw.
-    static std::string compare(const std::string& in_strScript,
-                               const std::vector<std::string>& in_vFeatures,
-                               const std::function<std::string(ScriptRun&)>& in_Action) {
+    /// Does the same to both behind some frames of the first feature, so that the one that is
+    /// looked at goes by the list, or by a program. An empty text if both do the same; the action
+    /// returns what it saw.
+    std::string compare(const std::string& in_strScript,
+                        const std::vector<std::string>& in_vFeatures,
+                        const std::function<std::string(ScriptRun&)>& in_Action) {
         PlanTwins twins("inputvar x\ninputvar y\ninputvar a\n" + in_strScript, in_vFeatures);
-        return twins.doToBoth(
-            [&](ScriptRun& inout_Run, const PlanTwins::Nodes&) { return in_Action(inout_Run); });
+        return twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes&) {
+            for (int iFrame = 0; iFrame != GetParam(); ++iFrame) {
+                setAll(inout_Run, m_vOne, m_vTwo);
+                find(inout_Run, in_vFeatures.front())->evaluate(m_pValue);
+            }
+            const std::string strResult = in_Action(inout_Run);
+            SetUp();
+            return strResult;
+        });
     }
 
     const DoubleVector m_vOne{1.0};
@@ -93,61 +94,52 @@ protected:
 
 // Not even if what is disturbed is all around it: a function with memory would move twice.
 TEST_P(PlanAndHostTest, FunctionThatWasAskedForIsComputedOnceWhateverItDisturbs) {
-    EXPECT_EQ(
-        compare("h = onTheWay(x * 2)\nr = y + a\n", {"h", "r"},
-                [&](ScriptRun& inout_Run) {
-                    warmUp(inout_Run, "h");
-                    setAll(inout_Run, m_vTwo, m_vTwo);
-                    int iCalls = 0;
-                    FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
-                        if (++iCalls == 1) {
-                            ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))->invalidate();
-                        }
-                    };
-                    const Node pFunction =
-                        ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
-                    const std::string strResult = PlanTwins::evaluate(*pFunction);
-                    SetUp();
-                    EXPECT_EQ(iCalls, 1);
-                    return strResult;
-                }),
-        "");
+    const auto evaluateFunction = [&](ScriptRun& inout_Run) {
+        setAll(inout_Run, m_vTwo, m_vTwo);
+        int iCalls = 0;
+        FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+            if (++iCalls == 1) {
+                ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))->invalidate();
+            }
+        };
+        const Node pFunction = ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
+        const std::string strResult = PlanTwins::evaluate(*pFunction);
+        EXPECT_EQ(iCalls, 1);
+        return strResult;
+    };
+    EXPECT_EQ(compare("h = onTheWay(x * 2)\nr = y + a\n", {"h", "r"}, evaluateFunction), "");
 }
 
 TEST_P(PlanAndHostTest, WhatWasEvaluatedOnTheWayStaysBehindAFailure) {
+    const auto evaluateAll = [&](ScriptRun& inout_Run) {
+        setAll(inout_Run, m_vTwo, m_vZero);
+        set(inout_Run, "y", m_vOne);
+        std::string strCalls;
+        FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector& in_vValue) {
+            strCalls += in_vValue[0] == 2.0 ? 'x' : 'y';
+            if (in_vValue[0] == 2.0) {
+                find(inout_Run, "m")->evaluate(m_pValue);
+            }
+        };
+        for (const char* szFeature : {"r", "m", "g"}) {
+            strCalls += PlanTwins::evaluate(*find(inout_Run, szFeature)) + ' ';
+        }
+        return strCalls;
+    };
     EXPECT_EQ(compare("m = onTheWay(y)\nr = {onTheWay(x) / a, m}\ng = m * 2\n", {"r", "g", "m"},
-                      [&](ScriptRun& inout_Run) {
-                          warmUp(inout_Run, "r");
-                          setAll(inout_Run, m_vTwo, m_vZero);
-                          set(inout_Run, "y", m_vOne);
-                          std::string strCalls;
-                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector& in_vValue) {
-                              strCalls += in_vValue[0] == 2.0 ? 'x' : 'y';
-                              if (in_vValue[0] == 2.0) {
-                                  find(inout_Run, "m")->evaluate(m_pValue);
-                              }
-                          };
-                          for (const char* szFeature : {"r", "m", "g"}) {
-                              strCalls += PlanTwins::evaluate(*find(inout_Run, szFeature)) + ' ';
-                          }
-                          SetUp();
-                          return strCalls;
-                      }),
+                      evaluateAll),
               "");
 }
 
 TEST_P(PlanAndHostTest, FailureOnTheWayIsReportedOnce) {
-    EXPECT_EQ(compare("k = 1 / a\nm = k + y\nr = onTheWay(x) + m\n", {"r", "m", "k"},
-                      [&](ScriptRun& inout_Run) {
-                          warmUp(inout_Run, "r");
-                          setAll(inout_Run, m_vTwo, m_vZero);
-                          FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
-                              find(inout_Run, "m")->evaluate(m_pValue);
-                          };
-                          const std::string strResult = PlanTwins::evaluate(*find(inout_Run, "r"));
-                          SetUp();
-                          return strResult;
-                      }),
+    const auto evaluateSum = [&](ScriptRun& inout_Run) {
+        setAll(inout_Run, m_vTwo, m_vZero);
+        FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+            find(inout_Run, "m")->evaluate(m_pValue);
+        };
+        return PlanTwins::evaluate(*find(inout_Run, "r"));
+    };
+    EXPECT_EQ(compare("k = 1 / a\nm = k + y\nr = onTheWay(x) + m\n", {"r", "m", "k"}, evaluateSum),
               "");
 }
 
