@@ -10,6 +10,9 @@ namespace Velmora::Math::Xpr {
 constexpr std::size_t WalkedLines = 4;
 constexpr std::size_t AllLines = 8;
 
+/// How many nodes ahead of its turn a node is fetched.
+constexpr std::size_t NodesAhead = 8;
+
 template <std::size_t Lines>
 void fetchAhead(const void* in_pNode) {
     constexpr std::size_t LineSize = 64;
@@ -23,10 +26,9 @@ void fetchAhead(const void* in_pNode) {
 template <std::size_t Lines = WalkedLines, class Node, class Function>
 void forEachAhead(const std::vector<Node*>& in_vNodes, std::size_t in_uiFirst,
                   Function in_Function) {
-    constexpr std::size_t Ahead = 8;
     for (std::size_t ui = in_uiFirst; ui < in_vNodes.size(); ++ui) {
-        if (ui + Ahead < in_vNodes.size()) {
-            fetchAhead<Lines>(in_vNodes[ui + Ahead]);
+        if (ui + NodesAhead < in_vNodes.size()) {
+            fetchAhead<Lines>(in_vNodes[ui + NodesAhead]);
         }
         in_Function(*in_vNodes[ui]);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -15,6 +16,9 @@ namespace Velmora::Math::Xpr {
 /// runs over it.
 class ExpressionComplexity {
 public:
+    /// Makes room for as many nodes.
+    void reserve(std::size_t in_uiNodes) { m_vCounts.reserve(in_uiNodes); }
+
     /// The largest unsigned long stands for everything from there on.
     unsigned long of(const ExpressionBaseImpl& in_Expression);
 

@@ -26,6 +26,7 @@ constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 
 /// A definition of two operators.
 constexpr std::size_t ExpressionsPerRoot = 8;
+constexpr std::size_t KeysPerRoot = 2;
 constexpr std::size_t PlacesOfADefinition = 3;
 
 template <std::size_t Lines>
@@ -71,7 +72,11 @@ struct OptimizerDictionnary::Walks {
 class OptimizerDictionnary::SingleWalk {
 public:
     SingleWalk(OptimizerDictionnary& out_Index, const Nodes& in_vRoots)
-        : m_Index(out_Index), m_Keys(out_Index.m_ExpressionMap.getKeys()), m_Ahead(in_vRoots) {}
+        : m_Index(out_Index), m_Keys(out_Index.m_ExpressionMap.getKeys()), m_Ahead(in_vRoots) {
+        m_Keys.reserve(in_vRoots.size() * KeysPerRoot);
+        m_vKeys.reserve(in_vRoots.size() * ExpressionsPerRoot);
+        m_Index.m_Complexity.reserve(in_vRoots.size() * ExpressionsPerRoot);
+    }
 
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pRoot) {
         VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");

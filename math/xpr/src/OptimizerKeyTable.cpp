@@ -138,8 +138,19 @@ OptimizerKeyTable::Number* OptimizerKeyTable::placeOf(const Key& in_Key) {
     return &m_vPlaces[uiPlace];
 }
 
-void OptimizerKeyTable::growPlaces() {
-    m_vPlaces.assign(m_vPlaces.size() * 2, NoKey);
+void OptimizerKeyTable::reserve(std::size_t in_uiKeys) {
+    std::size_t uiPlaces = m_vPlaces.size();
+    while (uiPlaces < 2 * in_uiKeys) {
+        uiPlaces *= 2;
+    }
+    setPlaceCount(uiPlaces);
+    m_vKeys.reserve(in_uiKeys);
+    m_vRests.reserve(in_uiKeys);
+}
+
+/// A power of two.
+void OptimizerKeyTable::setPlaceCount(std::size_t in_uiCount) {
+    m_vPlaces.assign(in_uiCount, NoKey);
     const std::size_t uiMask = m_vPlaces.size() - 1;
     for (Number uiNumber = 0; uiNumber != m_vKeys.size(); ++uiNumber) {
         std::size_t uiPlace = m_vKeys[uiNumber].m_Digest.m_uiCheck & uiMask;
@@ -159,7 +170,7 @@ OptimizerKeyTable::Number OptimizerKeyTable::insert(std::string in_strHead,
         key.m_Digest.append(m_vKeys[uiRest].m_Digest);
     }
     if ((m_vKeys.size() + 1) * 2 > m_vPlaces.size()) {
-        growPlaces();
+        setPlaceCount(m_vPlaces.size() * 2);
     }
     Number* const pPlace = placeOf(key);
     if (*pPlace != NoKey) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -25,6 +26,9 @@ public:
     /// What it writes altogether before it goes over to `ShortText` for each key.
     static constexpr std::size_t MaxTexts = std::size_t(1) << 24;
     static constexpr std::size_t ShortText = 256;
+
+    /// Makes room for about as many keys: a large table takes longer to move than to fill.
+    void reserve(std::size_t in_uiKeys);
 
     /// The number of the key whose text is the head and then the texts of the other keys.
     Number insert(std::string in_strHead, const Numbers& in_vRest);
@@ -66,7 +70,7 @@ private:
     bool hasText(const Key& in_Key, Number in_uiOther) const;
     bool isEqual(const Key& in_Key, Number in_uiOther) const;
     Number* placeOf(const Key& in_Key);
-    void growPlaces();
+    void setPlaceCount(std::size_t in_uiCount);
 
     static constexpr Number NoKey = std::numeric_limits<Number>::max();
 

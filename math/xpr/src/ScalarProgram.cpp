@@ -20,7 +20,7 @@ void SealedPlan::ScalarProgram::reserve(const SealedPlan& in_Plan, const Needs& 
     const std::size_t uiInputs = count([](Kind in_eKind) { return in_eKind == Kind::Input; });
     m_vOperations.reserve(uiOperators);
     m_vNodes.reserve(uiOperators);
-    m_vOwn.reserve(uiOperators);
+    m_Own.reserve(uiOperators);
     m_vForwards.reserve(count([](Kind in_eKind) { return in_eKind == Kind::Forward; }));
     m_vInputs.reserve(uiInputs);
     m_vElements.reserve(uiInputs);
@@ -31,7 +31,7 @@ void SealedPlan::ScalarProgram::reserve(const SealedPlan& in_Plan, const Needs& 
 void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
     m_vOperations.clear();
     m_vNodes.clear();
-    m_vOwn.clear();
+    m_Own.clear();
     m_vForwards.clear();
     m_vInputs.clear();
     m_vElements.clear();
@@ -44,9 +44,6 @@ void SealedPlan::ScalarProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         std::for_each(m_vNodes.begin(), m_vNodes.end(),
                       [&](Index in_uiNode) { append(inout_Plan, in_uiNode); });
         m_uiChain = findChain();
-        std::sort(m_vOwn.begin(), m_vOwn.end(), std::less<>());
-        m_pFirstOwn = m_vOwn.empty() ? nullptr : m_vOwn.front();
-        m_pLastOwn = m_vOwn.empty() ? nullptr : m_vOwn.back();
         listFetches(inout_Plan);
     }
 }
@@ -75,7 +72,7 @@ bool SealedPlan::ScalarProgram::list(SealedPlan& inout_Plan, Index in_uiNode) {
         const Source& second = inout_Plan.m_vSources[step.m_uiSecond];
         source.m_uiDistance = 1 + std::max(first.m_uiDistance, second.m_uiDistance);
         m_vNodes.push_back(in_uiNode);
-        m_vOwn.push_back(step.m_pVector);
+        m_Own.insert(step.m_pVector);
         return first.m_pElement != nullptr && second.m_pElement != nullptr &&
                source.m_pElement != nullptr;
     }
@@ -131,12 +128,12 @@ void SealedPlan::ScalarProgram::listFetches(const SealedPlan& in_Plan) {
     }
     for (std::size_t ui = 0; ui != m_vInputs.size(); ++ui) {
         if (m_vElements[ui] != 0.0 || !in_Plan.wasValid(m_vInputs[ui])) {
-            m_vFetches.push_back({&in_Plan.m_vSteps[m_vInputs[ui]], &m_vElements[ui]});
+            m_vFetches.push_back({&in_Plan.m_vSteps[m_vInputs[ui]], &m_vElements[ui], nullptr});
         }
     }
 }
 
-bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs) const {
+bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Needs) {
     readInputs(inout_Plan);
     if (!fetchElements() || !compute()) {
         for (const Index uiInput : m_vNew) {
@@ -159,18 +156,18 @@ void SealedPlan::ScalarProgram::readInputs(SealedPlan& inout_Plan) const {
     }
 }
 
-/// What the host owns is seldom between the nodes.
-inline bool SealedPlan::ScalarProgram::isResult(const DoubleVector* in_pVector) const {
-    const std::less<const DoubleVector*> isBefore;
-    return !isBefore(in_pVector, m_pFirstOwn) && !isBefore(m_pLastOwn, in_pVector) &&
-           std::binary_search(m_vOwn.begin(), m_vOwn.end(), in_pVector, isBefore);
-}
-
 /// False if one isn't a scalar, or is a result.
-bool SealedPlan::ScalarProgram::fetchElements() const {
-    for (const Fetch& fetch : m_vFetches) {
+bool SealedPlan::ScalarProgram::fetchElements() {
+    for (Fetch& fetch : m_vFetches) {
         const DoubleVector* const pVector = fetch.m_pInput->m_pVector;
-        if (pVector == nullptr || pVector->size() != 1 || isResult(pVector)) {
+        // Most inputs of most frames are as they were, but for what the host writes into them.
+        if (pVector != fetch.m_pVector) {
+            if (pVector == nullptr || m_Own.contains(pVector)) {
+                return false;
+            }
+            fetch.m_pVector = pVector;
+        }
+        if (pVector->size() != 1) {
             return false;
         }
         *fetch.m_pElement = *pVector->begin();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "AddressSet.h"
 #include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
@@ -38,7 +39,7 @@ public:
 
     /// Computes the set. False, and only inputs are valid, if an input isn't a scalar or is a
     /// result, or an operation fails.
-    bool run(SealedPlan& inout_Plan, const Needs& in_Needs) const;
+    bool run(SealedPlan& inout_Plan, const Needs& in_Needs);
 
 private:
     struct Operation {
@@ -48,10 +49,11 @@ private:
         Kind m_eKind;
     };
 
-    /// An input, and where its element is put.
+    /// An input, where its element is put, and the vector that it was fetched from last.
     struct Fetch {
         const Step* m_pInput;
         double* m_pElement;
+        const DoubleVector* m_pVector;
     };
 
     bool list(SealedPlan& inout_Plan, Index in_uiNode);
@@ -59,8 +61,7 @@ private:
     void append(const SealedPlan& in_Plan, Index in_uiNode);
     void listFetches(const SealedPlan& in_Plan);
     void readInputs(SealedPlan& inout_Plan) const;
-    bool fetchElements() const;
-    bool isResult(const DoubleVector* in_pVector) const;
+    bool fetchElements();
     std::size_t findChain() const;
     bool compute() const;
     bool computeChain() const;
@@ -77,10 +78,8 @@ private:
     /// The inputs that are computed, and the nodes that pass on the vector of an input.
     std::vector<Index> m_vNew;
     std::vector<Index> m_vForwards;
-    /// The vectors of the results, in the order of their addresses.
-    std::vector<const DoubleVector*> m_vOwn;
-    const DoubleVector* m_pFirstOwn = nullptr;
-    const DoubleVector* m_pLastOwn = nullptr;
+    /// The vectors of the results.
+    AddressSet m_Own;
     /// The nodes of the operations.
     std::vector<Index> m_vNodes;
     bool m_bUsable = false;

@@ -270,7 +270,7 @@ private:
     bool findInvalidInput(Index in_uiNode, Index& out_uiInput) const;
     Index computeNeeds(Needs& inout_Needs);
     bool computeFar(Index in_uiNode, Index& out_uiFailed);
-    Index computeByProgram(const Program& in_Program, Needs& inout_Needs);
+    Index computeByProgram(Program& inout_Program, Needs& inout_Needs);
     Index computeByNodes(Needs& inout_Needs);
     void makeProgram(Needs& inout_Needs);
     void makeRoomForPrograms(Needs& inout_Needs);

@@ -28,6 +28,9 @@ namespace {
 /// Words that the sets of readers of all inputs may take together: 8 MiB.
 constexpr std::size_t MaxReaderWords = std::size_t(1) << 19;
 
+/// How many words a range may have for each that is wanted, or for each flag.
+constexpr std::size_t MaxGap = 4;
+
 } // namespace
 
 void SealedPlan::Builder::build(const Nodes& in_vRoots) {
@@ -77,6 +80,15 @@ void SealedPlan::Builder::buildReaders() {
 }
 
 SealedPlan::NodeSet SealedPlan::Builder::makeSet(std::vector<Index> in_vNodes) {
+    const auto range = std::minmax_element(in_vNodes.begin(), in_vNodes.end());
+    const std::size_t uiFirst = *range.first / FlagsPerWord;
+    const std::size_t uiCount = *range.second / FlagsPerWord - uiFirst + 1;
+    // A set with gaps is small, for what a look at all words of its range would take.
+    return uiCount > MaxGap * in_vNodes.size() ? makeSparseSet(std::move(in_vNodes))
+                                               : makeDenseSet(in_vNodes, uiFirst, uiCount);
+}
+
+SealedPlan::NodeSet SealedPlan::Builder::makeSparseSet(std::vector<Index> in_vNodes) {
     std::sort(in_vNodes.begin(), in_vNodes.end());
     NodeSet set;
     for (const Index uiNode : in_vNodes) {
@@ -84,7 +96,24 @@ SealedPlan::NodeSet SealedPlan::Builder::makeSet(std::vector<Index> in_vNodes) {
         if (set.m_vWords.empty() || set.m_vWords.back().m_uiPlace != uiPlace) {
             set.m_vWords.push_back({0, uiPlace});
         }
-        set.m_vWords.back().m_Flags |= Flags(1) << (uiNode % FlagsPerWord * 8);
+        set.m_vWords.back().m_Flags |= flagOf(uiNode);
+    }
+    return set;
+}
+
+SealedPlan::NodeSet SealedPlan::Builder::makeDenseSet(const std::vector<Index>& in_vNodes,
+                                                      std::size_t in_uiFirst,
+                                                      std::size_t in_uiCount) {
+    std::vector<Flags> vFlags(in_uiCount);
+    for (const Index uiNode : in_vNodes) {
+        vFlags[uiNode / FlagsPerWord - in_uiFirst] |= flagOf(uiNode);
+    }
+    NodeSet set;
+    set.m_vWords.reserve(in_uiCount);
+    for (std::size_t ui = 0; ui != in_uiCount; ++ui) {
+        if (vFlags[ui] != 0) {
+            set.m_vWords.push_back({vFlags[ui], in_uiFirst + ui});
+        }
     }
     return set;
 }
@@ -92,7 +121,6 @@ SealedPlan::NodeSet SealedPlan::Builder::makeSet(std::vector<Index> in_vNodes) {
 void SealedPlan::Builder::spread(NodeSet& inout_Set) {
     const std::size_t uiFirst = inout_Set.m_vWords.front().m_uiPlace;
     const std::size_t uiCount = inout_Set.m_vWords.back().m_uiPlace - uiFirst + 1;
-    constexpr std::size_t MaxGap = 4;
     if (uiCount > MaxGap * inout_Set.m_vWords.size()) {
         return;
     }

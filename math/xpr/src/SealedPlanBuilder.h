@@ -21,6 +21,7 @@ public:
     /// what its unused branch reads doesn't reach it.
     void buildReaders();
 
+    /// Of one node at least.
     static NodeSet makeSet(std::vector<Index> in_vNodes);
 
 private:
@@ -41,6 +42,10 @@ private:
     void appendHanded(Index in_uiInput);
     void listReaders();
     std::vector<Index> listAllReaders(Index in_uiNode) const;
+    static NodeSet makeSparseSet(std::vector<Index> in_vNodes);
+    static NodeSet makeDenseSet(const std::vector<Index>& in_vNodes, std::size_t in_uiFirst,
+                                std::size_t in_uiCount);
+    static Flags flagOf(Index in_uiNode) { return Flags(1) << (in_uiNode % FlagsPerWord * 8); }
     static void spread(NodeSet& inout_Set);
 
     SealedPlan& m_Plan;

@@ -61,8 +61,8 @@ struct SealedPlan::Needs {
     std::size_t m_uiNext = 0;
 
     /// The program for the plan's scalars and flags; null if there is none.
-    const Program* findProgram(const SealedPlan& in_Plan) const {
-        for (const Program& program : m_Programs) {
+    Program* findProgram(const SealedPlan& in_Plan) {
+        for (Program& program : m_Programs) {
             if (program.m_Pattern.fits(in_Plan, m_vFlags, m_uiFirstPlace)) {
                 return &program;
             }

@@ -9,6 +9,7 @@
 #include <velmora/math/xpr/DomainValueNoCopyImpl.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
 
+#include "Ahead.h"
 #include "SealedPlanNeeds.h"
 
 namespace Velmora::Math::Xpr {
@@ -218,9 +219,16 @@ SealedPlan::Index SealedPlan::computeInListOrder(const Needs& in_Needs) {
     return PassedOver;
 }
 
-/// The same for a node to which the list, made from other roots, isn't in the recursion's order.
+/// The same for a node to which the list, made from other roots, isn't in the recursion's order,
+/// and for the first frame.
 SealedPlan::Index SealedPlan::computeInOwnOrder(const Needs& in_Needs) {
-    for (const Index uiNode : in_Needs.m_vOrder) {
+    const std::vector<Index>& vOrder = in_Needs.m_vOrder;
+    for (std::size_t ui = 0; ui != vOrder.size(); ++ui) {
+        const Index uiNode = vOrder[ui];
+        // Nothing of a node has been in the caches since a large graph was sealed.
+        if (!in_Needs.m_bComputed && ui + NodesAhead < vOrder.size()) {
+            fetchAhead<AllLines>(m_vNodes[vOrder[ui + NodesAhead]]);
+        }
         if (!isValid(uiNode) && !step(uiNode)) {
             return uiNode;
         }
@@ -285,18 +293,17 @@ inline bool SealedPlan::findInvalidInput(Index in_uiNode, Index& out_uiInput) co
 
 /// Computes what isn't valid where that, and what is scalar, is as it was when the program was
 /// made. Returns the node that failed, or `PassedOver`.
-inline SealedPlan::Index SealedPlan::computeByProgram(const Program& in_Program,
-                                                      Needs& inout_Needs) {
+inline SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Needs& inout_Needs) {
     ++m_uiEvaluations;
     Index uiFailed = PassedOver;
-    if (!in_Program.m_Scalars.isUsable()) {
+    if (!inout_Program.m_Scalars.isUsable()) {
         const Needs::Running running(inout_Needs);
-        uiFailed = in_Program.m_Vectors.run(*this);
-    } else if (!in_Program.m_Scalars.run(*this, inout_Needs)) {
+        uiFailed = inout_Program.m_Vectors.run(*this);
+    } else if (!inout_Program.m_Scalars.run(*this, inout_Needs)) {
         uiFailed = computeByNodes(inout_Needs);
     }
     if (uiFailed != PassedOver) {
-        in_Program.m_Pattern.remember(*this, inout_Needs);
+        inout_Program.m_Pattern.remember(*this, inout_Needs);
         takeBack(inout_Needs, uiFailed);
     }
     return uiFailed;
@@ -308,7 +315,7 @@ inline bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
     if (pNeeds == nullptr) {
         return false;
     }
-    const Program* const pProgram = pNeeds->findProgram(*this);
+    Program* const pProgram = pNeeds->findProgram(*this);
     out_uiFailed =
         pProgram != nullptr ? computeByProgram(*pProgram, *pNeeds) : computeNeeds(*pNeeds);
     return true;

@@ -19,6 +19,7 @@
 #include <velmora/math/xpr/UserFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
+#include "math/xpr/InputTwins.h"
 #include "math/xpr/OptimizerGraphs.h"
 #include "math/xpr/PlanTwins.h"
 #include "math/xpr/RandomScript.h"
@@ -145,6 +146,24 @@ TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhereOperatorsFail) {
 
 TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhateverTheHostDoes) {
     compareOverSeeds(RandomScript::Failures::Some, Actions::OfAnyHost);
+}
+
+TEST(SealedPlanTest, FewReadersFarApartAreToldOfAChangeEach) {
+    std::string strScript = "inputvar x\ninputvar z\nf0 = x * 2 + 1\nf1 = x + 3 - x * 4\n";
+    for (int i = 2; i != 400; ++i) {
+        strScript += 'f' + std::to_string(i) + " = z * " + std::to_string(i) + " + 1\n";
+    }
+    strScript += "g0 = x * 5 + f0\ng1 = x - 6 + g0\n";
+    InputTwins twins(strScript, {"f0", "f1", "g0", "g1", "f7"}, {"x", "z"});
+    const DoubleVector vOne{1.0};
+    const DoubleVector vTwo{2.0};
+    for (int iFrame = 0; iFrame != 6; ++iFrame) {
+        ASSERT_EQ(twins.set(0, iFrame % 2 == 0 ? vOne : vTwo), "");
+        ASSERT_EQ(twins.set(1, vTwo), "");
+        for (std::size_t uiFeature = 0; uiFeature != 5; ++uiFeature) {
+            ASSERT_EQ(twins.evaluate(uiFeature), "") << iFrame << ' ' << uiFeature;
+        }
+    }
 }
 
 TEST(SealedPlanTest, ReaderOfAFailedNodeKeepsItsValueWhateverElseIsComputedBeforeIt) {
