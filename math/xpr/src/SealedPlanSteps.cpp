@@ -1,6 +1,6 @@
 // How the nodes of a plan are computed, one by one.
 
-#include "SealedPlan.h"
+#include "SealedPlanSteps.h"
 
 #include <algorithm>
 #include <utility>

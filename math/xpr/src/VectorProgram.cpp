@@ -7,6 +7,7 @@
 #include <velmora/math/xpr/BinaryOperatorImpl.h>
 
 #include "SealedPlanNeeds.h"
+#include "SealedPlanSteps.h"
 
 namespace Velmora::Math::Xpr {
 
