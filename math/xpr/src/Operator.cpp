@@ -137,11 +137,12 @@ bool OperatorSlice::calculate(const DoubleVector& in_Left, const DoubleVector& i
     const double dSize = static_cast<double>(in_Left.size());
     for (const double dIndex : in_Right) {
         // Written so that a NaN is out of range as well; only what is in range can be converted.
-        if (!(dIndex > -1.0 && dIndex < dSize)) {
+        // Above -1, an index is cut off to 0, which an empty vector hasn't got.
+        if (!(dIndex > -1.0 && std::max(dIndex, 0.0) < dSize)) {
             VELMORA_ASSERT_FAIL("uiIndex < in_Left.size()");
             return false;
         }
-        const std::size_t uiIndex = dIndex < 0.0 ? 0 : static_cast<std::size_t>(dIndex);
+        const auto uiIndex = static_cast<std::size_t>(std::max(dIndex, 0.0));
         out.push_back(in_Left.begin()[uiIndex]);
     }
     return true;

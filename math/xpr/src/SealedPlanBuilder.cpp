@@ -137,7 +137,9 @@ void SealedPlan::Builder::enter(ExpressionBaseImpl& in_Node) {
         in_Node.m_uiWalkPlace = PassedOver;
         const std::size_t uiInputs = m_vInputs.size();
         m_vInputsOfNode.clear();
-        const bool bKnown = in_Node.getSealedInputs(m_vInputsOfNode);
+        const Kind eKind = kindOf(in_Node);
+        const bool bKnown = in_Node.getSealedInputs(m_vInputsOfNode) &&
+                            (eKind != Kind::Other || !isDerived(in_Node));
         if (bKnown) {
             m_vInputs.insert(m_vInputs.end(), m_vInputsOfNode.begin(), m_vInputsOfNode.end());
         } else {
@@ -146,7 +148,7 @@ void SealedPlan::Builder::enter(ExpressionBaseImpl& in_Node) {
                 m_vInputs.push_back(&*pChild);
             }
         }
-        m_vPath.push_back({&in_Node, uiInputs, m_vInputs.size(), uiInputs, bKnown});
+        m_vPath.push_back({&in_Node, uiInputs, m_vInputs.size(), uiInputs, eKind, bKnown});
     }
 }
 
@@ -179,17 +181,14 @@ void SealedPlan::Builder::append(const Place& in_Place) {
         step.m_bPlanned =
             step.m_bPlanned && uiInput != uiOwn && m_Plan.m_vSteps[uiInput].m_bPlanned;
     }
-    if (in_Place.m_bKnown && in_Place.m_uiInputs == in_Place.m_uiInputsEnd) {
-        const std::type_info& type = typeid(node);
-        if (type == typeid(ConstantImpl)) {
-            step.m_eKind = Kind::Constant;
-        } else if (type == typeid(DomainValueNoCopyImpl)) {
-            step.m_eKind = Kind::Input;
-        }
-    } else if (in_Place.m_bKnown) {
+    const bool bReads = in_Place.m_uiInputs != in_Place.m_uiInputsEnd;
+    const bool bLeaf = in_Place.m_eKind == Kind::Constant || in_Place.m_eKind == Kind::Input;
+    if (in_Place.m_bKnown && bReads != bLeaf) {
+        step.m_eKind = in_Place.m_eKind;
+    }
+    if (in_Place.m_bKnown && bReads) {
         step.m_uiFirst = placeOf(in_Place.m_uiInputs);
         step.m_uiSecond = placeOf(in_Place.m_uiInputsEnd - 1);
-        step.m_eKind = kindOf(node);
         step.m_bOneOperation = step.m_bPlanned && step.m_eKind == Kind::Forward &&
                                step.m_uiFirst + 1 == uiOwn &&
                                m_Plan.m_vSteps[step.m_uiFirst].m_eKind <= Kind::Multiply;
@@ -222,6 +221,12 @@ void SealedPlan::Builder::appendHanded(Index in_uiInput) {
     }
 }
 
+/// Is the node of a class of the host's that inherits what it reads, but may compute otherwise?
+bool SealedPlan::Builder::isDerived(ExpressionBaseImpl& in_Node) {
+    return in_Node.asVariable() != nullptr || in_Node.asScriptFunction() != nullptr ||
+           dynamic_cast<const OperatorConcatenate*>(&in_Node) != nullptr;
+}
+
 SealedPlan::Kind SealedPlan::Builder::kindOf(const ExpressionBaseImpl& in_Node) {
     const std::type_info& type = typeid(in_Node);
     if (type == typeid(OperatorPlus)) {
@@ -238,6 +243,12 @@ SealedPlan::Kind SealedPlan::Builder::kindOf(const ExpressionBaseImpl& in_Node) 
     }
     if (type == typeid(OperatorConcatenate)) {
         return Kind::Concatenate;
+    }
+    if (type == typeid(ConstantImpl)) {
+        return Kind::Constant;
+    }
+    if (type == typeid(DomainValueNoCopyImpl)) {
+        return Kind::Input;
     }
     const bool bForward = type == typeid(VariableImpl) || type == typeid(Argument) ||
                           type == typeid(DomainVariableImpl) || type == typeid(ScriptFunctionImpl);

@@ -31,12 +31,15 @@ private:
         std::size_t m_uiInputs;
         std::size_t m_uiInputsEnd;
         std::size_t m_uiNext;
+        Kind m_eKind;
+        /// Is it known what the node reads?
         bool m_bKnown;
     };
 
     void enter(ExpressionBaseImpl& in_Node);
     void advance();
     void append(const Place& in_Place);
+    static bool isDerived(ExpressionBaseImpl& in_Node);
     static Kind kindOf(const ExpressionBaseImpl& in_Node);
     static bool seesVectors(const ExpressionBaseImpl& in_Node);
     void appendHanded(Index in_uiInput);

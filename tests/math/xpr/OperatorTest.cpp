@@ -231,9 +231,20 @@ TEST_F(OperatorTest, SliceOutOfRangeFailsAnAssertionAndKeepsWhatStoodBefore) {
         EXPECT_EQ(takeAssertions(), Texts{"uiIndex < in_Left.size()"});
         EXPECT_EQ(valuesOf(vResult), Values{20.0});
     }
-    DoubleVector vResult;
-    EXPECT_FALSE(slice(DoubleVector(), DoubleVector{0.0}, vResult));
-    EXPECT_EQ(takeAssertions(), Texts{"uiIndex < in_Left.size()"});
+}
+
+TEST_F(OperatorTest, SliceOfNothingFailsAnAssertionWhateverTheIndex) {
+    DoubleVector vEmpty;
+    DoubleVector vCleared{42.0};
+    vCleared.clear();
+    for (const DoubleVector* pData : {&vEmpty, &vCleared}) {
+        for (const double dIndex : {0.0, -0.0, -0.25, -0.999, 1.0}) {
+            DoubleVector vResult;
+            EXPECT_FALSE(slice(*pData, DoubleVector{dIndex}, vResult)) << dIndex;
+            EXPECT_EQ(takeAssertions(), Texts{"uiIndex < in_Left.size()"});
+            EXPECT_EQ(valuesOf(vResult), Values());
+        }
+    }
 }
 
 TEST_F(OperatorTest, OperatorsWorkInTheGraph) {

@@ -180,7 +180,8 @@ protected:
 
     /// Lists the nodes that an evaluation of this sealed node reads, in their order. False for a
     /// node that chooses among them, and for a kind that doesn't say: evaluation takes the long way
-    /// there.
+    /// there. A class that overrides `evaluate_i` of one that says overrides this too; what derives
+    /// from a variable, a script function or a concatenation is left to the long way in any case.
     virtual bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const;
 
     /// Nodes that one call of `evaluateTogether_i` computes at most.
