@@ -20,7 +20,10 @@ VELMORA_EXPORT std::string& strFindAndReplace(const std::string& in_strFrom,
                                               const std::string& in_strTo,
                                               std::string& inout_strText);
 
-/// The text with the letters A to Z in lower case, under every locale.
-VELMORA_EXPORT std::string strToLower(const std::string& in_strText);
+/// Puts the letters A to Z of the text in lower case, under every locale, and returns it.
+VELMORA_EXPORT std::string& strToLower(std::string& inout_strText);
+
+/// The same for a text that nobody else has.
+VELMORA_EXPORT std::string strToLower(std::string&& in_strText);
 
 } // namespace Velmora

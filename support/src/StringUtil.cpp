@@ -37,14 +37,19 @@ std::string& strFindAndReplace(const std::string& in_strFrom, const std::string&
     return inout_strText;
 }
 
-std::string strToLower(const std::string& in_strText) {
-    std::string strResult(in_strText);
-    for (char& c : strResult) {
+std::string& strToLower(std::string& inout_strText) {
+    for (char& c : inout_strText) {
         if (c >= 'A' && c <= 'Z') {
             c = static_cast<char>(c - 'A' + 'a');
         }
     }
-    return strResult;
+    return inout_strText;
+}
+
+std::string strToLower(std::string&& in_strText) {
+    std::string strText(std::move(in_strText));
+    strToLower(strText);
+    return strText;
 }
 
 } // namespace Velmora

@@ -91,8 +91,10 @@ TEST(StringUtilTest, FindAndReplaceReplacesEveryOccurrence) {
 }
 
 TEST(StringUtilTest, ToLowerChangesTheLettersOfAsciiOnly) {
-    EXPECT_EQ("false 1_z", strToLower("FaLSE 1_Z"));
-    EXPECT_EQ("\xC4", strToLower("\xC4"));
+    std::string strText("FaLSE 1_Z\xC4");
+    EXPECT_EQ(&strText, &strToLower(strText));
+    EXPECT_EQ("false 1_z\xC4", strText);
+    EXPECT_EQ("abc", strToLower("ABC"));
 }
 
 } // namespace
