@@ -79,7 +79,7 @@ auto ScriptParser::ScriptParserImpl::Definition::nested(const ParserT& in_Parser
 template <class ParserT>
 auto ScriptParser::ScriptParserImpl::Definition::tried(StatementGuard::Rule in_Rule,
                                                        const ParserT& in_Parser) const {
-    return TriedParser<ParserT>(in_Parser, in_Rule, m_pSelf->m_Guard);
+    return TriedParser<ParserT, ScriptParserImpl>(in_Parser, in_Rule, m_pSelf->m_Guard, *m_pSelf);
 }
 
 auto ScriptParser::ScriptParserImpl::Definition::identifier() const {

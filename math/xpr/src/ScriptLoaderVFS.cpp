@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
 #include <sstream>
 
 #include <velmora/DiskFileSystem.h>
@@ -48,7 +49,11 @@ bool ScriptLoaderVFS::configure_i(const ROConfiguration& in_Configuration) {
     if (m_pFileSystem.isNull()) {
         VELMORA_LOG_INFO(scriptLoaderLogger(),
                          "script loader will read script file from the DiskFileSystem");
-        m_pFileSystem = TSHandle<VirtualFileSystem>(new DiskFileSystem);
+        m_pFileSystem = TSHandle<VirtualFileSystem>(new (std::nothrow) DiskFileSystem);
+        if (m_pFileSystem.isNull()) {
+            VELMORA_ASSERT_FAIL("!m_pFileSystem.isNull() && \"can't create file system\"");
+            return false;
+        }
     }
     return readScriptDirs(in_Configuration, m_vScriptDirs);
 }

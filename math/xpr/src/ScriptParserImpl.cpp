@@ -158,8 +158,13 @@ void ScriptParser::ScriptParserImpl::foundStatement(const ScriptIterator& in_Fir
 std::string ScriptParser::ScriptParserImpl::makeName(const ScriptIterator& in_First,
                                                      const ScriptIterator& in_Last) {
     VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::makeName");
-    *m_pScriptParser->m_pLastNamePosition = in_Last;
+    noteName(in_Last);
     return rawText(in_First, in_Last);
+}
+
+void ScriptParser::ScriptParserImpl::noteName(const ScriptIterator& in_Behind) {
+    *m_pScriptParser->m_pLastNamePosition = in_Behind;
+    ++m_uiNames;
 }
 
 bool ScriptParser::ScriptParserImpl::isWatched() const {

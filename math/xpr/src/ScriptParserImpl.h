@@ -62,6 +62,12 @@ public:
     /// The text of a name, which becomes the place of the last name.
     std::string makeName(const ScriptIterator& in_First, const ScriptIterator& in_Last);
 
+    /// A name has been matched, by whatever alternative: the place behind it is where an error of
+    /// the statement is reported.
+    void noteName(const ScriptIterator& in_Behind);
+    std::size_t getNameCount() const { return m_uiNames; }
+    const ScriptIterator& getLastName() const { return *m_pScriptParser->m_pLastNamePosition; }
+
     /// Does anybody see what is tried? Every trial has its lines in the log.
     bool isWatched() const;
 
@@ -155,6 +161,7 @@ private:
     std::unique_ptr<SkipGrammar> m_pSkipGrammar;
     std::unique_ptr<Definition> m_pDefinition;
     StatementGuard m_Guard;
+    std::size_t m_uiNames = 0;
     /// What the script has made so far, failed alternatives included.
     std::size_t m_uiOperands = 0;
     std::size_t m_uiListedIndices = 0;

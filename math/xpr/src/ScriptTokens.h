@@ -186,14 +186,13 @@ private:
 };
 
 /// A rule that isn't tried again where the statement's guard knows its result. Its value is the
-/// expression that it has built.
-template <class ParserT>
-class TriedParser
-    : public boost::spirit::classic::unary<ParserT,
-                                           boost::spirit::classic::parser<TriedParser<ParserT>>> {
+/// expression that it has built. `NamesT` knows the place of the last name.
+template <class ParserT, class NamesT>
+class TriedParser : public boost::spirit::classic::unary<
+                        ParserT, boost::spirit::classic::parser<TriedParser<ParserT, NamesT>>> {
     using Base =
         boost::spirit::classic::unary<ParserT,
-                                      boost::spirit::classic::parser<TriedParser<ParserT>>>;
+                                      boost::spirit::classic::parser<TriedParser<ParserT, NamesT>>>;
 
 public:
     using parser_category_t = boost::spirit::classic::unary_parser_category;
@@ -204,8 +203,9 @@ public:
             typename boost::spirit::classic::match_result<ScannerT, ParsedNode<Expression>>::type;
     };
 
-    TriedParser(const ParserT& in_Parser, StatementGuard::Rule in_Rule, StatementGuard& inout_Guard)
-        : Base(in_Parser), m_Rule(in_Rule), m_Guard(inout_Guard) {}
+    TriedParser(const ParserT& in_Parser, StatementGuard::Rule in_Rule, StatementGuard& inout_Guard,
+                NamesT& inout_Names)
+        : Base(in_Parser), m_Rule(in_Rule), m_Guard(inout_Guard), m_Names(inout_Names) {}
 
     template <class ScannerT>
     typename result<ScannerT>::type parse(const ScannerT& in_Scanner) const {
@@ -217,14 +217,22 @@ public:
         if (pKnown != nullptr) {
             in_Scanner.first = pKnown->m_End;
             meter.jumpTo(pKnown->m_End);
+            if (pKnown->m_bNamed) {
+                m_Names.noteName(pKnown->m_LastName);
+            }
             return match(in_Scanner, first, *pKnown);
         }
         StatementGuard::Result outcome;
+        const std::size_t uiNamesBefore = m_Names.getNameCount();
         const auto hit = this->subject().parse(in_Scanner);
         outcome.m_bHit = hit;
         outcome.m_End = in_Scanner.first;
         if (hit) {
             outcome.m_Value = hit.value();
+        }
+        outcome.m_bNamed = m_Names.getNameCount() != uiNamesBefore;
+        if (outcome.m_bNamed) {
+            outcome.m_LastName = m_Names.getLastName();
         }
         trial.finish(outcome, meter.getTextRead());
         return match(in_Scanner, first, outcome);
@@ -245,6 +253,7 @@ private:
 
     StatementGuard::Rule m_Rule;
     StatementGuard& m_Guard;
+    NamesT& m_Names;
 };
 
 } // namespace Velmora::Math::Xpr

@@ -37,11 +37,14 @@ public:
     /// The rules that are tried at one place.
     enum class Rule { IfOperation, FunctionCall };
 
-    /// What a rule came to at a place, and where it ended if it matched.
+    /// What a rule came to at a place, where it ended if it matched, and the place behind the last
+    /// name on its way if there was one.
     struct Result {
         bool m_bHit = false;
         ParsedNode<Expression> m_Value;
         ScriptIterator m_End;
+        bool m_bNamed = false;
+        ScriptIterator m_LastName;
     };
 
     /// One statement: nothing is remembered beyond it.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "math/xpr/ParsedScript.h"
+#include "support/AssertionCapture.h"
 #include "support/LogCapture.h"
 #include "support/StackThread.h"
 
@@ -160,6 +161,20 @@ TEST_F(ScriptLimitsTest, RememberedResultsMakeTheSameGraph) {
         EXPECT_THAT(script.descriptions(),
                     ElementsAre("s.x = add(" + strDescription + ", ?s.c)", "s.y = ?s.b"));
         EXPECT_THAT(log.lines(), IsEmpty());
+    }
+}
+
+TEST_F(ScriptLimitsTest, ErrorIsBehindTheLastNameWhereverResultsAreRemembered) {
+    const AssertionCapture assertions;
+    for (const std::size_t uiLevels : {3U, 12U, 17U, 20U, 30U}) {
+        const LogCapture log(std::string(), log4cplus::ERROR_LOG_LEVEL);
+        const std::string strName(20, 'y');
+        EXPECT_TRUE(ParsedScript("x = if(" + repeated("(", uiLevels) + "f(" + strName + ")" +
+                                 repeated(")", uiLevels) + ") ^ 2\n")
+                        .failed);
+        EXPECT_THAT(log.messages(log4cplus::ERROR_LOG_LEVEL).back(),
+                    ::testing::HasSubstr("expression error:" +
+                                         position(1, static_cast<int>(uiLevels) + 30)));
     }
 }
 
