@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <iomanip>
 #include <limits>
-#include <locale>
 #include <new>
 #include <sstream>
 #include <stdexcept>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "support/AllocationCounter.h"
+#include "support/PunctuatedLocale.h"
 
 namespace Velmora::Math {
 namespace {
@@ -453,13 +453,8 @@ TEST(DoubleVectorTest, TextHasSingleBlanksBetweenTheValues) {
 }
 
 TEST(DoubleVectorTest, TextDoesNotDependOnTheFormatOfTheStream) {
-    struct Punctuation : std::numpunct<char> {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
     std::ostringstream text;
-    text.imbue(std::locale(std::locale::classic(), new Punctuation));
+    text.imbue(Testing::makePunctuatedLocale());
     text << std::fixed << std::setprecision(2) << std::showpos;
     const DoubleVector vector{1234567.125, 0.5};
     EXPECT_EQ(&vector.write(text), &text);

@@ -1,6 +1,7 @@
 #include <velmora/math/xpr/Dictionnary.h>
 
 #include <fstream>
+#include <locale>
 
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
@@ -228,6 +229,7 @@ bool Dictionnary::dump(const char* in_szFileName) const {
     }
     std::ofstream file(in_szFileName, std::ios::out | std::ios::trunc);
     if (file.is_open()) {
+        file.imbue(std::locale::classic());
         writeGraphvizHead(file);
         write(file);
         writeGraphvizLegend(file, GraphvizLegend::WithoutParameter);

@@ -247,13 +247,15 @@ Handle<T> Evaluator::lookUp(const char* in_szKind, const char* in_szName,
         VELMORA_ASSERT_FAIL_L(getLogger(), in_szIsLinked);
         return Handle<T>();
     }
+    // The dictionary asserts that there is one.
+    const char* const szName = in_szName == nullptr ? "" : in_szName;
     VELMORA_LOG_DEBUG(getLogger(),
                       "getting " << in_szKind
                                  << (m_bOptimized ? " (optimized): \"" : " (not optimized): \"")
-                                 << in_szName << "\"");
+                                 << szName << "\"");
     Handle<T> pFound(((*m_pDictionnary).*in_find)(in_szName));
     if (pFound.isNull()) {
-        VELMORA_LOG_ERROR(getLogger(), "can't find " << in_szKind << ": \"" << in_szName << "\"");
+        VELMORA_LOG_ERROR(getLogger(), "can't find " << in_szKind << ": \"" << szName << "\"");
     }
     return pFound;
 }

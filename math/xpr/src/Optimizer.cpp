@@ -124,12 +124,27 @@ private:
     std::vector<InstanceList::iterator> m_vInstances;
 };
 
+/// Puts a node in the place of another below all of its parents, none of which stands below it.
+void replaceEverywhere(ExpressionBaseImpl& inout_Old, const Handle<ExpressionBaseImpl>& in_pNew,
+                       const OptimizerDictionnary& in_Index) {
+    const UncheckedLinks unchecked;
+    if (in_Index.hasOneVisitEach()) {
+        // One call of `replace` passes over every second parent, and there is one entry only
+        // where otherwise each path has its own.
+        const std::vector<LimitedObjPtr<ExpressionBaseImpl>> vParents(inout_Old.getParentBegin(),
+                                                                      inout_Old.getParentEnd());
+        for (const auto& pParent : vParents) {
+            pParent->replaceChild(inout_Old, in_pNew, true);
+        }
+    }
+    inout_Old.replace(in_pNew);
+}
+
 /// Merges the instances of one key into the first of those with the highest complexity.
 class Merger {
 public:
     explicit Merger(OptimizerDictionnary& inout_Index)
-        : m_bOneEntryEach(inout_Index.hasOneVisitEach()),
-          m_Complexity(inout_Index.getComplexity()) {}
+        : m_Index(inout_Index), m_Complexity(inout_Index.getComplexity()) {}
 
     void merge(const Instances& in_Similar) {
         if (in_Similar.size() == 1) {
@@ -163,21 +178,11 @@ private:
         if (m_Complexity.of(inout_Other) != m_Complexity.of(*in_pBest)) {
             m_Complexity.forgetAbove(inout_Other);
         }
-        // The key of what stands above a node is longer than the node's.
-        const UncheckedLinks unchecked;
-        if (m_bOneEntryEach) {
-            // One call of `replace` passes over every second parent, and there is one entry only
-            // where otherwise each path has its own.
-            const std::vector<LimitedObjPtr<ExpressionBaseImpl>> vParents(
-                inout_Other.getParentBegin(), inout_Other.getParentEnd());
-            for (const auto& pParent : vParents) {
-                pParent->replaceChild(inout_Other, in_pBest, true);
-            }
-        }
-        inout_Other.replace(in_pBest);
+        // No node comes below itself: the key of what stands above one is longer than its own.
+        replaceEverywhere(inout_Other, in_pBest, m_Index);
     }
 
-    bool m_bOneEntryEach;
+    const OptimizerDictionnary& m_Index;
     ExpressionComplexity& m_Complexity;
 };
 
@@ -206,10 +211,9 @@ bool Optimizer::configure(const ROConfiguration&) {
 
 bool Optimizer::run(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions) {
     VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::run");
-    if (!optimizeLevel1(in_Dictionnary, out_OptimizedExpressions)) {
-        return false;
-    }
-    if (!optimizeLevel2(out_OptimizedExpressions, out_OptimizedExpressions)) {
+    bool bIndexMatters = true;
+    if (!optimizeLevel1(in_Dictionnary, out_OptimizedExpressions, bIndexMatters) ||
+        !optimizeLevel2(out_OptimizedExpressions, out_OptimizedExpressions, bIndexMatters)) {
         return false;
     }
     sealExpressions(out_OptimizedExpressions);
@@ -217,13 +221,14 @@ bool Optimizer::run(const Dictionnary& in_Dictionnary, Dictionnary& out_Optimize
 }
 
 bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
-                               Dictionnary& out_OptimizedExpressions) {
+                               Dictionnary& out_OptimizedExpressions, bool& out_bIndexMatters) {
     VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel1");
     OptimizerDictionnary dictOptimizer;
     if (!open(in_Dictionnary, out_OptimizedExpressions, dictOptimizer)) {
         return false;
     }
-    m_bHasConcatenations = dictOptimizer.hasFunction(OperatorConcatenate::getNameStatic());
+    out_bIndexMatters = dictOptimizer.hasFunction(OperatorConcatenate::getNameStatic()) ||
+                        dictOptimizer.hasUnknown() || isIndexLogged();
     Merger merger(dictOptimizer);
     InstanceGroups groups;
     for (auto ite = dictOptimizer.getFunctionBegin(); ite != dictOptimizer.getFunctionEnd();
@@ -247,10 +252,9 @@ bool Optimizer::optimizeLevel1(const Dictionnary& in_Dictionnary,
 }
 
 bool Optimizer::optimizeLevel2(const Dictionnary& in_Dictionnary,
-                               Dictionnary& out_OptimizedExpressions) {
+                               Dictionnary& out_OptimizedExpressions, bool in_bIndexMatters) {
     VELMORA_TRACE_SCOPE(fileLogger(), "Optimizer::optimizeLevel2");
-    // Without a concatenation the index is for the log only.
-    if (!m_bHasConcatenations && !isIndexLogged()) {
+    if (!in_bIndexMatters) {
         out_OptimizedExpressions = in_Dictionnary;
         return true;
     }
@@ -269,7 +273,7 @@ bool Optimizer::optimizeLevel2(const Dictionnary& in_Dictionnary,
                 VELMORA_ASSERT_FAIL("!pInstance.isNull()");
                 return false;
             }
-            regroupSubConcatenateOp(pInstance);
+            regroupSubConcatenateOp(pInstance, dictOptimizer);
         }
     }
     VELMORA_LOG_DEBUG(fileLogger(),
@@ -301,7 +305,8 @@ bool Optimizer::checkIfConcatenateChild(Handle<FunctionBaseImpl> in_pFunction) c
     return false;
 }
 
-void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator) {
+void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator,
+                                        const OptimizerDictionnary& in_Index) {
     const auto move = [](FunctionBaseImpl& inout_Operator, const std::string& in_strName,
                          const VariableImpl& in_Variable) {
         inout_Operator.addArgument(in_strName.c_str());
@@ -324,9 +329,7 @@ void Optimizer::regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOper
                 move(*pNewOp, UUID(), *pSub->FunctionBaseImpl::getArgument(iteSub));
             }
         }
-        // What was just made stands above what the operator reads only.
-        const UncheckedLinks unchecked;
-        inout_pOperator->replace(pNewOp);
+        replaceEverywhere(*inout_pOperator, pNewOp, in_Index);
         inout_pOperator = pNewOp;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <locale>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -21,7 +22,7 @@ VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Optimizer.Dictionnary");
 
 namespace {
 
-/// What a dump holds at most of keys; those behind are written as "...".
+/// What a dump holds at most of keys where texts are shortened; those behind are written as "...".
 constexpr std::size_t MaxDumpedKeys = std::size_t(1) << 24;
 
 /// A definition of two operators.
@@ -133,6 +134,7 @@ private:
         const OptimizerExpressionKind eKind = m_Index.m_ExpressionMap.getKinds().of(node);
         OptimizerExpressionDataImpl* pData = nullptr;
         if (eKind == OptimizerExpressionKind::Unknown) {
+            m_Index.m_bHasUnknown = true;
             VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
         } else if (eKind == OptimizerExpressionKind::Function) {
             pData = new OptimizerExpressionDataImpl(m_Index.m_ExpressionMap, in_pExpression, eKind);
@@ -315,7 +317,9 @@ bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpr
     if (pFirst.isNull()) {
         pFirst = pData;
     }
-    if (m_ExpressionMap.getKinds().of(*in_pExpression) == OptimizerExpressionKind::Function &&
+    const OptimizerExpressionKind eKind = m_ExpressionMap.getKinds().of(*in_pExpression);
+    m_bHasUnknown = m_bHasUnknown || eKind == OptimizerExpressionKind::Unknown;
+    if (eKind == OptimizerExpressionKind::Function &&
         !insertFunctionInstance(static_cast<const FunctionBaseImpl&>(*in_pExpression), pData)) {
         VELMORA_ASSERT_FAIL("insertFunctionInstance( pFunc, pData )");
         return false;
@@ -381,6 +385,7 @@ OptimizerDictionnary::eraseFunctionInstance(FunctionInstanceList::iterator& in_i
 
 std::string OptimizerDictionnary::dump() const {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic());
     std::size_t uiDumped = 0;
     stream << "\n<OptimizerDictionnary>\n";
     for (const auto& function : m_mapFunctions) {
@@ -388,7 +393,7 @@ std::string OptimizerDictionnary::dump() const {
         for (const auto& pData : *function.second) {
             stream << "\t\t<data valid=\"" << pData->isValid() << "\"xprID=\""
                    << pData->getExpression()->getId() << "\">";
-            if (uiDumped < MaxDumpedKeys) {
+            if (!m_bOneVisitEach || uiDumped < MaxDumpedKeys) {
                 stream << pData->key();
                 uiDumped += pData->key().size();
             } else {

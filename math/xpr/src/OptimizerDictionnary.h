@@ -58,6 +58,9 @@ public:
     /// Is there an instance of the function?
     bool hasFunction(const char* in_szName) const { return m_mapFunctions.count(in_szName) != 0; }
 
+    /// Is there an expression of none of the known kinds?
+    bool hasUnknown() const { return m_bHasUnknown; }
+
     /// Has every expression one visit only, because there are too many paths?
     bool hasOneVisitEach() const { return m_bOneVisitEach; }
 
@@ -93,6 +96,7 @@ private:
     FunctionMap m_mapFunctions;
     ExpressionMap m_ExpressionMap{&m_Memory};
     bool m_bOneVisitEach = false;
+    bool m_bHasUnknown = false;
     std::size_t m_uiExpressions = 0;
     ExpressionComplexity m_Complexity;
     /// Data that isn't in the expression map.

@@ -14,9 +14,11 @@
 namespace Velmora::Math::Xpr {
 
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.OptimizerExpressionDataSpecializer");
+VELMORA_FILE_LOGGER(dataLogger, "quillmark.math.xpr.OptimizerExpressionData");
 
 bool areKeysLogged() {
-    return detail::isSiteEnabled(fileLogger(), ::log4cplus::DEBUG_LOG_LEVEL);
+    return detail::isSiteEnabled(fileLogger(), ::log4cplus::DEBUG_LOG_LEVEL) ||
+           detail::isSiteEnabled(dataLogger(), ::log4cplus::TRACE_LOG_LEVEL);
 }
 
 template <class T>

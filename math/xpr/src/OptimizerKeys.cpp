@@ -1,5 +1,6 @@
 #include "OptimizerKeys.h"
 
+#include <locale>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -36,6 +37,7 @@ OptimizerKeyTable::Number insertFunctionKey(OptimizerKeyTable& inout_Keys,
     std::string strHead = std::string("#") + in_Function.getName();
     if (in_Function.getParameterCount() != 0) {
         std::ostringstream stream;
+        stream.imbue(std::locale::classic());
         for (auto ite = in_Function.getParameterBegin(); ite != in_Function.getParameterEnd();
              ++ite) {
             writeParameter(stream, *(*ite).second);

@@ -217,9 +217,6 @@ bool Resolver::shareConstant(const Node& inout_pParent, Node& inout_pConstant) {
         m_LinkedExpressions.add(Handle<Expression>(inout_pConstant), false);
         return true;
     }
-    if (pShared == inout_pConstant) {
-        return true;
-    }
     // A constant stands above nothing, and only a host names something else like one.
     const UncheckedLinks unchecked(m_Kinds.of(*pShared) == NodeKind::Constant);
     if (inout_pParent->replaceChild(*inout_pConstant, pShared, true) ==
@@ -228,8 +225,10 @@ bool Resolver::shareConstant(const Node& inout_pParent, Node& inout_pConstant) {
                               "inout_pExpression-> replaceChild( **iteChildExpr, pExpr ) != -1");
         return false;
     }
-    noteReplaced(inout_pParent, inout_pConstant, pShared);
-    inout_pConstant = pShared;
+    if (pShared != inout_pConstant) {
+        noteReplaced(inout_pParent, inout_pConstant, pShared);
+        inout_pConstant = pShared;
+    }
     return true;
 }
 

@@ -13,6 +13,7 @@
 #include <velmora/math/xpr/OperatorPlus.h>
 
 #include "support/LogCapture.h"
+#include "support/PunctuatedLocale.h"
 #include "support/TempDirectory.h"
 
 namespace Velmora::Math::Xpr {
@@ -89,6 +90,21 @@ TEST(DictionnaryDumpTest, FileHoldsTheFrameTheEntriesAndALegendWithoutParameter)
                   "}\n"
                   "}\n"
                   "}\n");
+}
+
+TEST(DictionnaryDumpTest, NumbersAreWrittenTheSameUnderEveryLocaleOfTheHost) {
+    const TempDirectory directory;
+    Dictionnary dictionnary("d");
+    // With identifiers of four digits.
+    for (int i = 0; i != 1000; ++i) {
+        makeConstant();
+    }
+    dictionnary.add(Handle<Expression>(makeSum(makeConstant(), makeConstant())), false);
+    dictionnary.dump(directory.path("graph.dot").c_str());
+    const Velmora::Testing::GlobalPunctuation punctuation;
+    dictionnary.dump(directory.path("other.dot").c_str());
+
+    EXPECT_EQ(readFile(directory.path("other.dot")), readFile(directory.path("graph.dot")));
 }
 
 TEST(DictionnaryDumpTest, UnwritablePathGivesTrueAndNoFile) {

@@ -475,6 +475,18 @@ TEST_F(EvaluatorTest, UnknownNamesAreReported) {
                             "can't find function: \"s.in\""));
 }
 
+TEST_F(EvaluatorTest, LookUpOfNoNameFailsAnAssertionAndIsReported) {
+    Evaluator evaluator;
+    setUp(evaluator, false);
+    EXPECT_TRUE(evaluator.getExpression(nullptr).isNull());
+    EXPECT_TRUE(evaluator.getVariable(nullptr).isNull());
+    EXPECT_TRUE(evaluator.getFunction(nullptr).isNull());
+    EXPECT_EQ(m_Assertions.expressions(), std::vector<std::string>(3, "0 != in_szName"));
+    EXPECT_THAT(errorLines(),
+                ElementsAre("can't find expression: \"\"", "can't find variable: \"\"",
+                            "can't find function: \"\""));
+}
+
 TEST_F(EvaluatorTest, ASecondConfigureStartsAgainButStaysLinked) {
     Evaluator evaluator;
     setUp(evaluator, true);

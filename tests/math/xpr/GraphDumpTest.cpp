@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "support/GraphTest.h"
+#include "support/PunctuatedLocale.h"
 #include "support/RecordingNode.h"
 #include "support/TempDirectory.h"
 
@@ -331,6 +332,19 @@ TEST_F(GraphDumpTest, GraphOfTooManyPathsIsWrittenOncePerNodeWithTheSameEdges) {
     }
     // Outside a dump each node still writes what stands below it.
     EXPECT_EQ(countOf(textOf(*vVariables[2]), textOf(*pConstant)), 4u);
+}
+
+TEST_F(GraphDumpTest, NumbersAreWrittenTheSameUnderEveryLocaleOfTheHost) {
+    // With identifiers of four digits.
+    for (int i = 0; i != 1000; ++i) {
+        variable("");
+    }
+    const Handle<OperatorPlus> pSum(new OperatorPlus);
+    pSum->getLeftArgument()->setValue(Handle<Expression>(constant({1234567.0, 0.5})));
+    const std::string strText = dumped(*pSum);
+    EXPECT_NE(strText.find("subgraph cluster" + id(*pSum) + "{\n"), std::string::npos);
+    const GlobalPunctuation punctuation;
+    EXPECT_EQ(dumped(*pSum), strText);
 }
 
 } // namespace

@@ -452,6 +452,32 @@ TEST_F(OptimizerDictionnaryTest, DumpOfGreatKeysEnds) {
     EXPECT_LT(strDump.size(), OptimizerKeyTable::MaxTexts + OptimizerKeyTable::MaxText + 300 * 400);
 }
 
+TEST_F(OptimizerDictionnaryTest, DumpHasEveryKeyWholeAsLongAsThereAreFewVisits) {
+    const std::string strLong(OptimizerKeyTable::MaxTexts / 2, 'x');
+    Dictionnary dictionnary("d");
+    Node pLast(variable("frame"));
+    for (int i = 0; i != 3; ++i) {
+        const auto pFunction = call("f", {pLast});
+        newParameter(*pFunction, "text")->setValue(ParameterValue(i == 0 ? strLong.c_str() : ""));
+        pLast = pFunction;
+    }
+    add(dictionnary, pLast);
+    OptimizerDictionnary index;
+    ASSERT_TRUE(index.initialize(dictionnary));
+    const std::string strDump = index.dump();
+    EXPECT_EQ(strDump.find("..."), std::string::npos);
+    EXPECT_GT(strDump.size(), 3 * strLong.size());
+}
+
+TEST_F(OptimizerDictionnaryTest, TraceOfTheDataHasTheMakingOfEachKey) {
+    Dictionnary dictionnary("d");
+    add(dictionnary, call("f"));
+    const LogCapture log("quillmark.math.xpr.OptimizerExpressionData", log4cplus::TRACE_LOG_LEVEL);
+    OptimizerDictionnary index;
+    ASSERT_TRUE(index.initialize(dictionnary));
+    EXPECT_EQ(log.count(log4cplus::TRACE_LOG_LEVEL, "ENTER: OptimizerExpressionDataImpl::key"), 1u);
+}
+
 TEST_F(OptimizerDictionnaryTest, EveryOperationIsTraced) {
     Dictionnary dictionnary("d");
     add(dictionnary, call("f"));

@@ -12,6 +12,7 @@
 #include "math/xpr/OptimizerGraphs.h"
 #include "math/xpr/src/ExpressionComplexity.h"
 #include "support/GraphTest.h"
+#include "support/PunctuatedLocale.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -146,6 +147,14 @@ TEST_F(OptimizerExpressionDataTest, ParametersStandBetweenTheNameAndTheChildren)
     const auto pOpen = newParameter(*pFunction, "open");
     EXPECT_EQ(key(Node(pFunction)), "#f&n%3&rate%0.5&mode%a b&open%paramId: " +
                                         std::to_string(pOpen->getId()) + "#frame");
+}
+
+TEST_F(OptimizerExpressionDataTest, NumbersInKeysAreTheSameUnderEveryLocaleOfTheHost) {
+    const auto pFunction = call("f", {Node(variable("frame"))});
+    newParameter(*pFunction, "rate")->setValue(ParameterValue(8000));
+    newParameter(*pFunction, "level")->setValue(ParameterValue(0.5F));
+    const GlobalPunctuation punctuation;
+    EXPECT_EQ(key(Node(pFunction)), "#f&rate%8000&level%0.5#frame");
 }
 
 TEST_F(OptimizerExpressionDataTest, EmptyTextIsADirectValueToo) {

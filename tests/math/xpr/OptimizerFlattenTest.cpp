@@ -146,6 +146,23 @@ TEST_F(OptimizerFlattenTest, FlattenedConcatenationReplacesTheNestedOneForAllIts
     EXPECT_EQ(pX->getValue(), pY->getValue());
 }
 
+TEST_F(OptimizerFlattenTest, BeyondTheLimitOfVisitsItReplacesTheNestedOneForAllItsParentsToo) {
+    VisitLimit limit;
+    const Node pA(constant({1.0}));
+    const Node pOuter(concatenation({Node(concatenation({pA})), pA}));
+    std::vector<Handle<VariableImpl>> vUsers;
+    for (const char* szName : {"a", "b", "c", "d", "e"}) {
+        vUsers.push_back(variable(szName, pOuter));
+        add(limit.m_Dictionnary, vUsers.back());
+    }
+    optimize(limit.m_Dictionnary);
+    for (const auto& pUser : vUsers) {
+        EXPECT_EQ(valuesBoundBy(*concatenationOf(pUser)), nodesOf({pA, pA}));
+        EXPECT_EQ(pUser->getValue(), vUsers.front()->getValue());
+    }
+    EXPECT_EQ(parentsOf(*pOuter), Nodes());
+}
+
 TEST_F(OptimizerFlattenTest, ConcatenationThatIsAnEntryItselfStaysTheEntry) {
     Dictionnary dictionnary("in");
     const Node pA(constant({1.0}));

@@ -1,6 +1,7 @@
 // What the optimizer merges, what it leaves apart, and which of the twins survives.
 
 #include "math/xpr/OptimizerBench.h"
+#include "support/RecordingNode.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -244,6 +245,19 @@ TEST_F(OptimizerMergeTest, BeyondTheLimitOfVisitsATwinMovesCompletelyToo) {
     EXPECT_EQ(listFound(log)["f"], std::vector<int>{2});
     EXPECT_EQ(parentsOf(*pBest).size(), 6u);
     EXPECT_EQ(parentsOf(*pTwin), Nodes());
+}
+
+TEST_F(OptimizerMergeTest, UnknownKindOfNodeFailsAnAssertionOnEachLevelWhoeverReadsTheLog) {
+    for (const log4cplus::LogLevel level :
+         {log4cplus::ERROR_LOG_LEVEL, log4cplus::DEBUG_LOG_LEVEL}) {
+        const LogCapture log(OptimizerLogger, level);
+        optimize({Node(variable("x", Node(new RecordingNode)))});
+        EXPECT_EQ(takeAssertions(), Texts(2, "false && \"Unknown expression type\"")) << level;
+    }
+    VisitLimit limit;
+    add(limit.m_Dictionnary, variable("x", Node(new RecordingNode)));
+    optimize(limit.m_Dictionnary);
+    EXPECT_EQ(takeAssertions(), Texts(2, "false && \"Unknown expression type\""));
 }
 
 /// Counts how often it is asked whether a new child below it is itself.

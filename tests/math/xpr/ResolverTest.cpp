@@ -334,6 +334,21 @@ TEST_F(ResolverTest, AScriptIsReadOnceThoughNamesAreMissingInIt) {
     EXPECT_EQ(bench.value("s.a"), "[1]");
 }
 
+TEST_F(ResolverTest, ConstantThatIsVisitedAgainIsLinkedAnew) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.load("s", "f(x) = 2 + x\na = f(2)\n"));
+    ASSERT_TRUE(bench.link());
+    const Handle<VariableImpl> pA(bench.m_Linked.findVariable("s.a"));
+    const Handle<ExpressionBaseImpl> pConstant = pA->getValue()->getChildAt(0)->getChildAt(0);
+    std::vector<std::string> vParents;
+    for (const auto* p = pConstant->getParentBegin(); p != pConstant->getParentEnd(); ++p) {
+        const std::string strName((*p)->getName());
+        vParents.push_back(strName.substr(0, strName.find('&')));
+    }
+    // The body of the call leads to the argument once more.
+    EXPECT_THAT(vParents, ElementsAre("Left", "Left", "x"));
+}
+
 TEST_F(ResolverTest, ConstantsHaveNoLinksToResolve) {
     LinkBench bench;
     ASSERT_TRUE(bench.load("s", "a = 1 + 2\n"));

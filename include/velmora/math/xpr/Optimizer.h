@@ -11,6 +11,8 @@
 
 namespace Velmora::Math::Xpr {
 
+class OptimizerDictionnary;
+
 /// Rewrites the graph of a dictionary in place, after linking and before evaluation, so that each
 /// frame computes less: equal function instances are merged, concatenations that bear the name
 /// "concat" are flattened, and the graph is sealed.
@@ -45,15 +47,16 @@ public:
     void sealExpressions(Dictionnary& inout_Dictionnary);
 
 private:
-    bool optimizeLevel1(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions);
-    bool optimizeLevel2(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions);
+    /// `out_bIndexMatters` tells whether anybody would miss the index of the second level.
+    bool optimizeLevel1(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions,
+                        bool& out_bIndexMatters);
+    bool optimizeLevel2(const Dictionnary& in_Dictionnary, Dictionnary& out_OptimizedExpressions,
+                        bool in_bIndexMatters);
 
     Handle<OperatorConcatenate> asOperatorConcatenate(Handle<VariableImpl> in_pVariable) const;
     bool checkIfConcatenateChild(Handle<FunctionBaseImpl> in_pFunction) const;
-    void regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator);
-
-    /// What the first level tells the second, within one run.
-    bool m_bHasConcatenations = true;
+    void regroupSubConcatenateOp(Handle<OperatorConcatenate>& inout_pOperator,
+                                 const OptimizerDictionnary& in_Index);
 };
 
 } // namespace Velmora::Math::Xpr
