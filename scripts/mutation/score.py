@@ -28,7 +28,8 @@ ENGINE = "math/xpr/src"
 PARTS = {
     "graph": """Argument ConstantBase ConstantImpl DeadParent DeferredRelease DomainValueBase
         DomainValueKeeper DomainValueNoCopyImpl DomainVariableImpl DomainVariableUpdate
-        ExpressionBaseImpl ExpressionImplCopier FunctionBaseImpl GraphWalk GraphvizFrame
+        ExpressionBaseImpl ExpressionBaseImplFrames ExpressionBaseImplLinks ExpressionImplCopier
+        FunctionBaseImpl GraphWalk GraphvizFrame
         GraphvizNodes InvalidExpression InvalidVariable LeafText NodeKind ParameterImpl ParentList
         ScriptFunctionImpl UnknownFunction UnknownVariable VariableImpl""",
     "operators": "BinaryOperatorImpl Operator XaryFunction",
