@@ -22,12 +22,12 @@ constexpr std::size_t MOST_MESSAGES = 1000;
 
 std::vector<EngineMessage> g_vMessages;
 
-void collect(EngineMessage::Kind in_Kind, const std::string& in_strText) {
+void collect(const EngineMessage& in_Message) {
     if (g_vMessages.size() == MOST_MESSAGES) {
         // The last message tells how the matter ended.
         g_vMessages.pop_back();
     }
-    g_vMessages.push_back({in_Kind, in_strText});
+    g_vMessages.push_back(in_Message);
 }
 
 class Collector : public log4cplus::Appender {
@@ -37,12 +37,12 @@ public:
 
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& in_Event) override {
-        collect(EngineMessage::Kind::Error, in_Event.getMessage());
+        collect({EngineMessage::Kind::Error, in_Event.getMessage(), in_Event.getLoggerName()});
     }
 };
 
 void collectAssertion(const char* in_szExpression, const char*, int) {
-    collect(EngineMessage::Kind::Assertion, in_szExpression);
+    collect({EngineMessage::Kind::Assertion, in_szExpression});
 }
 
 log4cplus::LogLevel toLevel(std::string in_strLevel) {
@@ -73,10 +73,6 @@ void EngineLog::install(const std::string& in_strLevel) {
 
 bool EngineLog::isEmpty() {
     return g_vMessages.empty();
-}
-
-const std::vector<EngineMessage>& EngineLog::peek() {
-    return g_vMessages;
 }
 
 std::vector<EngineMessage> EngineLog::take() {

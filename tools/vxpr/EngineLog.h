@@ -14,6 +14,7 @@ struct EngineMessage {
 
     Kind m_Kind = Kind::Error;
     std::string m_strText;
+    std::string m_strLogger = {}; ///< which part of the engine wrote the line; empty otherwise
 };
 
 /// Collects what the engine reports, in its order, instead of letting it reach the terminal.
@@ -27,9 +28,6 @@ public:
 
     /// Whether anything has been collected; cheap enough for every frame.
     static bool isEmpty();
-
-    /// What has been collected since the last take().
-    static const std::vector<EngineMessage>& peek();
 
     /// Takes out what has been collected since the last call. Of more than a thousand the first
     /// ones and the last are kept.

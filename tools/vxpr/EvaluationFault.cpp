@@ -3,14 +3,23 @@
 #include "Builtins.h"
 #include "TextList.h"
 
+#include <velmora/math/xpr/DomainVariableImpl.h>
+#include <velmora/math/xpr/VariableImpl.h>
+
 namespace Vxpr {
 
 namespace {
 
+using Velmora::Math::Xpr::DomainVariableImpl;
+using Velmora::Math::Xpr::VariableImpl;
+
+/// In the name of a logger of a single function, what stands ahead of the function's name.
+constexpr const char* FUNCTION_LOGGERS = ".xpr.functions.";
+
 /// What the engine says of a node, and what it means to a script's author. `%1` and `%2` stand for
 /// the number of elements on the left and on the right.
 struct Explanation {
-    const char* m_szNode; ///< the name of the node that the message is about; any if it is empty
+    const char* m_szNode; ///< the name of the node that the message is about
     const char* m_szMessage;
     const char* m_szText;
 };
@@ -38,8 +47,6 @@ constexpr Explanation EXPLANATIONS[] = {
     {"isGreater", "in_vInput2.size() == 1",
      "isGreater compares single elements, and its second argument has %2; reduce it by max or sum, "
      "or take one element as in x[0]"},
-    {"", "without setting its value first",
-     "an argument has no value: a function is used here without its arguments"},
 };
 
 void replaceAll(std::string& inout_strText, const std::string& in_strFrom,
@@ -61,31 +68,72 @@ std::string fillIn(std::string in_strText, const FeatureGraph::Failure& in_Failu
     return in_strText;
 }
 
-/// A message that only says that another one came before.
+/// A message that only says that another one came before, or what the graph shows without it.
 bool isConsequence(const std::string& in_strMessage) {
     return in_strMessage.find("no value to compute from") != std::string::npos ||
+           in_strMessage.find("without setting its value first") != std::string::npos ||
            in_strMessage.find("Failed to evaluate ") == 0 ||
            in_strMessage.find("failed to configure function: ") == 0;
+}
+
+/// Whether the line comes from the code of a built-in function other than the one of that name.
+bool isOfAnotherFunction(const EngineMessage& in_Message, const std::string& in_strName) {
+    const std::size_t uiPoint = in_Message.m_strLogger.rfind('.');
+    const std::size_t uiPlace = in_Message.m_strLogger.find(FUNCTION_LOGGERS);
+    return uiPlace != std::string::npos &&
+           in_Message.m_strLogger.compare(uiPoint + 1, std::string::npos, in_strName) != 0;
+}
+
+/// Whether the node is a variable that nothing ever gives a value to.
+bool isUnset(const FeatureGraph::Node* in_pNode) {
+    const auto* pVariable = dynamic_cast<const VariableImpl*>(in_pNode);
+    return pVariable != nullptr && pVariable->getValue().isNull() &&
+           dynamic_cast<const DomainVariableImpl*>(in_pNode) == nullptr;
+}
+
+const Explanation* findExplanation(const std::string& in_strNode,
+                                   const std::vector<EngineMessage>& in_vMessages) {
+    for (const EngineMessage& message : in_vMessages) {
+        for (const Explanation& explanation : EXPLANATIONS) {
+            if (in_strNode == explanation.m_szNode &&
+                message.m_strText.find(explanation.m_szMessage) != std::string::npos) {
+                return &explanation;
+            }
+        }
+    }
+    return nullptr;
+}
+
+/// The engine's own words about the node; empty if there are none.
+std::string findReason(const std::string& in_strNode,
+                       const std::vector<EngineMessage>& in_vMessages) {
+    for (const EngineMessage& message : in_vMessages) {
+        // An assertion's text is meant for programmers.
+        if (message.m_Kind == EngineMessage::Kind::Error && !isConsequence(message.m_strText) &&
+            !isOfAnotherFunction(message, in_strNode)) {
+            return message.m_strText;
+        }
+    }
+    return {};
 }
 
 } // namespace
 
 std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
-                              const std::vector<EngineMessage>& in_vMessages) {
+                              const std::vector<EngineMessage>& in_vOwn,
+                              const std::vector<EngineMessage>& in_vOfFrame) {
+    if (isUnset(in_Failure.m_pNode)) {
+        return "an argument has no value: a function is used here without its arguments";
+    }
     const std::string strNode = in_Failure.m_pNode != nullptr ? in_Failure.m_pNode->getName() : "";
-    std::string strOther;
-    for (const EngineMessage& message : in_vMessages) {
-        for (const Explanation& explanation : EXPLANATIONS) {
-            const bool bOfNode = *explanation.m_szNode == '\0' || strNode == explanation.m_szNode;
-            if (bOfNode && message.m_strText.find(explanation.m_szMessage) != std::string::npos) {
-                return fillIn(explanation.m_szText, in_Failure);
-            }
+    for (const std::vector<EngineMessage>* pMessages : {&in_vOwn, &in_vOfFrame}) {
+        if (const Explanation* pExplanation = findExplanation(strNode, *pMessages)) {
+            return fillIn(pExplanation->m_szText, in_Failure);
         }
-        // An assertion's text is meant for programmers.
-        if (strOther.empty() && message.m_Kind == EngineMessage::Kind::Error &&
-            !isConsequence(message.m_strText)) {
-            strOther = message.m_strText;
-        }
+    }
+    std::string strOther = findReason(strNode, in_vOwn);
+    if (strOther.empty()) {
+        strOther = findReason(strNode, in_vOfFrame);
     }
     const auto builtin = Builtins::find(strNode);
     if (!builtin || in_Failure.m_vSizes.empty()) {

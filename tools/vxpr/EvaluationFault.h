@@ -8,10 +8,12 @@
 
 namespace Vxpr {
 
-/// Why a node couldn't be computed, in the terms of the language. in_vMessages is what the engine
-/// reported meanwhile.
+/// Why a node couldn't be computed, in the terms of the language. in_vOwn is what the engine
+/// reported while it evaluated the feature that needed the node; what isn't found there is looked
+/// for in in_vOfFrame: the node may have failed before.
 std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
-                              const std::vector<EngineMessage>& in_vMessages);
+                              const std::vector<EngineMessage>& in_vOwn,
+                              const std::vector<EngineMessage>& in_vOfFrame);
 
 /// Why a function refuses its parameters.
 std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,

@@ -4,9 +4,16 @@
 #include "EvaluationFault.h"
 #include "NumberText.h"
 
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
 namespace Vxpr {
 
 namespace {
+
+/// Every feature that fails may have to search what was said to the others.
+constexpr std::size_t MOST_SEARCHED = 1000;
 
 std::optional<SourcePosition> getPosition(const FeatureGraph::Node* in_pNode) {
     if (in_pNode == nullptr) {
@@ -25,6 +32,7 @@ FeatureRow::FeatureRow(LinkedScript& in_Script, const std::vector<std::string>& 
       m_Printer(inout_Printer),
       m_vValues(in_vNames.size()),
       m_vCells(in_vNames.size()),
+      m_vMessages(in_vNames.size()),
       m_vFailures(in_vNames.size(), 0) {
     for (const std::string& strName : in_vNames) {
         m_vFeatures.push_back(in_Script.find(strName));
@@ -48,6 +56,10 @@ bool FeatureRow::configure() {
 }
 
 const std::vector<Cell>& FeatureRow::evaluate(std::uint64_t in_uiFrame, double in_dTime) {
+    if (!EngineLog::isEmpty()) {
+        // Whoever evaluated a part of the frame before may have heard of its failures.
+        m_vMessagesAhead = EngineLog::take();
+    }
     bool bFailed = false;
     for (std::size_t uiFeature = 0; uiFeature < m_vFeatures.size(); ++uiFeature) {
         m_vValues[uiFeature] = nullptr;
@@ -58,36 +70,69 @@ const std::vector<Cell>& FeatureRow::evaluate(std::uint64_t in_uiFrame, double i
         cell.m_bMissing = bMissing;
         cell.m_pValues = bMissing ? nullptr : m_vValues[uiFeature]->begin();
         cell.m_uiSize = bMissing ? 0 : m_vValues[uiFeature]->size();
+        if (!EngineLog::isEmpty()) {
+            m_vMessages[uiFeature] = EngineLog::take();
+        }
     }
     if (bFailed || m_Graph.hasFailure()) {
         markFailures(in_uiFrame, in_dTime);
         m_Graph.repair();
     }
-    if (!EngineLog::isEmpty()) {
-        EngineLog::take();
+    m_vMessagesAhead.clear();
+    for (std::vector<EngineMessage>& vMessages : m_vMessages) {
+        vMessages.clear();
     }
     return m_vCells;
 }
 
 void FeatureRow::markFailures(std::uint64_t in_uiFrame, double in_dTime) {
+    struct Failed {
+        std::size_t m_uiFeature;
+        FeatureGraph::Failure m_Failure;
+    };
+    std::vector<Failed> vFailed;
+    bool bNews = false;
     for (std::size_t uiFeature = 0; uiFeature < m_vFeatures.size(); ++uiFeature) {
         FeatureGraph::Failure failure;
         if (!m_Graph.findFailure(uiFeature, failure) && !m_vCells[uiFeature].m_bMissing) {
             continue;
         }
         m_vCells[uiFeature] = {nullptr, 0, true};
-        if (m_vFailures[uiFeature]++ == 0) {
-            report(uiFeature, failure, in_uiFrame, in_dTime);
+        bNews = m_vFailures[uiFeature]++ == 0 || bNews;
+        vFailed.push_back({uiFeature, std::move(failure)});
+    }
+    if (!bNews) {
+        return;
+    }
+    const std::vector<EngineMessage> vOfFrame = collectMessages();
+    std::unordered_map<const FeatureGraph::Node*, std::string> mapCauses;
+    for (const Failed& failed : vFailed) {
+        // A node speaks when it fails, but not to those that read it later: they get what was made
+        // of its words then.
+        const auto [iteCause, bFirst] = mapCauses.try_emplace(failed.m_Failure.m_pNode);
+        if (bFirst || failed.m_Failure.m_pNode == nullptr) {
+            iteCause->second =
+                explainEvaluation(failed.m_Failure, m_vMessages[failed.m_uiFeature], vOfFrame);
+        }
+        if (m_vFailures[failed.m_uiFeature] == 1) {
+            m_Printer.print({Diagnostic::Severity::Error, getPosition(failed.m_Failure.m_pPosition),
+                             "`" + m_vNames[failed.m_uiFeature] + "` has no value on frame " +
+                                 std::to_string(in_uiFrame) + " (" + toText(in_dTime) +
+                                 " s): " + iteCause->second});
         }
     }
 }
 
-void FeatureRow::report(std::size_t in_uiFeature, const FeatureGraph::Failure& in_Failure,
-                        std::uint64_t in_uiFrame, double in_dTime) {
-    m_Printer.print({Diagnostic::Severity::Error, getPosition(in_Failure.m_pPosition),
-                     "`" + m_vNames[in_uiFeature] + "` has no value on frame " +
-                         std::to_string(in_uiFrame) + " (" + toText(in_dTime) +
-                         " s): " + explainEvaluation(in_Failure, EngineLog::peek())});
+/// The first messages of the frame, whichever feature they came with.
+std::vector<EngineMessage> FeatureRow::collectMessages() const {
+    std::vector<EngineMessage> vMessages = m_vMessagesAhead;
+    for (const std::vector<EngineMessage>& vOfFeature : m_vMessages) {
+        const std::size_t uiTaken =
+            std::min(vOfFeature.size(), MOST_SEARCHED - std::min(MOST_SEARCHED, vMessages.size()));
+        vMessages.insert(vMessages.end(), vOfFeature.begin(),
+                         vOfFeature.begin() + static_cast<std::ptrdiff_t>(uiTaken));
+    }
+    return vMessages;
 }
 
 } // namespace Vxpr

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DiagnosticPrinter.h"
+#include "EngineLog.h"
 #include "FeatureGraph.h"
 #include "LinkedScript.h"
 #include "TableWriter.h"
@@ -40,8 +41,7 @@ public:
 
 private:
     void markFailures(std::uint64_t in_uiFrame, double in_dTime);
-    void report(std::size_t in_uiFeature, const FeatureGraph::Failure& in_Failure,
-                std::uint64_t in_uiFrame, double in_dTime);
+    std::vector<EngineMessage> collectMessages() const;
 
     LinkedScript& m_Script;
     std::vector<std::string> m_vNames;
@@ -50,6 +50,9 @@ private:
     FeatureGraph m_Graph;
     std::vector<Velmora::LimitedObjPtr<Velmora::Math::DoubleVector>> m_vValues;
     std::vector<Cell> m_vCells;
+    /// What the engine reported of a frame: before the features were evaluated, and with each.
+    std::vector<EngineMessage> m_vMessagesAhead;
+    std::vector<std::vector<EngineMessage>> m_vMessages;
     std::vector<std::uint64_t> m_vFailures;
 };
 

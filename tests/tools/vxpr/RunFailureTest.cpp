@@ -95,6 +95,49 @@ TEST_P(RunFailureTest, AFunctionWithoutItsArgumentsHasNoValue) {
     EXPECT_THAT(result.m_strErrors, HasSubstr("a function is used here without its arguments"));
 }
 
+TEST_P(RunFailureTest, EveryFeatureIsToldItsOwnCause) {
+    const std::string strMin = "`y` has no value on frame 0 (0 s): `min` gives nothing for 0 "
+                               "elements; it is called as min(x)";
+    const std::string strFrequency = "`z` has no value on frame 0 (0 s): `centralFrequency` gives "
+                                     "nothing for 1 element and 3 elements (Can't compute";
+    const ProcessResult before =
+        run("inputvar x\nz = centralFrequency(0, {1,2,3})\ny = min(x)\n", ",\n");
+    EXPECT_THAT(before.m_strErrors, HasSubstr(strMin));
+    EXPECT_THAT(before.m_strErrors, HasSubstr(strFrequency));
+    const ProcessResult behind =
+        run("inputvar x\ny = min(x)\nz = centralFrequency(0, {1,2,3})\n", ",\n");
+    EXPECT_THAT(behind.m_strErrors, HasSubstr(strMin));
+    EXPECT_THAT(behind.m_strErrors, HasSubstr(strFrequency));
+}
+
+TEST_P(RunFailureTest, AFunctionWithoutItsArgumentsIsNoCauseOfOtherFailures) {
+    const ProcessResult result = run("inputvar x\nz = centralFrequency(0, x)\ns = sum\n", "1,2\n");
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("`z` has no value on frame 0 (0 s): `centralFrequency` gives nothing for "
+                          "1 element and 2 elements (Can't compute"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("`s` has no value on frame 0 (0 s): an argument has "
+                                              "no value: a function is used here"));
+}
+
+TEST_P(RunFailureTest, OneOperatorThatFailsInTwoWaysIsToldInBoth) {
+    const ProcessResult result =
+        run("inputvar x\na = 1 / x\nb = 2 / (x[0] - x[0])\nc = b + 1\n", "1,2\n");
+    EXPECT_THAT(result.m_strErrors, HasSubstr("`a` has no value on frame 0 (0 s): `/` needs a "
+                                              "single element on its right side, which has 2"));
+    for (const char* szName : {"b", "c"}) {
+        EXPECT_THAT(result.m_strErrors, HasSubstr("`" + std::string(szName) +
+                                                  "` has no value on frame 0 (0 s): division"));
+    }
+}
+
+TEST_P(RunFailureTest, AFailureThatAnotherFeatureRanIntoIsToldToItsReaders) {
+    const ProcessResult result =
+        run("inputvar x\nd = 1 / (x - x)\na = {x[5], d}\nb = d\n", "1\n", {"a", "b"});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("`a` has no value on frame 0 (0 s): an index"));
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("`b` has no value on frame 0 (0 s): division by zero"));
+}
+
 struct Fault {
     const char* m_szExpression;
     const char* m_szTable;
