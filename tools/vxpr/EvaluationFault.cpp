@@ -158,7 +158,7 @@ std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
     }
     const std::string strName = in_pFunction != nullptr ? in_pFunction->getName() : "";
     const auto builtin = Builtins::find(strName);
-    return "`" + strName + "` can't use these parameters" +
+    return (strName.empty() ? "a function" : "`" + strName + "`") + " can't use these parameters" +
            (vReasons.empty() ? "" : " (" + vReasons.front() + ")") +
            (builtin ? "; call it as " + builtin->getCall() : "");
 }

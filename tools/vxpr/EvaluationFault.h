@@ -15,7 +15,7 @@ std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
                               const std::vector<EngineMessage>& in_vOwn,
                               const std::vector<EngineMessage>& in_vOfFrame);
 
-/// Why a function refuses its parameters.
+/// Why a function refuses its parameters. in_vMessages is what the engine said of it alone.
 std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
                                  const std::vector<EngineMessage>& in_vMessages);
 

@@ -74,25 +74,6 @@ std::size_t FeatureGraph::addFeature(const NodeHandle& in_pRoot) {
     return m_vRoots.size() - 1;
 }
 
-const FeatureGraph::Node*
-FeatureGraph::findUnconfigurable(const Velmora::TSHandle<Velmora::VirtualFileSystem>& in_pFiles) {
-    std::set<const Node*> setRefusing;
-    for (const Reader& reader : m_vReaders) {
-        if (!reader.m_pNode->configure(in_pFiles)) {
-            setRefusing.insert(reader.m_pNode);
-        }
-    }
-    for (const Reader& reader : m_vReaders) {
-        const bool bPassesOn = std::any_of(
-            reader.m_vSources.begin(), reader.m_vSources.end(),
-            [&](const Source& in_Source) { return setRefusing.count(in_Source.m_pNode) != 0; });
-        if (setRefusing.count(reader.m_pNode) != 0 && !bPassesOn) {
-            return reader.m_pNode;
-        }
-    }
-    return nullptr;
-}
-
 const FeatureGraph::Reader* FeatureGraph::findReader(const Node* in_pNode) const {
     const auto ite = m_mapReaders.find(in_pNode);
     return ite == m_mapReaders.end() ? nullptr : &m_vReaders[ite->second];

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <velmora/Handle.h>
-#include <velmora/TSHandle.h>
-#include <velmora/VirtualFileSystem.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
 #include <cstddef>
@@ -52,10 +50,6 @@ public:
     /// Whether the reader reads that source on this frame: a condition leaves one of its values
     /// unread, and both as long as it isn't known.
     static bool isRead(const Reader& in_Reader, std::size_t in_uiSource);
-
-    /// Of the functions that the features read, one that refuses its parameters while everything
-    /// that it reads accepts them; null if none refuses.
-    const Node* findUnconfigurable(const Velmora::TSHandle<Velmora::VirtualFileSystem>& in_pFiles);
 
     /// Whether any node has read past a failure since the last repair(); cheap enough for every
     /// frame.

@@ -3,6 +3,7 @@
 #include "EngineLog.h"
 #include "EvaluationFault.h"
 #include "NumberText.h"
+#include "ParameterTrial.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -41,18 +42,29 @@ FeatureRow::FeatureRow(LinkedScript& in_Script, const std::vector<std::string>& 
 }
 
 bool FeatureRow::configure() {
+    bool bDone = true;
     for (const FeatureGraph::NodeHandle& pFeature : m_vFeatures) {
-        if (pFeature->configure(m_Script.getFileSystem())) {
-            continue;
-        }
-        const std::vector<EngineMessage> vMessages = EngineLog::take();
-        const FeatureGraph::Node* pFunction = m_Graph.findUnconfigurable(m_Script.getFileSystem());
-        EngineLog::take();
-        m_Printer.print({Diagnostic::Severity::Error, getPosition(pFunction),
-                         explainConfiguration(pFunction, vMessages)});
-        return false;
+        bDone = pFeature->configure(m_Script.getFileSystem()) && bDone;
     }
-    return true;
+    const std::vector<EngineMessage> vMessages = EngineLog::take();
+    if (bDone) {
+        return true;
+    }
+    bool bExplained = false;
+    for (const ParameterTrial& trial : tryParameters(m_vFeatures, m_Script.getFileSystem())) {
+        if (!trial.m_bAccepted) {
+            report(trial.m_pFunction, explainConfiguration(trial.m_pFunction, trial.m_vMessages));
+            bExplained = true;
+        }
+    }
+    if (!bExplained) {
+        report(nullptr, explainConfiguration(nullptr, vMessages));
+    }
+    return false;
+}
+
+void FeatureRow::report(const FeatureGraph::Node* in_pNode, const std::string& in_strText) {
+    m_Printer.print({Diagnostic::Severity::Error, getPosition(in_pNode), in_strText});
 }
 
 const std::vector<Cell>& FeatureRow::evaluate(std::uint64_t in_uiFrame, double in_dTime) {
@@ -115,10 +127,10 @@ void FeatureRow::markFailures(std::uint64_t in_uiFrame, double in_dTime) {
                 explainEvaluation(failed.m_Failure, m_vMessages[failed.m_uiFeature], vOfFrame);
         }
         if (m_vFailures[failed.m_uiFeature] == 1) {
-            m_Printer.print({Diagnostic::Severity::Error, getPosition(failed.m_Failure.m_pPosition),
-                             "`" + m_vNames[failed.m_uiFeature] + "` has no value on frame " +
-                                 std::to_string(in_uiFrame) + " (" + toText(in_dTime) +
-                                 " s): " + iteCause->second});
+            report(failed.m_Failure.m_pPosition, "`" + m_vNames[failed.m_uiFeature] +
+                                                     "` has no value on frame " +
+                                                     std::to_string(in_uiFrame) + " (" +
+                                                     toText(in_dTime) + " s): " + iteCause->second);
         }
     }
 }

@@ -23,7 +23,7 @@ public:
     FeatureRow(LinkedScript& in_Script, const std::vector<std::string>& in_vNames,
                DiagnosticPrinter& inout_Printer);
 
-    /// Hands the parameters to the functions; false, reported to the printer, if one refuses.
+    /// Hands the parameters to the functions; false if some refuse, each reported to the printer.
     bool configure();
 
     /// The input variables that the features read.
@@ -42,6 +42,7 @@ public:
 private:
     void markFailures(std::uint64_t in_uiFrame, double in_dTime);
     std::vector<EngineMessage> collectMessages() const;
+    void report(const FeatureGraph::Node* in_pNode, const std::string& in_strText);
 
     LinkedScript& m_Script;
     std::vector<std::string> m_vNames;

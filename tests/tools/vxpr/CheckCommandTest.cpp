@@ -135,6 +135,28 @@ TEST_F(CheckCommandTest, ParametersAreTried) {
         HasSubstr("s.xpr:2:5: error: `slidingWindow` can't use these parameters"));
 }
 
+TEST_F(CheckCommandTest, ParametersThatAreRefusedAreToldOnlyOfTheirFunction) {
+    const std::string strErrors =
+        runVxpr({"check", writeScript("inputvar x\na = amDemodulate<8000,\"1\">(x)\n"
+                                      "b = {a, slidingWindow<0>(a)}\nc = slidingWindow<0>(x)\n")})
+            .m_strErrors;
+    EXPECT_THAT(strErrors, HasSubstr("s.xpr:3:9: error: `slidingWindow` can't use these "
+                                     "parameters; call it as slidingWindow<"));
+    EXPECT_THAT(strErrors, HasSubstr("s.xpr:4:5: error: `slidingWindow` can't use these "
+                                     "parameters; call it as slidingWindow<"));
+}
+
+TEST_F(CheckCommandTest, EveryFunctionThatRefusesItsParametersIsShown) {
+    const ProcessResult result = runVxpr(
+        {"check", writeScript("inputvar x\na = slidingWindow<0>(x) + vad<-1.0,9>(x)\nf(y) = 3\n"
+                              "b = f(slidingWindow<-1>(x))\n")});
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:2:5: error: `slidingWindow` can't use"));
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("s.xpr:2:27: error: `vad` can't use these parameters (Invalid value"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:4:7: error: `slidingWindow` can't use"));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
 TEST_F(CheckCommandTest, AnEmptyScriptIsWarnedOf) {
     const ProcessResult result = runVxpr({"check", writeScript("")});
     EXPECT_THAT(result.m_strErrors, HasSubstr("warning: '"));
