@@ -20,8 +20,8 @@ constexpr const char* DESCRIPTION =
 constexpr const char* REFERENCE = R"(
   Each script is linked on its own, with the other scripts that it uses: they are searched in its
   directory, and then in those of -I. The parameters of functions are tried as well, as far as the
-  script settles them. A script without faults is named on the standard output; faults and warnings
-  go to the standard error.
+  script settles them, and functions that are used without their arguments are shown. A script
+  without faults is named on the standard output; faults and warnings go to the standard error.
 
 EXIT STATUS
   0  no faults    1  faults    2  the command line is at fault
@@ -31,7 +31,7 @@ EXAMPLES
   vxpr check -I library *.xpr
 )";
 
-/// Tries the parameters of everything that a run would evaluate.
+/// Tries the calls of everything that a run would evaluate.
 bool configureFeatures(LinkedScript& inout_Script, DiagnosticPrinter& inout_Printer) {
     std::vector<std::string> vNames;
     for (const Definition& definition : inout_Script.getInventory().getDefinitions()) {
@@ -41,7 +41,9 @@ bool configureFeatures(LinkedScript& inout_Script, DiagnosticPrinter& inout_Prin
     }
     bool bDone = true;
     for (const std::string& strName : vNames) {
-        bDone = FeatureRow(inout_Script, {strName}, inout_Printer).configure() && bDone;
+        FeatureRow row(inout_Script, {strName}, inout_Printer);
+        bDone = row.configure() && bDone;
+        bDone = row.checkCalls() && bDone;
     }
     return bDone;
 }

@@ -21,6 +21,13 @@ namespace {
 constexpr std::size_t MOST_MESSAGES = 1000;
 
 std::vector<EngineMessage> g_vMessages;
+log4cplus::Appender* g_pCollector = nullptr; // the root logger owns it
+
+void setCollectedLevel(log4cplus::LogLevel in_Level) {
+    if (g_pCollector != nullptr) {
+        g_pCollector->setThreshold(in_Level);
+    }
+}
 
 void collect(const EngineMessage& in_Message) {
     if (g_vMessages.size() == MOST_MESSAGES) {
@@ -58,8 +65,9 @@ void EngineLog::install(const std::string& in_strLevel) {
     root.removeAllAppenders();
     root.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
     log4cplus::SharedAppenderPtr pCollector(new Collector);
-    pCollector->setThreshold(log4cplus::ERROR_LOG_LEVEL);
     root.addAppender(pCollector);
+    g_pCollector = pCollector.get();
+    setCollectedLevel(log4cplus::ERROR_LOG_LEVEL);
     if (!in_strLevel.empty()) {
         const log4cplus::LogLevel level = toLevel(in_strLevel);
         log4cplus::SharedAppenderPtr pConsole(new log4cplus::ConsoleAppender(true));
@@ -79,6 +87,17 @@ std::vector<EngineMessage> EngineLog::take() {
     std::vector<EngineMessage> vMessages;
     vMessages.swap(g_vMessages);
     return vMessages;
+}
+
+EngineLog::Details::Details() : m_iFormerLevel(log4cplus::Logger::getRoot().getLogLevel()) {
+    log4cplus::Logger::getRoot().setLogLevel(
+        std::min(m_iFormerLevel, int(log4cplus::INFO_LOG_LEVEL)));
+    setCollectedLevel(log4cplus::INFO_LOG_LEVEL);
+}
+
+EngineLog::Details::~Details() {
+    setCollectedLevel(log4cplus::ERROR_LOG_LEVEL);
+    log4cplus::Logger::getRoot().setLogLevel(m_iFormerLevel);
 }
 
 } // namespace Vxpr

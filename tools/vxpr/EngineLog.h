@@ -8,7 +8,7 @@ namespace Vxpr {
 /// Something that the engine had to report.
 struct EngineMessage {
     enum class Kind {
-        Error,    ///< a line of the engine's log at ERROR level
+        Error,    ///< a line of the engine's log, at ERROR level unless Details are asked for
         Assertion ///< the text of a condition that didn't hold
     };
 
@@ -32,6 +32,18 @@ public:
     /// Takes out what has been collected since the last call. Of more than a thousand the first
     /// ones and the last are kept.
     static std::vector<EngineMessage> take();
+
+    /// Collects the lines at INFO level as well, as long as it exists. One at a time.
+    class Details {
+    public:
+        Details();
+        ~Details();
+        Details(const Details&) = delete;
+        Details& operator=(const Details&) = delete;
+
+    private:
+        int m_iFormerLevel;
+    };
 };
 
 } // namespace Vxpr

@@ -1,17 +1,12 @@
 #include "EvaluationFault.h"
 
 #include "Builtins.h"
+#include "NodeText.h"
 #include "TextList.h"
-
-#include <velmora/math/xpr/DomainVariableImpl.h>
-#include <velmora/math/xpr/VariableImpl.h>
 
 namespace Vxpr {
 
 namespace {
-
-using Velmora::Math::Xpr::DomainVariableImpl;
-using Velmora::Math::Xpr::VariableImpl;
 
 /// In the name of a logger of a single function, what stands ahead of the function's name.
 constexpr const char* FUNCTION_LOGGERS = ".xpr.functions.";
@@ -84,11 +79,17 @@ bool isOfAnotherFunction(const EngineMessage& in_Message, const std::string& in_
            in_Message.m_strLogger.compare(uiPoint + 1, std::string::npos, in_strName) != 0;
 }
 
-/// Whether the node is a variable that nothing ever gives a value to.
-bool isUnset(const FeatureGraph::Node* in_pNode) {
-    const auto* pVariable = dynamic_cast<const VariableImpl*>(in_pNode);
-    return pVariable != nullptr && pVariable->getValue().isNull() &&
-           dynamic_cast<const DomainVariableImpl*>(in_pNode) == nullptr;
+/// The engine's words for a parameter of another kind than the function reads are misleading: the
+/// parameter is there. Everything else stays as it is.
+std::string translateReason(const std::string& in_strMessage) {
+    const std::string strHead = "Could not find parameter ";
+    const std::size_t uiEnd = in_strMessage.find(" in configuration");
+    if (in_strMessage.compare(0, strHead.size(), strHead) != 0 || uiEnd == std::string::npos) {
+        return in_strMessage;
+    }
+    return "`" + in_strMessage.substr(strHead.size(), uiEnd - strHead.size()) +
+           "` takes another kind of value: 8000 is a whole number, 8000.0 is none, and \"8000\" is "
+           "a text";
 }
 
 const Explanation* findExplanation(const std::string& in_strNode,
@@ -122,8 +123,8 @@ std::string findReason(const std::string& in_strNode,
 std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
                               const std::vector<EngineMessage>& in_vOwn,
                               const std::vector<EngineMessage>& in_vOfFrame) {
-    if (isUnset(in_Failure.m_pNode)) {
-        return "an argument has no value: a function is used here without its arguments";
+    if (FeatureGraph::isUnset(in_Failure.m_pNode)) {
+        return explainUncalled(FeatureGraph::findUncalled(*in_Failure.m_pNode));
     }
     const std::string strNode = in_Failure.m_pNode != nullptr ? in_Failure.m_pNode->getName() : "";
     for (const std::vector<EngineMessage>* pMessages : {&in_vOwn, &in_vOfFrame}) {
@@ -159,8 +160,22 @@ std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
     const std::string strName = in_pFunction != nullptr ? in_pFunction->getName() : "";
     const auto builtin = Builtins::find(strName);
     return (strName.empty() ? "a function" : "`" + strName + "`") + " can't use these parameters" +
-           (vReasons.empty() ? "" : " (" + vReasons.front() + ")") +
+           (vReasons.empty() ? "" : " (" + translateReason(vReasons.front()) + ")") +
            (builtin ? "; call it as " + builtin->getCall() : "");
+}
+
+std::string explainUncalled(const FeatureGraph::Uncalled& in_Uncalled) {
+    const std::string strText = "an argument has no value: a function is used here without its "
+                                "arguments";
+    if (in_Uncalled.m_pFunction == nullptr) {
+        return strText;
+    }
+    const std::string strName = in_Uncalled.m_pFunction->getName();
+    const auto builtin = Builtins::find(strName);
+    return strText + "; call it as " +
+           (builtin ? builtin->getCall()
+                    : strName.substr(strName.rfind('.') + 1) +
+                          describeArguments(*in_Uncalled.m_pFunction));
 }
 
 } // namespace Vxpr

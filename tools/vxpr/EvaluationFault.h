@@ -15,7 +15,10 @@ std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
                               const std::vector<EngineMessage>& in_vOwn,
                               const std::vector<EngineMessage>& in_vOfFrame);
 
-/// Why a function refuses its parameters. in_vMessages is what the engine said of it alone.
+/// What is wrong with the use of a function without its arguments.
+std::string explainUncalled(const FeatureGraph::Uncalled& in_Uncalled);
+
+/// Why a function can't work with its parameters. in_vMessages is what the engine said of it alone.
 std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
                                  const std::vector<EngineMessage>& in_vMessages);
 

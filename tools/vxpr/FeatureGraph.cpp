@@ -74,6 +74,53 @@ std::size_t FeatureGraph::addFeature(const NodeHandle& in_pRoot) {
     return m_vRoots.size() - 1;
 }
 
+bool FeatureGraph::isUnset(const Node* in_pNode) {
+    const auto* pVariable = dynamic_cast<const VariableImpl*>(in_pNode);
+    return pVariable != nullptr && pVariable->getValue().isNull() &&
+           dynamic_cast<const DomainVariableImpl*>(in_pNode) == nullptr;
+}
+
+FeatureGraph::Uncalled FeatureGraph::findUncalled(const Node& in_Unset) {
+    Uncalled uncalled;
+    for (const auto* pParent = in_Unset.getParentBegin(); pParent != in_Unset.getParentEnd();
+         ++pParent) {
+        const auto* pFunction = dynamic_cast<const FunctionBaseImpl*>(pParent->get());
+        // What is sealed counts what it reads through its arguments among its inputs as well.
+        if (pFunction != nullptr && pFunction->isChild(in_Unset)) {
+            uncalled.m_pFunction = pFunction;
+            break;
+        }
+    }
+    // A built-in function knows where it is used; one of a script, where it is defined.
+    const Node* pUse = uncalled.m_pFunction;
+    if (dynamic_cast<const ScriptFunctionImpl*>(pUse) != nullptr) {
+        do {
+            pUse = pUse->getParentBegin() != pUse->getParentEnd() ? pUse->getParentBegin()->get()
+                                                                  : nullptr;
+        } while (pUse != nullptr && *pUse->getSourceInfo() == '\0');
+    }
+    uncalled.m_pPosition = pUse;
+    return uncalled;
+}
+
+std::vector<FeatureGraph::Uncalled> FeatureGraph::findUncalled() const {
+    std::vector<Uncalled> vUncalled;
+    std::set<const Node*> setSeen;
+    const auto add = [&](const Source& in_Source) {
+        if (isUnset(in_Source.m_pNode)) {
+            const Uncalled uncalled = findUncalled(*in_Source.m_pNode);
+            if (uncalled.m_pFunction != nullptr && setSeen.insert(uncalled.m_pFunction).second) {
+                vUncalled.push_back(uncalled);
+            }
+        }
+    };
+    std::for_each(m_vRootSources.begin(), m_vRootSources.end(), add);
+    for (const Reader& reader : m_vReaders) {
+        std::for_each(reader.m_vSources.begin(), reader.m_vSources.end(), add);
+    }
+    return vUncalled;
+}
+
 const FeatureGraph::Reader* FeatureGraph::findReader(const Node* in_pNode) const {
     const auto ite = m_mapReaders.find(in_pNode);
     return ite == m_mapReaders.end() ? nullptr : &m_vReaders[ite->second];
@@ -136,6 +183,10 @@ FeatureGraph::Failure FeatureGraph::descend(const Source& in_Failed) const {
         failure.m_pNode = pFailed->m_pNode;
         if (*failure.m_pNode->getSourceInfo() != '\0') {
             failure.m_pPosition = failure.m_pNode;
+        }
+        if (isUnset(failure.m_pNode)) {
+            const Node* pUse = findUncalled(*failure.m_pNode).m_pPosition;
+            failure.m_pPosition = pUse != nullptr ? pUse : failure.m_pPosition;
         }
         pReader = findReader(failure.m_pNode);
         pFailed = pReader != nullptr ? findFailed(*pReader) : nullptr;

@@ -2,6 +2,7 @@
 
 #include <velmora/Handle.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
+#include <velmora/math/xpr/FunctionBaseImpl.h>
 
 #include <cstddef>
 #include <unordered_map>
@@ -50,6 +51,23 @@ public:
     /// Whether the reader reads that source on this frame: a condition leaves one of its values
     /// unread, and both as long as it isn't known.
     static bool isRead(const Reader& in_Reader, std::size_t in_uiSource);
+
+    /// A function whose argument is read although nothing gives it a value.
+    struct Uncalled {
+        const Velmora::Math::Xpr::FunctionBaseImpl* m_pFunction =
+            nullptr; ///< null if there is none
+        const Node* m_pPosition =
+            nullptr; ///< what uses the function, or the nearest one with a place
+    };
+
+    /// Whether the node is a variable that nothing ever gives a value to. Inputs are fed.
+    static bool isUnset(const Node* in_pNode);
+
+    /// The function that such a variable is the argument of.
+    static Uncalled findUncalled(const Node& in_Unset);
+
+    /// The functions that are used without their arguments, each once.
+    std::vector<Uncalled> findUncalled() const;
 
     /// Whether any node has read past a failure since the last repair(); cheap enough for every
     /// frame.

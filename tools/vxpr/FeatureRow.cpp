@@ -42,25 +42,41 @@ FeatureRow::FeatureRow(LinkedScript& in_Script, const std::vector<std::string>& 
 }
 
 bool FeatureRow::configure() {
+    const EngineLog::Details details;
+    EngineLog::take();
     bool bDone = true;
     for (const FeatureGraph::NodeHandle& pFeature : m_vFeatures) {
         bDone = pFeature->configure(m_Script.getFileSystem()) && bDone;
     }
     const std::vector<EngineMessage> vMessages = EngineLog::take();
-    if (bDone) {
+    if (bDone && vMessages.empty()) {
         return true;
     }
     bool bExplained = false;
     for (const ParameterTrial& trial : tryParameters(m_vFeatures, m_Script.getFileSystem())) {
+        const std::string strText = explainConfiguration(trial.m_pFunction, trial.m_vMessages);
         if (!trial.m_bAccepted) {
-            report(trial.m_pFunction, explainConfiguration(trial.m_pFunction, trial.m_vMessages));
+            report(trial.m_pFunction, strText);
             bExplained = true;
+        } else if (!trial.m_vMessages.empty()) {
+            m_vUnusable.push_back({trial.m_pFunction, strText});
         }
     }
-    if (!bExplained) {
+    if (!bDone && !bExplained) {
         report(nullptr, explainConfiguration(nullptr, vMessages));
     }
-    return false;
+    return bDone;
+}
+
+bool FeatureRow::checkCalls() {
+    for (const Unusable& unusable : m_vUnusable) {
+        report(unusable.m_pFunction, unusable.m_strText);
+    }
+    const std::vector<FeatureGraph::Uncalled> vUncalled = m_Graph.findUncalled();
+    for (const FeatureGraph::Uncalled& uncalled : vUncalled) {
+        report(uncalled.m_pPosition, explainUncalled(uncalled));
+    }
+    return m_vUnusable.empty() && vUncalled.empty();
 }
 
 void FeatureRow::report(const FeatureGraph::Node* in_pNode, const std::string& in_strText) {
@@ -123,8 +139,11 @@ void FeatureRow::markFailures(std::uint64_t in_uiFrame, double in_dTime) {
         // of its words then.
         const auto [iteCause, bFirst] = mapCauses.try_emplace(failed.m_Failure.m_pNode);
         if (bFirst || failed.m_Failure.m_pNode == nullptr) {
-            iteCause->second =
-                explainEvaluation(failed.m_Failure, m_vMessages[failed.m_uiFeature], vOfFrame);
+            const std::string* pKnown = findUnusable(failed.m_Failure.m_pNode);
+            iteCause->second = pKnown != nullptr
+                                   ? *pKnown
+                                   : explainEvaluation(failed.m_Failure,
+                                                       m_vMessages[failed.m_uiFeature], vOfFrame);
         }
         if (m_vFailures[failed.m_uiFeature] == 1) {
             report(failed.m_Failure.m_pPosition, "`" + m_vNames[failed.m_uiFeature] +
@@ -133,6 +152,15 @@ void FeatureRow::markFailures(std::uint64_t in_uiFrame, double in_dTime) {
                                                      toText(in_dTime) + " s): " + iteCause->second);
         }
     }
+}
+
+/// Why the function has no value on any frame; null if it isn't known to have none.
+const std::string* FeatureRow::findUnusable(const FeatureGraph::Node* in_pNode) const {
+    const auto ite =
+        std::find_if(m_vUnusable.begin(), m_vUnusable.end(), [&](const Unusable& in_Unusable) {
+            return in_Unusable.m_pFunction == in_pNode;
+        });
+    return ite == m_vUnusable.end() ? nullptr : &ite->m_strText;
 }
 
 /// The first messages of the frame, whichever feature they came with.

@@ -26,6 +26,11 @@ public:
     /// Hands the parameters to the functions; false if some refuse, each reported to the printer.
     bool configure();
 
+    /// False if a call can't give a value on any frame, each reported to the printer: the function
+    /// takes its parameters without being able to work with them, or is used without its
+    /// arguments. What doesn't read its value works nonetheless. Comes behind configure().
+    bool checkCalls();
+
     /// The input variables that the features read.
     const std::vector<FeatureGraph::Node*>& getInputs() const { return m_Graph.getInputs(); }
 
@@ -40,7 +45,14 @@ public:
     const std::vector<std::uint64_t>& getFailures() const { return m_vFailures; }
 
 private:
+    /// A function that has no value on any frame, and why.
+    struct Unusable {
+        const FeatureGraph::Node* m_pFunction;
+        std::string m_strText;
+    };
+
     void markFailures(std::uint64_t in_uiFrame, double in_dTime);
+    const std::string* findUnusable(const FeatureGraph::Node* in_pNode) const;
     std::vector<EngineMessage> collectMessages() const;
     void report(const FeatureGraph::Node* in_pNode, const std::string& in_strText);
 
@@ -49,6 +61,7 @@ private:
     DiagnosticPrinter& m_Printer;
     std::vector<FeatureGraph::NodeHandle> m_vFeatures;
     FeatureGraph m_Graph;
+    std::vector<Unusable> m_vUnusable;
     std::vector<Velmora::LimitedObjPtr<Velmora::Math::DoubleVector>> m_vValues;
     std::vector<Cell> m_vCells;
     /// What the engine reported of a frame: before the features were evaluated, and with each.

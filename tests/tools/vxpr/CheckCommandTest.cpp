@@ -8,6 +8,11 @@ using testing::Not;
 
 class CheckCommandTest : public RunTest {};
 
+struct Mistake {
+    const char* m_szScript;
+    const char* m_szMessage;
+};
+
 TEST_F(CheckCommandTest, AScriptWithoutFaultsIsNamed) {
     const std::string strScript = writeScript("inputvar frame\na = sum(frame)\n");
     const ProcessResult result = runVxpr({"check", strScript});
@@ -157,6 +162,51 @@ TEST_F(CheckCommandTest, EveryFunctionThatRefusesItsParametersIsShown) {
     EXPECT_EQ(result.m_iStatus, 1);
 }
 
+TEST_F(CheckCommandTest, ParametersThatAFunctionAcceptsButCantUseAreShown) {
+    for (const Mistake& mistake : {
+             Mistake{"amDemodulate<8000,\"1\">(x)",
+                     "s.xpr:2:5: error: `amDemodulate` can't use these parameters (Parameter "
+                     "'freq' must be either an INTEGER or a FLOAT number); call it as "
+                     "amDemodulate<sampleRate, freq>(x)\n"},
+             Mistake{"sinusCorrelate<8000.0,1000>(x)",
+                     "s.xpr:2:5: error: `sinusCorrelate` can't use these parameters (`sampleRate` "
+                     "takes another kind of value: 8000 is a whole number, 8000.0 is none"},
+             Mistake{"vad<-60, 1>(x)", "`vad` can't use these parameters (`minimumEnergyDBm` takes "
+                                       "another kind of value"},
+         }) {
+        const ProcessResult result = runVxpr(
+            {"check", writeScript(std::string("inputvar x\na = ") + mistake.m_szScript + "\n")});
+        EXPECT_THAT(result.m_strErrors, HasSubstr(mistake.m_szMessage)) << mistake.m_szScript;
+        EXPECT_EQ(result.m_strOutput, "") << mistake.m_szScript;
+        EXPECT_EQ(result.m_iStatus, 1) << mistake.m_szScript;
+    }
+    const ProcessResult good =
+        runVxpr({"check", writeScript("inputvar x\na = sinusCorrelate<8000,1000>(x)\n"
+                                      "b = amDemodulate<8000,50>(x)\n")});
+    EXPECT_EQ(good.m_strErrors, "");
+    EXPECT_EQ(good.m_iStatus, 0);
+}
+
+TEST_F(CheckCommandTest, AFunctionWithoutItsArgumentsIsShownWhereItIsUsed) {
+    const ProcessResult result =
+        runVxpr({"check", writeScript("inputvar x\nf(y, z) = y + z\na = sum\nb = 1 + sum\nc = f\n"
+                                      "d = if(x, x, 1 + f)\n")});
+    const std::string strText = "error: an argument has no value: a function is used here without "
+                                "its arguments; call it as ";
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:3:5: " + strText + "sum(x)\n"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:4:9: " + strText + "sum(x)\n"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:5:1: " + strText + "f(y, z)\n"));
+    EXPECT_THAT(result.m_strErrors, HasSubstr("s.xpr:6:16: " + strText + "f(y, z)\n"));
+    EXPECT_EQ(result.m_strOutput, "");
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, AFunctionThatReadsNoneOfItsArgumentsHasAValueWithoutThem) {
+    const ProcessResult result = runVxpr({"check", writeScript("f(x) = 3\na = f\n")});
+    EXPECT_EQ(result.m_strErrors, "");
+    EXPECT_EQ(result.m_iStatus, 0);
+}
+
 TEST_F(CheckCommandTest, AnEmptyScriptIsWarnedOf) {
     const ProcessResult result = runVxpr({"check", writeScript("")});
     EXPECT_THAT(result.m_strErrors, HasSubstr("warning: '"));
@@ -169,11 +219,6 @@ TEST_F(CheckCommandTest, AScriptComesThroughTheStandardInput) {
     EXPECT_THAT(result.m_strErrors, HasSubstr("stdin:1:5: error: `b` isn't defined here"));
     EXPECT_THAT(result.m_strErrors, HasSubstr("    1 | a = b\n      |     ^\n"));
 }
-
-struct Mistake {
-    const char* m_szScript;
-    const char* m_szMessage;
-};
 
 TEST_F(CheckCommandTest, CommonMistakesAreToldInTheTermsOfTheLanguage) {
     for (const Mistake& mistake : {

@@ -92,7 +92,10 @@ TEST_P(RunFailureTest, AFunctionThatGivesNothingIsNamed) {
 TEST_P(RunFailureTest, AFunctionWithoutItsArgumentsHasNoValue) {
     const ProcessResult result = run("inputvar x\nf(y, z) = y + z\na = f\nb = x\n", "1\n2\n");
     EXPECT_EQ(result.m_strOutput, "time,a,b\n0,,1\n1,,2\n");
-    EXPECT_THAT(result.m_strErrors, HasSubstr("a function is used here without its arguments"));
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("s.xpr:3:1: error: `a` has no value on frame 0 (0 s): an argument has no "
+                          "value: a function is used here without its arguments; call it as f(y, "
+                          "z)"));
 }
 
 TEST_P(RunFailureTest, EveryFeatureIsToldItsOwnCause) {
@@ -179,6 +182,25 @@ TEST_P(RunFailureTest, ParametersThatAFunctionRefusesAreToldWithTheirPlace) {
     EXPECT_EQ(result.m_strOutput, "");
     EXPECT_THAT(result.m_strErrors,
                 HasSubstr("s.xpr:3:9: error: `slidingWindow` can't use these parameters"));
+}
+
+TEST_P(RunFailureTest, ParametersThatAFunctionAcceptsButCantUseAreToldWithWhatItNeeds) {
+    const ProcessResult result =
+        run("inputvar x\na = sinusCorrelate<8000.0,1000>(x)\nb = a + 1\nc = x\n"
+            "d = amDemodulate<8000,\"1\">(x)\n",
+            "1\n2\n");
+    EXPECT_EQ(result.m_strOutput, "time,a,b,c,d\n0,,,1,\n1,,,2,\n");
+    EXPECT_EQ(result.m_iStatus, 1);
+    for (const char* szName : {"a", "b"}) {
+        EXPECT_THAT(result.m_strErrors,
+                    HasSubstr("s.xpr:2:5: error: `" + std::string(szName) +
+                              "` has no value on frame 0 (0 s): `sinusCorrelate` can't use these "
+                              "parameters (`sampleRate` takes another kind of value: 8000 is a "
+                              "whole number, 8000.0 is none, and \"8000\" is a text); call it as "
+                              "sinusCorrelate<sampleRate, frequency>(x)\n"));
+    }
+    EXPECT_THAT(result.m_strErrors, HasSubstr("`d` has no value on frame 0 (0 s): `amDemodulate` "
+                                              "can't use these parameters (Parameter 'freq'"));
 }
 
 TEST_P(RunFailureTest, AValueThatGrowsIsCutAndToldOnce) {
