@@ -48,7 +48,12 @@ bool DomainValueBase::reset_i() {
 }
 
 Handle<ExpressionBaseImpl> DomainValueBase::copy_i(ExpressionImplCopier& inout_Copier) const {
-    Handle<DomainValueBase> pCopy(createNew(getValue()));
+    return copyWith(getValue(), inout_Copier);
+}
+
+Handle<ExpressionBaseImpl> DomainValueBase::copyWith(const DoubleVector& in_vValue,
+                                                     ExpressionImplCopier& inout_Copier) const {
+    Handle<DomainValueBase> pCopy(createNew(in_vValue));
     if (!pCopy.isNull()) {
         pCopy->fill(*this, inout_Copier);
     }

@@ -31,10 +31,12 @@ const DoubleVector& DomainValueNoCopyImpl::getValue() const {
     return *m_pVector;
 }
 
+bool DomainValueNoCopyImpl::areReadsLogged() {
+    return detail::isSiteEnabled(fileLogger(), log4cplus::DEBUG_LOG_LEVEL);
+}
+
 Handle<ExpressionBaseImpl> DomainValueNoCopyImpl::copy_i(ExpressionImplCopier& inout_Copier) const {
-    Handle<DomainValueNoCopyImpl> pCopy(new DomainValueNoCopyImpl(*m_pVector));
-    pCopy->fill(*this, inout_Copier);
-    return Handle<ExpressionBaseImpl>(pCopy);
+    return copyWith(*m_pVector, inout_Copier);
 }
 
 DomainValueBase* DomainValueNoCopyImpl::createNew(const DoubleVector& in_vValue) const {

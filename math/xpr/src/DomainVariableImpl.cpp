@@ -45,10 +45,9 @@ void DomainVariableImpl::fill(const DomainVariableImpl& in_Source, ExpressionImp
         const Handle<DomainValueBase> pSrcExpression(in_Source.getValue());
         if (pSrcExpression.isNull()) {
             VELMORA_ASSERT_FAIL("!pSrcExpression.isNull()");
-        } else {
-            Variable& variable = *this;
-            variable.setValue(Handle<Expression>(pSrcExpression));
         }
+        Variable& variable = *this;
+        variable.setValue(Handle<Expression>(pSrcExpression));
     }
     if (&*in_Source.getValue() != &*getValue()) {
         VELMORA_ASSERT_FAIL("&*(in_Src.getValue()) == &*getValue()");

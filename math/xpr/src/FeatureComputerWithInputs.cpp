@@ -2,10 +2,14 @@
 
 #include <algorithm>
 
+#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 namespace Velmora::Math::Xpr {
+
+// Nothing is logged here, but a host may set the level of every class of its own.
+VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.FeatureComputerWithInputs");
 
 FeatureComputerWithInputs::FeatureComputerWithInputs() = default;
 

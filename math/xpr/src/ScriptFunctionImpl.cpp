@@ -66,10 +66,12 @@ void ScriptFunctionImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         return;
     }
     if (isValid()) {
-        m_vFormerImplementations.push_back(m_pImplementation);
+        if (m_pFormerImplementation.isNull() || hasValueOf(*m_pImplementation)) {
+            m_pFormerImplementation = m_pImplementation;
+        }
     } else {
         forgetValue();
-        m_vFormerImplementations.clear();
+        m_pFormerImplementation = Handle<ExpressionBaseImpl>();
     }
     m_pImplementation = in_pNewChild;
 }

@@ -130,12 +130,12 @@ inline bool SealedPlan::computeOperator(Step& inout_Step) {
     return computeAgain(inout_Step) || computeVectors(inout_Step);
 }
 
+/// Without the line of `getValue` in the log.
 void SealedPlan::readInput(Step& inout_Step) {
     ExpressionBaseImpl& node = *nodeOf(inout_Step);
-    const auto& input = static_cast<const DomainValueNoCopyImpl&>(node);
-    const DoubleVector& vValue = input.DomainValueNoCopyImpl::getValue();
-    inout_Step.m_pVector = &vValue;
-    node.m_pValue = const_cast<DoubleVector*>(&vValue);
+    const DoubleVector* const pValue = static_cast<DomainValueNoCopyImpl&>(node).m_pVector.get();
+    inout_Step.m_pVector = pValue;
+    node.m_pValue = const_cast<DoubleVector*>(pValue);
 }
 
 /// The values of the inputs, one behind the other, where a result as long as that was. False for
@@ -169,9 +169,6 @@ bool SealedPlan::concatenate(Index in_uiNode) {
 
 inline bool SealedPlan::compute(Step& inout_Step) {
     switch (inout_Step.m_eKind) {
-    case Kind::Input:
-        readInput(inout_Step);
-        return true;
     case Kind::Concatenate:
         return concatenate(placeOf(inout_Step)) || computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Constant:
@@ -180,6 +177,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
         }
         noteConstant(inout_Step);
         return true;
+    case Kind::Input:
     case Kind::Other:
         return computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Forward:
@@ -312,7 +310,8 @@ inline SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Ne
 /// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
 inline bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
     Needs* const pNeeds = findNeeds(in_uiNode);
-    if (pNeeds == nullptr) {
+    // Inputs are read out of their turn, which would show in the log.
+    if (pNeeds == nullptr || DomainValueNoCopyImpl::areReadsLogged()) {
         return false;
     }
     Program* const pProgram = pNeeds->findProgram(*this);

@@ -103,11 +103,13 @@ void VariableImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         if (m_pExtras == nullptr) {
             m_pExtras = std::make_unique<Extras>();
         }
-        m_pExtras->m_vFormerValues.push_back(m_pValueExpr);
+        if (m_pExtras->m_pFormerValue.isNull() || hasValueOf(*m_pValueExpr)) {
+            m_pExtras->m_pFormerValue = m_pValueExpr;
+        }
     } else {
         forgetValue();
         if (m_pExtras != nullptr) {
-            m_pExtras->m_vFormerValues.clear();
+            m_pExtras->m_pFormerValue = Handle<ExpressionBaseImpl>();
         }
     }
     m_pValueExpr = in_pNewChild;

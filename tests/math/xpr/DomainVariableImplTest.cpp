@@ -111,6 +111,7 @@ TEST_F(DomainVariableImplTest, CopyOfAVariableWithAnExpressionKeepsItsOwnInitial
     const Handle<DomainVariableImpl> pCopy(pSource->copy());
     EXPECT_EQ(takeAssertions(),
               (Texts{"!pSrcExpression.isNull()", "&*(in_Src.getValue()) == &*getValue()"}));
+    EXPECT_EQ(takeErrors(), Texts{logged(NodeLogger, "Can't set a null expression")});
     ASSERT_FALSE(pCopy.isNull());
     EXPECT_STREQ(pCopy->getName(), "frame");
     EXPECT_EQ(evaluated(*pCopy), Values{0.0});

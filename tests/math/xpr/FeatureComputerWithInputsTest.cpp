@@ -25,6 +25,10 @@ protected:
                          {"scripts/diff.xpr", "level = sum(left) - sum(right)\n"}}) {}
 };
 
+TEST_F(FeatureComputerWithInputsTest, HasALoggerOfItsOwn) {
+    EXPECT_TRUE(log4cplus::Logger::exists("quillmark.math.xpr.FeatureComputerWithInputs"));
+}
+
 TEST_F(FeatureComputerWithInputsTest, TheScriptReadsTheInputsByTheirPlainNames) {
     FeatureComputerWithInputs computer("level");
     EXPECT_TRUE(computer.setInputNames({"left", "right"}));

@@ -30,6 +30,16 @@ private:
     DoubleVector m_vValue;
 };
 
+/// A host's own domain value that points at its vector as the library's do.
+class TaggedDomainValue : public DomainValueNoCopyImpl {
+public:
+    using DomainValueNoCopyImpl::DomainValueNoCopyImpl;
+
+    DomainValueBase* createNew(const DoubleVector& in_vValue) const override {
+        return new TaggedDomainValue(in_vValue);
+    }
+};
+
 class OpenSum : public OperatorPlus {
 public:
     using OperatorPlus::addArgument;
@@ -65,6 +75,15 @@ TEST_F(LeafCopyTest, CopyOfAHostsDomainValueIsOfItsClassAndKeepsItsLabelAndPlace
     ASSERT_FALSE(Handle<OwningDomainValue>(pCopy).isNull());
     pValue->setValue(DoubleVector{3.0});
     EXPECT_EQ(evaluated(*pCopy), (Values{1.0, 2.0}));
+}
+
+TEST_F(LeafCopyTest, CopyOfADomainValueIsMadeByItsClassAndPointsAtTheSameVector) {
+    const DoubleVector vValue{1.0, 2.0};
+    const Handle<TaggedDomainValue> pValue(new TaggedDomainValue(vValue));
+    expectLabelsCopied(*pValue);
+    const Handle<TaggedDomainValue> pCopy(pValue->copy());
+    ASSERT_FALSE(pCopy.isNull());
+    EXPECT_TRUE(pCopy->pointsAt(vValue));
 }
 
 TEST_F(LeafCopyTest, CopyOfAnOperatorKeepsTheLabelsAndPlacesOfItsArguments) {

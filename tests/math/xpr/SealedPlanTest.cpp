@@ -148,6 +148,38 @@ TEST(SealedPlanTest, GivesTheFlagsAndValuesOfTheWalkWhateverTheHostDoes) {
     compareOverSeeds(RandomScript::Failures::Some, Actions::OfAnyHost);
 }
 
+TEST(SealedPlanTest, WhoReadsTheLogSeesInputsReadInTheOrderOfTheWalk) {
+    PlanTwins twins("inputvar a\ninputvar b\ninputvar c\nq = b - a\nr = {a + b, 1 / a + c}\n",
+                    {"q", "r"});
+    const DoubleVector vOne{1.0};
+    const DoubleVector vTwo{2.0};
+    const DoubleVector vZero{0.0};
+    const auto evaluateFrame = [&](int in_iFrame, const DoubleVector& in_vA, bool in_bLogged) {
+        return twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
+            const LogCapture log(in_bLogged ? Testing::DomainValueLogger : "nobody",
+                                 log4cplus::DEBUG_LOG_LEVEL);
+            const DoubleVector* const pOther = in_iFrame % 2 == 0 ? &vOne : &vTwo;
+            inout_Run.getEvaluator().getVariable("s.a")->setValue(in_vA);
+            inout_Run.getEvaluator().getVariable("s.b")->setValue(*pOther);
+            inout_Run.getEvaluator().getVariable("s.c")->setValue(vTwo);
+            std::string strSeen;
+            for (const std::size_t uiNode : {1U, 0U}) {
+                strSeen += PlanTwins::evaluate(*in_vNodes[uiNode]) + '\n';
+            }
+            for (const std::string& strLine : log.messages(log4cplus::DEBUG_LOG_LEVEL)) {
+                const std::size_t uiValue = strLine.find(" val=");
+                strSeen += uiValue == std::string::npos ? "" : strLine.substr(uiValue) + '\n';
+            }
+            return strSeen;
+        });
+    };
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        ASSERT_EQ(evaluateFrame(iFrame, vOne, iFrame % 4 > 1), "") << iFrame;
+    }
+    EXPECT_EQ(evaluateFrame(0, vZero, true), "");
+    EXPECT_EQ(evaluateFrame(1, vTwo, true), "");
+}
+
 TEST(SealedPlanTest, FewReadersFarApartAreToldOfAChangeEach) {
     std::string strScript = "inputvar x\ninputvar z\nf0 = x * 2 + 1\nf1 = x + 3 - x * 4\n";
     for (int i = 2; i != 400; ++i) {

@@ -1,3 +1,4 @@
+#include <velmora/math/xpr/ScriptFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
 
 #include <velmora/math/xpr/ExpressionImplCopier.h>
@@ -354,6 +355,34 @@ TEST_F(VariableImplTest, ValuesReplacedOneAfterTheOtherLeaveNothingDeadBehind) {
     // The second pointer still leads to the first domain value.
     EXPECT_TRUE(target.setValue(vSecond));
     EXPECT_EQ(evaluated(*pVariable), Values{7.0});
+}
+
+TEST_F(VariableImplTest, ValuesReplacedFrameByFrameDontPileUp) {
+    const auto pVariable = variable();
+    const Handle<ScriptFunctionImpl> pFunction(new ScriptFunctionImpl("f"));
+    std::vector<Handle<RecordingNode>> vValues;
+    std::vector<Handle<RecordingNode>> vBodies;
+    for (int i = 0; i != 10; ++i) {
+        vValues.push_back(node(i));
+        vBodies.push_back(node(i));
+        if (i == 0) {
+            Variable& target = *pVariable;
+            target.setValue(Handle<Expression>(vValues.back()));
+            pFunction->setImplementation(Handle<Expression>(vBodies.back()));
+        } else {
+            vValues[vValues.size() - 2]->replace(Handle<ExpressionBaseImpl>(vValues.back()));
+            vBodies[vBodies.size() - 2]->replace(Handle<ExpressionBaseImpl>(vBodies.back()));
+        }
+        pVariable->invalidate();
+        pFunction->invalidate();
+        EXPECT_EQ(evaluated(*pVariable), Values{static_cast<double>(i)});
+        EXPECT_EQ(evaluated(*pFunction), Values{static_cast<double>(i)});
+    }
+    // The last but one may still be held: the cached pointer led there.
+    for (std::size_t ui = 0; ui + 2 != vValues.size(); ++ui) {
+        EXPECT_EQ(vValues[ui].getReferenceCount(), 1u) << ui;
+        EXPECT_EQ(vBodies[ui].getReferenceCount(), 1u) << ui;
+    }
 }
 
 TEST_F(VariableImplTest, FailureBehindANewValueGivesNoPointerIntoTheOld) {

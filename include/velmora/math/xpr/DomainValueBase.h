@@ -38,6 +38,10 @@ protected:
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
     bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
 
+    /// What `copy_i` makes: a node of this class with that value.
+    Handle<ExpressionBaseImpl> copyWith(const DoubleVector& in_vValue,
+                                        ExpressionImplCopier& inout_Copier) const;
+
     /// The next getName builds the name anew.
     void forgetName() { m_bNameBuilt = false; }
 

@@ -30,6 +30,10 @@ protected:
 
 private:
     friend class DomainValueKeeper;
+    friend class SealedPlan;
+
+    /// Does anybody read the lines of `getValue`?
+    static bool areReadsLogged();
 
     LimitedObjPtr<const DoubleVector> m_pVector;
 };

@@ -239,6 +239,11 @@ protected:
         return in_Node.m_pValue == in_pValue;
     }
 
+    /// Does the cached pointer lead where the other node's does?
+    bool hasValueOf(const ExpressionBaseImpl& in_Node) const {
+        return isValueOf(in_Node, m_pValue);
+    }
+
     /// A handle of this node out of a parent's children, for what may take the last handle away
     /// beneath a running operation; null if no parent has one.
     Handle<ExpressionBaseImpl> holdByParent() const;

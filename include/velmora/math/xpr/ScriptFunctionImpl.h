@@ -50,7 +50,7 @@ private:
     Handle<ExpressionBaseImpl> m_pImplementation;
     /// The bodies before each `replaceChild` on a valid function: its cached pointer leads into one
     /// of them.
-    std::vector<Handle<ExpressionBaseImpl>> m_vFormerImplementations;
+    Handle<ExpressionBaseImpl> m_pFormerImplementation;
 };
 
 } // namespace Velmora::Math::Xpr

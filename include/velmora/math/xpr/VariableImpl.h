@@ -72,9 +72,9 @@ private:
     struct Extras {
         /// Owned, since a `replaceChild` doesn't reach it.
         Handle<DomainValueNoCopyImpl> m_pDomainValue;
-        /// The values before each `replaceChild` on a valid variable: its cached pointer leads into
-        /// one of them.
-        std::vector<Handle<ExpressionBaseImpl>> m_vFormerValues;
+        /// The value that the cached pointer leads into, if a `replaceChild` on the valid variable
+        /// has taken its place.
+        Handle<ExpressionBaseImpl> m_pFormerValue;
     };
     std::unique_ptr<Extras> m_pExtras;
 };
