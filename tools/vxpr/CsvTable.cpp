@@ -2,16 +2,20 @@
 
 #include "Failure.h"
 #include "NumberText.h"
+#include "PrintableText.h"
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 namespace Vxpr {
 
 namespace {
 
+constexpr const char* TIME = "time";
+
 std::string_view trim(std::string_view in_strText) {
-    constexpr const char* BLANKS = " \t\"";
+    constexpr const char* BLANKS = " \t";
     const std::size_t uiBegin = in_strText.find_first_not_of(BLANKS);
     if (uiBegin == std::string_view::npos) {
         return {};
@@ -19,13 +23,38 @@ std::string_view trim(std::string_view in_strText) {
     return in_strText.substr(uiBegin, in_strText.find_last_not_of(BLANKS) - uiBegin + 1);
 }
 
-char chooseSeparator(const std::string& in_strLine) {
+std::string_view unquote(std::string_view in_strCell) {
+    const std::string_view strCell = trim(in_strCell);
+    const bool bQuoted = strCell.size() > 1 && strCell.front() == '"' && strCell.back() == '"';
+    return bQuoted ? trim(strCell.substr(1, strCell.size() - 2)) : strCell;
+}
+
+/// Where the first cell ends; a separator between quotes belongs to the cell. Nothing if a quote
+/// isn't closed.
+std::optional<std::size_t> findCellEnd(std::string_view in_strText, char in_cSeparator) {
+    bool bQuoted = false;
+    for (std::size_t uiOffset = 0; uiOffset < in_strText.size(); ++uiOffset) {
+        if (in_strText[uiOffset] == '"') {
+            bQuoted = !bQuoted;
+        } else if (!bQuoted && in_strText[uiOffset] == in_cSeparator) {
+            return uiOffset;
+        }
+    }
+    return bQuoted ? std::nullopt : std::optional(in_strText.size());
+}
+
+char chooseSeparator(std::string_view in_strLine) {
     for (const char cSeparator : {',', ';', '\t'}) {
-        if (in_strLine.find(cSeparator) != std::string::npos) {
+        if (findCellEnd(in_strLine, cSeparator).value_or(in_strLine.size()) < in_strLine.size()) {
             return cSeparator;
         }
     }
     return ' ';
+}
+
+bool beginsAsNumber(std::string_view in_strCell) {
+    constexpr std::string_view BEGINNINGS = "0123456789+-.";
+    return !in_strCell.empty() && BEGINNINGS.find(in_strCell.front()) != std::string_view::npos;
 }
 
 /// Whether a column of that name holds the input, or one element of it.
@@ -50,15 +79,28 @@ CsvTable::CsvTable(const std::string& in_strInput, const std::string& in_strPath
         m_strLine.erase(0, BYTE_ORDER_MARK.size());
     }
     split();
-    const bool bHeader =
-        std::any_of(m_vCells.begin(), m_vCells.begin() + static_cast<std::ptrdiff_t>(m_uiCells),
-                    [](const std::string& in_strCell) {
-                        return !in_strCell.empty() && !readNumber(in_strCell);
-                    });
+    const bool bHeader = isHeader(in_strInput);
     if (bHeader) {
         readHeader(in_strInput);
     }
     m_bPending = !bHeader;
+}
+
+/// A faulty row of numbers must not pass for a header: that would lose a frame.
+bool CsvTable::isHeader(const std::string& in_strInput) const {
+    const auto iteEnd = m_vCells.begin() + static_cast<std::ptrdiff_t>(m_uiCells);
+    const auto hasCell = [&](const auto& in_Test) {
+        return std::any_of(m_vCells.begin(), iteEnd, in_Test);
+    };
+    // Beside these, a column may be called after a script whose name begins with a digit.
+    if (hasCell([&](const std::string& in_strCell) {
+            return in_strCell == TIME || isColumnOf(in_strInput, in_strCell);
+        })) {
+        return true;
+    }
+    return !hasCell(beginsAsNumber) && hasCell([](const std::string& in_strCell) {
+        return !in_strCell.empty() && !readNumber(in_strCell);
+    });
 }
 
 bool CsvTable::readLine() {
@@ -81,15 +123,18 @@ void CsvTable::split() {
         strRest = trim(strRest);
     }
     for (;;) {
-        const std::size_t uiEnd = strRest.find(m_cSeparator);
+        const auto end = findCellEnd(strRest, m_cSeparator);
+        if (!end) {
+            fail("a quote in column " + std::to_string(m_uiCells + 1) + " isn't closed");
+        }
         if (m_uiCells == m_vCells.size()) {
             m_vCells.emplace_back();
         }
-        m_vCells[m_uiCells++] = trim(strRest.substr(0, uiEnd));
-        if (uiEnd == std::string_view::npos) {
+        m_vCells[m_uiCells++] = unquote(strRest.substr(0, *end));
+        if (*end == strRest.size()) {
             return;
         }
-        strRest.remove_prefix(uiEnd + 1);
+        strRest.remove_prefix(*end + 1);
         while (m_cSeparator == ' ' && !strRest.empty() && strRest.front() == ' ') {
             strRest.remove_prefix(1);
         }
@@ -102,7 +147,7 @@ void CsvTable::readHeader(const std::string& in_strInput) {
     for (std::size_t uiCell = 0; uiCell < m_uiCells; ++uiCell) {
         if (isColumnOf(in_strInput, m_vCells[uiCell])) {
             m_vChosen.push_back(uiCell);
-        } else if (m_vCells[uiCell] != "time") {
+        } else if (m_vCells[uiCell] != TIME) {
             vOthers.push_back(uiCell);
         }
     }
@@ -137,8 +182,8 @@ bool CsvTable::next(std::vector<double>& out_vRow) {
         }
         const auto value = readNumber(m_vCells[uiCell]);
         if (!value) {
-            fail("'" + m_vCells[uiCell] + "' in column " + std::to_string(uiCell + 1) +
-                 " is no number");
+            fail("'" + makePrintable(m_vCells[uiCell]) + "' in column " +
+                 std::to_string(uiCell + 1) + " is no number");
         }
         out_vRow.push_back(*value);
         uiUsed = out_vRow.size();

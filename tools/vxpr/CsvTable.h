@@ -8,9 +8,11 @@ namespace Vxpr {
 /// A table of separated values: a row a line, its values divided by commas, or else by semicolons,
 /// tabs or blanks.
 ///
-/// A first line that isn't made of numbers is a header. A header that has columns called after the
-/// input, as `bands` or `bands[0]`, `bands[1]`, chooses those; otherwise every column but `time`
-/// counts. Empty cells at the end of a row make it shorter, any other reads as not-a-number.
+/// A first line without numbers, or with a column `time` or one of the input's, is a header. A
+/// header that has columns called after the input, as `bands` or `bands[0]`, `bands[1]`, chooses
+/// those; otherwise every column but `time` counts. Empty cells at the end of a row make it
+/// shorter, any other reads as not-a-number. Quotes around a cell don't count, but what separates
+/// others is part of it.
 class CsvTable : public InputTable {
 public:
     CsvTable(const std::string& in_strInput, const std::string& in_strPath);
@@ -18,6 +20,7 @@ public:
     bool next(std::vector<double>& out_vRow) override;
 
 private:
+    bool isHeader(const std::string& in_strInput) const;
     bool readLine();
     void split();
     void readHeader(const std::string& in_strInput);

@@ -1,5 +1,7 @@
 #include "DiagnosticPrinter.h"
 
+#include "PrintableText.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -7,7 +9,6 @@ namespace Vxpr {
 
 namespace {
 
-constexpr std::size_t TAB_STOP = 4;
 /// Of a longer line a part around the caret is shown.
 constexpr std::size_t LONGEST_LINE = 160;
 constexpr std::size_t SHOWN_AHEAD = 100;
@@ -22,19 +23,6 @@ const char* toWord(Diagnostic::Severity in_Severity) {
         break;
     }
     return "note";
-}
-
-/// Tabs become blanks, and what a terminal would act upon becomes a question mark.
-std::string makePrintable(std::string_view in_strLine) {
-    std::string strLine;
-    for (const char c : in_strLine) {
-        if (c == '\t') {
-            strLine.append(TAB_STOP - strLine.size() % TAB_STOP, ' ');
-        } else {
-            strLine.push_back(static_cast<unsigned char>(c) < 0x20 || c == 0x7f ? '?' : c);
-        }
-    }
-    return strLine;
 }
 
 /// How wide a text is on a UTF-8 terminal, as far as the count of its characters tells.

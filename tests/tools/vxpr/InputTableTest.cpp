@@ -60,6 +60,12 @@ const std::vector<Case> CASES = {
     {"a header with the input's name", "time,a,pitch\n0,1,2\n", {{2}}},
     {"a header with elements of the input", "pitch[0],a,pitch[1]\n0,1,2\n", {{0, 2}}},
     {"a header with a byte-order mark", "\xef\xbb\xbfpitch\n1\n", {{1}}},
+    {"a header with a column that begins with a digit", "time,8k.time\n0,1\n", {{1}}},
+    {"a header with the input's name among others", "1st,pitch\n0,1\n", {{1}}},
+    {"a header that has what may be a number", "nan,a\n0,1\n", {{0, 1}}},
+    {"a header with a separator between quotes", "time,\"a,b\",\"pitch\"\n0,1,2\n", {{2}}},
+    {"other separators between quotes", "\"a,b\";c\n1;2\n", {{1, 2}}},
+    {"an infinite first row", "inf,-inf\n", {{HUGE_VAL, -HUGE_VAL}}},
     {"a header alone", "pitch\n", {}},
     {"rows of several sizes", "1\n1,2\n", {{1}, {1, 2}}},
     {"empty cells at the end", "1,2,3\n4,,\n", {{1, 2, 3}, {4}}},
@@ -100,6 +106,43 @@ TEST(InputTableTest, ACellThatIsNoNumberIsNamedByLineAndColumn) {
     const ScratchDirectory scratch;
     EXPECT_THAT(failToRead(scratch.write("table.csv", "a,b\n1,2\n\n3,x\n")),
                 HasSubstr("line 4: 'x' in column 2 is no number"));
+}
+
+TEST(InputTableTest, AFaultyFirstRowIsNoHeader) {
+    const ScratchDirectory scratch;
+    for (const char* szCell : {"1x", "1e400", "-", ".x", "+a", "1;5", "\"3,5\""}) {
+        EXPECT_THAT(failToRead(scratch.write("table.csv", std::string(szCell) + ",2\n2,3\n")),
+                    HasSubstr("line 1: '"))
+            << szCell;
+    }
+    EXPECT_THAT(failToRead(scratch.write("table.csv", "x,2\n2,3\n")),
+                HasSubstr("line 1: 'x' in column 1 is no number"));
+}
+
+TEST(InputTableTest, AFirstRowThatIsNotANumberCounts) {
+    const ScratchDirectory scratch;
+    EXPECT_EQ(readAll(scratch.write("table.csv", "nan\n1\n")).size(), 2U);
+}
+
+TEST(InputTableTest, ASeparatorBetweenQuotesDoesntDivide) {
+    const ScratchDirectory scratch;
+    EXPECT_THAT(failToRead(scratch.write("table.csv", "1,2\n\"3,5\",4\n")),
+                HasSubstr("line 2: '3,5' in column 1 is no number"));
+}
+
+TEST(InputTableTest, AQuoteThatIsntClosedIsRefused) {
+    const ScratchDirectory scratch;
+    for (const char* szRow : {"3,\"5", "3,5\"", "3, \"5 ,4"}) {
+        EXPECT_THAT(failToRead(scratch.write("table.csv", std::string("1,2\n") + szRow + "\n")),
+                    HasSubstr("line 2: a quote in column 2 isn't closed"))
+            << szRow;
+    }
+}
+
+TEST(InputTableTest, BytesThatATerminalActsUponAreNotShown) {
+    const ScratchDirectory scratch;
+    EXPECT_THAT(failToRead(scratch.write("table.csv", std::string("1\nq\0r\x1b[2J\n", 10))),
+                HasSubstr("line 2: 'q?r?[2J' in column 1 is no number"));
 }
 
 TEST(InputTableTest, ARowThatIsLongerThanTheHeaderIsRefused) {
