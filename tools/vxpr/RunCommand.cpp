@@ -26,10 +26,11 @@ INPUTS
     spectrum  the power spectrum of the frame under a Hann window: N/2 + 1 values for a frame of N
               samples, from 0 Hz to half the sample rate. A sinusoid of amplitude A shows as A*A/2.
   Any other needs --input NAME=FILE, a table with a row for each frame: CSV (numbers divided by
-  commas, semicolons, tabs or blanks; a header may name the columns, and then those called NAME or
-  NAME[0], NAME[1]... are taken, otherwise all but `time`), or a NumPy array file (.npy). A table
-  that was written by vxpr can be read back. Inputs of one name in several scripts get one value.
-  Without -i, the tables of all inputs make up the frames.
+  commas, semicolons, tabs or blanks; a first row without numbers is a header, and then the columns
+  called NAME or NAME[0], NAME[1]... are taken, otherwise all but `time`), or a NumPy array file
+  (.npy). A CSV table that was written by vxpr can be read back, unlike its tables of other formats.
+  Inputs of one name in several scripts get one value. Without -i, the tables of all inputs make up
+  the frames.
 
 FRAMES
   A frame or hop is a time (20ms, 0.02s), rounded to whole samples, or a number of samples (160).
