@@ -47,6 +47,13 @@ InputFeed::InputFeed(const std::vector<FeatureGraph::Node*>& in_vInputs, const T
             reportMissing(input, pNode->getName());
         }
     }
+    // A table that no feature reads has its rows, too, and they may be all that makes up frames.
+    for (const auto& [strName, strPath] : in_Tables) {
+        Input& input = findInput(strName);
+        if (input.m_vVariables.empty()) {
+            choose(input, in_Tables);
+        }
+    }
 }
 
 InputFeed::~InputFeed() = default;

@@ -25,8 +25,9 @@ public:
     /// Paths of tables by the names of inputs.
     using Tables = std::map<std::string, std::string>;
 
-    /// in_vInputs are the variables to feed; they and in_Frames outlive the feed. Throws a Failure
-    /// for a table that can't be used. A variable that nothing feeds is reported to the printer.
+    /// in_vInputs are the variables to feed; they and in_Frames outlive the feed. Every table is
+    /// opened and goes along, also if none of them is called so. Throws a Failure for a table that
+    /// can't be used. A variable that nothing feeds is reported to the printer.
     InputFeed(const std::vector<FeatureGraph::Node*>& in_vInputs, const Tables& in_Tables,
               const FrameSource& in_Frames, ScriptLibrary& in_Library,
               DiagnosticPrinter& inout_Printer);

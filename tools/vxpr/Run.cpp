@@ -1,18 +1,23 @@
 #include "Run.h"
 
 #include "CsvWriter.h"
+#include "EngineLog.h"
 #include "Failure.h"
 #include "FeatureSelection.h"
 #include "JsonLinesWriter.h"
 #include "NpyWriter.h"
 #include "NumberText.h"
 #include "Progress.h"
+#include "ScriptInventory.h"
+#include "Suggestion.h"
 #include "TableFrames.h"
 #include "TextList.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <set>
 
 namespace Vxpr {
 
@@ -57,6 +62,41 @@ void Run::checkPaths() const {
     }
 }
 
+/// The names of the inputs that the script, and those that it uses, declare.
+std::vector<std::string> Run::findInputs() {
+    std::set<std::string> setInputs;
+    for (const std::string& strScript : m_Library.getNames()) {
+        const ScriptText* pScript = m_Library.find(strScript);
+        if (pScript == nullptr) {
+            continue;
+        }
+        const ScriptInventory inventory(*pScript);
+        for (const Definition& definition : inventory.getDefinitions()) {
+            if (definition.m_Kind == Definition::Kind::Input) {
+                setInputs.insert(definition.m_strName);
+            }
+        }
+    }
+    // What there is to say of the scripts has been said when they were loaded.
+    EngineLog::take();
+    return {setInputs.begin(), setInputs.end()};
+}
+
+void Run::checkTables() {
+    if (m_Options.m_Tables.empty()) {
+        return;
+    }
+    const std::vector<std::string> vInputs = findInputs();
+    for (const auto& [strName, strPath] : m_Options.m_Tables) {
+        if (std::find(vInputs.begin(), vInputs.end(), strName) == vInputs.end()) {
+            throw Failure::ofCommandLine(
+                "--input " + strName + "=" + strPath + " feeds nothing: the script declares " +
+                (vInputs.empty() ? "no input" : "only " + join(vInputs, ", ") + " by `inputvar`") +
+                suggestInWords(strName, vInputs));
+        }
+    }
+}
+
 std::unique_ptr<TableWriter> Run::makeWriter(Output& in_Output) const {
     switch (m_Options.m_Format) {
     case Format::JsonLines:
@@ -79,6 +119,7 @@ ExitStatus Run::execute() {
     if (!script.load()) {
         throw ReportedFailure();
     }
+    checkTables();
     const FeatureSelection selection(script, m_Options.m_vFeatures);
     m_vColumns = selection.getColumnNames();
     FeatureRow row(script, selection.getNames(), m_Printer);

@@ -43,6 +43,8 @@ public:
 
 private:
     void checkPaths() const;
+    std::vector<std::string> findInputs();
+    void checkTables();
     std::unique_ptr<TableWriter> makeWriter(Output& in_Output) const;
     std::uint64_t evaluateFrames(FrameSource& inout_Frames, InputFeed& inout_Feed,
                                  FeatureRow& inout_Row, Table& inout_Table, Output& inout_Output);

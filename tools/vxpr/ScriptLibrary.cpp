@@ -16,6 +16,17 @@ void ScriptLibrary::addFile(const std::string& in_strPath) {
     m_mapPaths.emplace(strPath.substr(uiName, strPath.rfind('.') - uiName), strPath);
 }
 
+std::set<std::string> ScriptLibrary::getNames() const {
+    std::set<std::string> setNames;
+    for (const auto& [strName, script] : m_mapTexts) {
+        setNames.insert(strName);
+    }
+    for (const auto& [strName, strPath] : m_mapPaths) {
+        setNames.insert(strName);
+    }
+    return setNames;
+}
+
 const ScriptText* ScriptLibrary::find(const std::string& in_strName) {
     const auto iteText = m_mapTexts.find(in_strName);
     if (iteText != m_mapTexts.end()) {

@@ -3,6 +3,7 @@
 #include "ScriptText.h"
 
 #include <map>
+#include <set>
 #include <string>
 
 namespace Vxpr {
@@ -16,6 +17,9 @@ public:
     /// A script that the engine has opened; its text is read when somebody asks for it. A name that
     /// is known already keeps its text.
     void addFile(const std::string& in_strPath);
+
+    /// The names of all scripts.
+    std::set<std::string> getNames() const;
 
     /// The script of that name, null if none was opened or it can't be read any more.
     const ScriptText* find(const std::string& in_strName);

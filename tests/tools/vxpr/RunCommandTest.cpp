@@ -142,6 +142,32 @@ TEST_F(RunCommandTest, TablesThatDisagreeAboutTheirEndAreRefused) {
     EXPECT_THAT(m_Scratch.list(), Not(testing::Contains("o.csv")));
 }
 
+TEST_F(RunCommandTest, ATableThatNoFeatureReadsMakesUpFrames) {
+    EXPECT_EQ(runOverTable("inputvar x\na = 1\n", "5\n6\n").m_strOutput, "time,a\n0,1\n1,1\n");
+}
+
+TEST_F(RunCommandTest, ATableThatNoFeatureReadsMustBeThere) {
+    const ProcessResult result =
+        runVxpr({"run", writeScript("inputvar frame\ninputvar x\na = max(frame)\n"), "-i",
+                 writeRamp(160), "--input", "x=" + m_Scratch.getPath("no.csv")});
+    EXPECT_EQ(result.m_iStatus, 1);
+    EXPECT_THAT(result.m_strErrors, HasSubstr("check the path after --input"));
+}
+
+TEST_F(RunCommandTest, ATableForAnInputOfAnotherScriptIsTaken) {
+    m_Scratch.write("other.xpr", "inputvar pitch\nlow = pitch - 1\n");
+    EXPECT_EQ(runVxpr({"run", writeScript("a = other.low\n"), "--input",
+                       "pitch=" + m_Scratch.write("p.csv", "3\n")})
+                  .m_strOutput,
+              "time,a\n0,2\n");
+}
+
+TEST_F(RunCommandTest, ATableForNothingIsRefusedAlsoWithoutInputs) {
+    const ProcessResult result = runOverTable("a = 1\n", "5\n");
+    EXPECT_EQ(result.m_iStatus, 2);
+    EXPECT_THAT(result.m_strErrors, HasSubstr("the script declares no input"));
+}
+
 TEST_F(RunCommandTest, ATableThatEndsAheadOfTheRecordingIsRefused) {
     const ProcessResult result =
         runVxpr({"run", writeScript("inputvar frame\ninputvar x\na = x + max(frame)\n"), "-i",
@@ -309,6 +335,10 @@ INSTANTIATE_TEST_SUITE_P(
                     CommandLine{{"-i", "WAVE", "--rate", "9999999"}, "more than 256 times apart"},
                     CommandLine{{"-i", "WAVE", "--input", "x"}, "such as --input pitch=pitch.csv"},
                     CommandLine{{"-i", "WAVE", "--input", "x=a", "--input", "x=b"}, "given twice"},
+                    CommandLine{{"-i", "WAVE", "--input", "zzz=no.csv"},
+                                "--input zzz=no.csv feeds nothing: the script declares only "
+                                "frame, x by `inputvar`"},
+                    CommandLine{{"-i", "WAVE", "--input", "X=a"}, "did you mean `x`?"},
                     CommandLine{{"--input", "x=a", "--hop", "5"}, "as a time, such as 20ms"},
                     CommandLine{{"-i", "WAVE", "-I", "/no/such/place"}, "no such directory"},
                     CommandLine{{"-i", "WAVE", "--format", "xml"}, "csv"},
