@@ -6,9 +6,9 @@
 #include "FeatureSelection.h"
 #include "LinkedScript.h"
 #include "LogOption.h"
+#include "Output.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace Vxpr {
 
@@ -46,6 +46,17 @@ bool configureFeatures(LinkedScript& inout_Script, DiagnosticPrinter& inout_Prin
         bDone = row.checkCalls() && bDone;
     }
     return bDone;
+}
+
+/// False if nobody reads it; the exit status still depends on the scripts that are left.
+bool tell(Output& inout_Output, const std::string& in_strText) {
+    try {
+        inout_Output.append(in_strText);
+        inout_Output.flush();
+        return true;
+    } catch (const BrokenPipe&) {
+        return false;
+    }
 }
 
 } // namespace
@@ -92,14 +103,15 @@ ExitStatus CheckCommand::execute() const {
         throw Failure::ofCommandLine("only one script can come through the standard input");
     }
     ExitStatus status = ExitStatus::Done;
+    Output output("-");
+    bool bWanted = !m_bQuiet;
     for (const std::string& strPath : m_vScripts) {
         if (!check(strPath)) {
             status = ExitStatus::DataAtFault;
-        } else if (!m_bQuiet) {
-            std::printf("%s: no faults\n", strPath.c_str());
+        } else if (bWanted) {
+            bWanted = tell(output, strPath + ": no faults\n");
         }
     }
-    std::fflush(stdout);
     return status;
 }
 

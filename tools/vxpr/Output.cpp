@@ -154,9 +154,11 @@ void Output::failToWrite(int in_iError) const {
         throw BrokenPipe();
     }
     const std::string strName = m_bStandardOutput ? "the standard output" : "'" + m_strPath + "'";
-    std::string strAdvice = "choose another place with -o";
+    // Not every command has -o.
+    std::string strAdvice =
+        m_bStandardOutput ? "send it to another place" : "choose another place with -o";
     if (in_iError == ENOSPC || in_iError == EDQUOT) {
-        strAdvice = "free some space or choose another place with -o";
+        strAdvice.insert(0, "free some space or ");
     }
     throw Failure::ofData("can't write " + strName + ": " + std::strerror(in_iError) + "; " +
                           strAdvice);

@@ -55,6 +55,27 @@ TEST_F(CheckCommandTest, EveryScriptIsChecked) {
     EXPECT_EQ(result.m_iStatus, 1);
 }
 
+TEST_F(CheckCommandTest, AFullDiskIsTold) {
+    ProcessOptions options;
+    options.m_strOutputPath = "/dev/full";
+    const ProcessResult result = runVxpr({"check", writeScript("a = 1\n")}, options);
+    EXPECT_EQ(result.m_strErrors,
+              "vxpr: error: can't write the standard output: No space left on device; free some "
+              "space or send it to another place\n");
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
+TEST_F(CheckCommandTest, FaultsCountAlsoWhereNobodyReadsTheOutput) {
+    ProcessOptions options;
+    options.m_uiOutputWanted = 1;
+    std::vector<std::string> vArguments{"check"};
+    vArguments.insert(vArguments.end(), 20, m_Scratch.write("good.xpr", "a = 1\n"));
+    vArguments.push_back(m_Scratch.write("bad.xpr", "a = b\n"));
+    const ProcessResult result = runVxpr(vArguments, options);
+    EXPECT_THAT(result.m_strErrors, HasSubstr("bad.xpr:1:5: error: `b` isn't defined"));
+    EXPECT_EQ(result.m_iStatus, 1);
+}
+
 TEST_F(CheckCommandTest, AScriptWithoutAnEndIsRefused) {
     const ProcessResult result = runVxpr({"check", "/dev/zero"});
     EXPECT_EQ(result.m_strErrors,
