@@ -2,14 +2,22 @@
 #include "Failure.h"
 #include "GraphCommand.h"
 #include "ListCommand.h"
+#include "Output.h"
+#include "PrintableText.h"
 #include "RunCommand.h"
+#include "Suggestion.h"
+#include "TextList.h"
 
 #include <CLI/CLI.hpp>
 
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <new>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -35,12 +43,37 @@ ExitStatus execute(const Vxpr::RunCommand& in_Run, const Vxpr::CheckCommand& in_
     return in_Check.isAsked() ? in_Check.execute() : in_List.execute();
 }
 
-} // namespace
+/// Without a command the parser doesn't tell what it found in place of one.
+[[noreturn]] void refuseWithoutCommand(const CLI::App& in_App) {
+    std::vector<std::string> vCommands;
+    for (const CLI::App* pCommand : in_App.get_subcommands(nullptr)) {
+        vCommands.push_back(pCommand->get_name());
+    }
+    const std::vector<std::string> vArguments = in_App.remaining();
+    const std::string strFound = vArguments.empty() ? std::string() : vArguments.front();
+    std::string strText = "a command is missing";
+    if (!strFound.empty()) {
+        strText = "`" + Vxpr::makePrintable(strFound) + "` is no " +
+                  (strFound[0] == '-' ? "option of vxpr itself" : "command");
+    }
+    throw Vxpr::Failure::ofCommandLine(
+        strText + "; the commands are " + Vxpr::join(vCommands, ", ") +
+        Vxpr::suggestInWords(strFound, vCommands) + "; run vxpr --help for more information");
+}
 
-int main(int in_iArguments, char** in_pArguments) {
-    // A reader that goes away shows as an error of writing, which is handled where it occurs.
-    std::signal(SIGPIPE, SIG_IGN);
+ExitStatus endParsing(const CLI::App& in_App, const CLI::ParseError& in_Error) {
+    if (in_Error.get_exit_code() != 0 && in_App.get_subcommands().empty()) {
+        refuseWithoutCommand(in_App);
+    }
+    std::ostringstream result;
+    const int iStatus = in_App.exit(in_Error, result, std::cerr);
+    Vxpr::Output output("-");
+    output.append(result.str());
+    output.commit();
+    return iStatus == 0 ? ExitStatus::Done : ExitStatus::CommandLineAtFault;
+}
 
+ExitStatus parseAndExecute(int in_iArguments, char** in_pArguments) {
     CLI::App app("Computes features of sound from scripts of expressions.", "vxpr");
     app.set_version_flag("--version", "vxpr " VXPR_VERSION);
     app.require_subcommand(1);
@@ -51,11 +84,19 @@ int main(int in_iArguments, char** in_pArguments) {
     try {
         app.parse(in_iArguments, in_pArguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? toNumber(ExitStatus::Done)
-                                    : toNumber(ExitStatus::CommandLineAtFault);
+        return endParsing(app, error);
     }
+    return execute(run, check, graph, list);
+}
+
+} // namespace
+
+int main(int in_iArguments, char** in_pArguments) {
+    // A reader that goes away shows as an error of writing, which is handled where it occurs.
+    std::signal(SIGPIPE, SIG_IGN);
+
     try {
-        return toNumber(execute(run, check, graph, list));
+        return toNumber(parseAndExecute(in_iArguments, in_pArguments));
     } catch (const Vxpr::Failure& failure) {
         return report(failure.getStatus(), failure.what());
     } catch (const Vxpr::ReportedFailure&) {

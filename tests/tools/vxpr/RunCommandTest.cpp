@@ -356,9 +356,34 @@ TEST(VxprTest, HelpAndVersionAreResults) {
     }
 }
 
-TEST(VxprTest, WithoutASubcommandTheCommandLineIsAtFault) {
-    EXPECT_EQ(runVxpr({}).m_iStatus, 2);
-    EXPECT_EQ(runVxpr({"frobnicate"}).m_iStatus, 2);
+TEST(VxprTest, AFullDiskIsToldOfHelpAndVersion) {
+    ProcessOptions options;
+    options.m_strOutputPath = "/dev/full";
+    for (const std::vector<std::string>& vArguments : std::vector<std::vector<std::string>>{
+             {"--help"}, {"--version"}, {"run", "--help"}, {"list"}}) {
+        const ProcessResult result = runVxpr(vArguments, options);
+        EXPECT_EQ(result.m_iStatus, 1) << vArguments[0];
+        EXPECT_THAT(result.m_strErrors,
+                    HasSubstr("can't write the standard output: No space left on device"))
+            << vArguments[0];
+    }
+}
+
+TEST(VxprTest, WithoutACommandTheCommandLineIsAtFault) {
+    const ProcessResult result = runVxpr({});
+    EXPECT_EQ(result.m_iStatus, 2);
+    EXPECT_THAT(result.m_strErrors,
+                HasSubstr("a command is missing; the commands are run, check, graph, list"));
+}
+
+TEST(VxprTest, AWordThatIsNoCommandIsNamed) {
+    const ProcessResult word = runVxpr({"rnu", "x.xpr"});
+    EXPECT_EQ(word.m_iStatus, 2);
+    EXPECT_THAT(word.m_strErrors, HasSubstr("`rnu` is no command; the commands are run, check, "
+                                            "graph, list; did you mean `run`?"));
+    const ProcessResult option = runVxpr({"--loud"});
+    EXPECT_EQ(option.m_iStatus, 2);
+    EXPECT_THAT(option.m_strErrors, HasSubstr("`--loud` is no option of vxpr itself"));
 }
 
 } // namespace Vxpr
