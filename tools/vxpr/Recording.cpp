@@ -1,6 +1,7 @@
 #include "Recording.h"
 
 #include "Failure.h"
+#include "TextList.h"
 
 #include <fcntl.h>
 #include <sndfile.h>
@@ -124,6 +125,7 @@ void Recording::openFile(const Options& in_Options) {
             throw Failure::ofData(m_strName + " is a directory; name the recording in it");
         }
         m_bLive = !S_ISREG(status.st_mode);
+        m_uiFileSize = m_bLive ? 0 : static_cast<std::uint64_t>(status.st_size);
     }
 }
 
@@ -150,6 +152,9 @@ void Recording::readHeader(const Options& in_Options) {
                                    uiFrames < LARGEST_HONEST_SIZE / uiFrameSize
                              : uiFrames < LONGEST_SOUND;
     m_uiLength = uiFrames;
+    if (in_Options.m_RawFormat && uiFrameSize != 0) {
+        m_uiBytesLeftOver = static_cast<std::size_t>(m_uiFileSize % uiFrameSize);
+    }
     if (m_bLengthKnown && uiFrameSize != 0) {
         // The last frame that is there may be there in part.
         m_uiLength += (findMissingBytes(readLog(m_pSound)) + uiFrameSize - 1) / uiFrameSize;
@@ -221,6 +226,11 @@ void Recording::mixDown(double* out_pSamples, std::size_t in_uiCount) const {
 }
 
 std::string Recording::describeTruncation() const {
+    if (m_uiBytesLeftOver != 0) {
+        return m_strName + " ends within a sample, of which there " +
+               (m_uiBytesLeftOver == 1 ? "is " : "are ") + count(m_uiBytesLeftOver, "byte") +
+               "; check the format after --raw";
+    }
     if (!m_bLengthKnown || m_uiPosition >= m_uiLength) {
         return {};
     }

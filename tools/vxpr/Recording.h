@@ -38,7 +38,7 @@ public:
     std::uint64_t getPosition() const { return m_uiPosition; }
 
     /// What is wrong with the end of the sound once all of it has been read: empty if the sound is
-    /// as long as its header promises.
+    /// as long as its header promises, and has no part of a sample at its end.
     std::string describeTruncation() const;
 
     /// The name to call the recording by in messages.
@@ -59,8 +59,10 @@ private:
     int m_iChannel = 0;
     bool m_bLive = false;
     bool m_bLengthKnown = false;
-    std::uint64_t m_uiLength = 0; ///< the length that the header promises
+    std::uint64_t m_uiFileSize = 0; ///< 0 if it is live
+    std::uint64_t m_uiLength = 0;   ///< the length that the header promises
     std::uint64_t m_uiPosition = 0;
+    std::size_t m_uiBytesLeftOver = 0; ///< of a sound without a header, behind its last sample
     std::vector<double> m_vInterleaved;
 };
 

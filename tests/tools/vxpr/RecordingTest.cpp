@@ -142,6 +142,23 @@ TEST(RecordingTest, AFileThatEndsEarlyIsNoticed) {
     }
 }
 
+TEST(RecordingTest, ASoundWithoutAHeaderThatEndsWithinASampleIsNoticed) {
+    const ScratchDirectory scratch;
+    const RawFormat format = RawFormat::parse("s16le,8000,2");
+    for (const std::size_t uiLeftOver : {0U, 1U, 3U}) {
+        const std::string strPath = scratch.write("a.raw", std::string(320 + uiLeftOver, '\0'));
+        Recording recording({strPath, format, 0});
+        EXPECT_EQ(readAll(recording).size(), 80U);
+        if (uiLeftOver == 0) {
+            EXPECT_EQ(recording.describeTruncation(), "");
+        } else {
+            EXPECT_THAT(recording.describeTruncation(), HasSubstr("ends within a sample"));
+            EXPECT_THAT(recording.describeTruncation(),
+                        HasSubstr(std::to_string(uiLeftOver) + " byte"));
+        }
+    }
+}
+
 TEST(RecordingTest, AHeaderWithoutALengthIsNoTruncation) {
     const ScratchDirectory scratch;
     const std::string strWhole = scratch.getPath("whole");
