@@ -62,6 +62,11 @@ std::vector<Definition> NameAdvice::readDefinitions(const std::string& in_strScr
 
 std::string NameAdvice::explainQualified(const std::string& in_strScript,
                                          const std::string& in_strName) {
+    const std::string strUnusable = m_Library.findUnusable(in_strScript);
+    if (m_Library.find(in_strScript) == nullptr && !strUnusable.empty()) {
+        return "`" + in_strScript + "." + in_strName + "` can't be reached: '" + strUnusable +
+               "' is there, but is no file that can be read";
+    }
     if (m_Library.find(in_strScript) == nullptr) {
         return "`" + in_strScript + "." + in_strName + "` can't be found: there is no script " +
                in_strScript + ".xpr in " + m_Scope.m_strSearched + "; give its directory with -I";

@@ -18,6 +18,12 @@ public:
     /// is known already keeps its text.
     void addFile(const std::string& in_strPath);
 
+    /// A path that would be a script's, but that the engine can't open although it is there.
+    void addUnusable(const std::string& in_strPath);
+
+    /// The first unusable path for a script of that name; empty if there is none.
+    std::string findUnusable(const std::string& in_strName) const;
+
     /// The names of all scripts.
     std::set<std::string> getNames() const;
 
@@ -27,6 +33,7 @@ public:
 private:
     std::map<std::string, ScriptText> m_mapTexts;
     std::map<std::string, std::string> m_mapPaths;
+    std::map<std::string, std::string> m_mapUnusable;
 };
 
 } // namespace Vxpr

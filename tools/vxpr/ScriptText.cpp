@@ -79,8 +79,8 @@ std::string readFile(const std::string& in_strPath) {
     if (pFile == nullptr) {
         throw Failure::ofData("can't open the script '" + in_strPath +
                               "': " + std::strerror(errno) +
-                              (errno == ENOENT ? "; check the path, with its ending .xpr"
-                                               : "; give the file's readers the right to read it"));
+                              (errno == EACCES ? "; give the file's readers the right to read it"
+                                               : "; check the path, with its ending .xpr"));
     }
     struct Closer {
         std::FILE* m_pFile;

@@ -9,6 +9,10 @@ namespace Vxpr {
 
 namespace {
 
+constexpr const char* NO_COMPARING =
+    "the language has no operators for comparing or for true and false: isGreater(a, b) is 1 where "
+    "a >= b, and if(condition, a, b) chooses";
+
 bool isLineEnd(char in_c) {
     return in_c == '\n' || in_c == '\r';
 }
@@ -151,10 +155,9 @@ std::string StatementScanner::describeMistake(const Token& in_Token, const Token
     const bool bEqualsFollows = !strNext.empty() && strNext[0] == '=';
     if ((std::strchr("<>!=", strMark[0]) != nullptr && bEqualsFollows) || strMark == "&" ||
         strMark == "|" || strMark == "!" || strMark == "?") {
-        return "the language has no operators for comparing or for true and false: isGreater(a, b) "
-               "is 1 where a >= b, and if(condition, a, b) chooses";
+        return NO_COMPARING;
     }
-    if (strMark == "^") {
+    if (strMark == "^" || (strMark == "*" && strNext == "*")) {
         return "there is no power operator: multiply instead, as in x * x";
     }
     if (strMark == "%" || strMark == "'" || strMark == "@" || strMark == "$" || strMark == "~" ||
@@ -183,6 +186,7 @@ std::string StatementScanner::describeMistake(const Token& in_Token, const Token
 
 std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) const {
     const std::vector<Token> vTokens = scan(in_uiBegin, false);
+    bool bParameters = false;
     for (std::size_t uiToken = 0; uiToken < vTokens.size(); ++uiToken) {
         const Token& token = vTokens[uiToken];
         const Token* pBefore = uiToken > 0 ? &vTokens[uiToken - 1] : nullptr;
@@ -196,6 +200,11 @@ std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) 
         } else {
             strText = describeMistake(token, pBefore, pNext);
         }
+        const std::string strToken = getText(token);
+        if (strText.empty() && strToken == ">" && !bParameters) {
+            strText = NO_COMPARING;
+        }
+        bParameters = strToken == "<" || (bParameters && strToken != ">");
         if (!strText.empty()) {
             return Diagnostic{Diagnostic::Severity::Error, toPosition(uiPlace), strText};
         }

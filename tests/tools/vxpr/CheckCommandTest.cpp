@@ -1,5 +1,7 @@
 #include "RunTest.h"
 
+#include <sys/stat.h>
+
 namespace Vxpr {
 
 using namespace Vxpr::TestSupport;
@@ -113,6 +115,19 @@ TEST_F(CheckCommandTest, ANameThatAnotherScriptLacksIsToldWithANearOne) {
                 HasSubstr("s.xpr:2:5: error: `nolib.x` can't be found: there is "
                           "no script nolib.xpr in '" +
                           m_Scratch.getPath()));
+}
+
+TEST_F(CheckCommandTest, WhatIsCalledAsAScriptButIsNoFileIsTold) {
+    ASSERT_EQ(mkdir(m_Scratch.getPath("folder.xpr").c_str(), 0777), 0);
+    ASSERT_EQ(mkfifo(m_Scratch.getPath("pipe.xpr").c_str(), 0666), 0);
+    const ProcessResult result = runVxpr({"check", writeScript("a = folder.x\nb = pipe.x\n")});
+    for (const char* szName : {"folder", "pipe"}) {
+        EXPECT_THAT(result.m_strErrors,
+                    HasSubstr("`" + std::string(szName) + ".x` can't be reached: '" +
+                              m_Scratch.getPath(std::string(szName) + ".xpr") +
+                              "' is there, but is no file that can be read"));
+    }
+    EXPECT_EQ(result.m_iStatus, 1);
 }
 
 TEST_F(CheckCommandTest, NearNamesComeFromDefinitionsInputsArgumentsAndBuiltIns) {
@@ -251,6 +266,12 @@ TEST_F(CheckCommandTest, CommonMistakesAreToldInTheTermsOfTheLanguage) {
              Mistake{"a = (2 ^ 3) + 1\n", "1:8: error: there is no power operator"},
              Mistake{"a = 1\nb = a == 1\n",
                      "2:7: error: the language has no operators for comparing"},
+             Mistake{"inputvar a\nx = a > 2\n",
+                     "2:7: error: the language has no operators for comparing"},
+             Mistake{"inputvar a\nx = energy<8000>(a) > 2\n",
+                     "2:21: error: the language has no operators for comparing"},
+             Mistake{"inputvar a\nx = a ** 2\n", "2:7: error: there is no power operator"},
+             Mistake{"f<n>(x) = slidingWindow<n>(x) x\n", "1:30: error: the definition should end"},
              Mistake{"a = 1\nb = a < 2\n", "values are compared with isGreater(a, b)"},
              Mistake{"a = 5 % 2\n", "1:7: error: `%` has no meaning in a script"},
              Mistake{"a = 1;;\n", "this can't be read as a definition"},

@@ -40,6 +40,12 @@ TEST_F(RunBadInputTest, AScriptThatIsMissing) {
                 "check the path, with its ending .xpr");
 }
 
+TEST_F(RunBadInputTest, AScriptWhoseLinksLeadInACircle) {
+    const std::string strPath = m_Scratch.getPath("circle.xpr");
+    ASSERT_EQ(symlink("circle.xpr", strPath.c_str()), 0);
+    expectFault(strPath, writeRamp(320), "symbolic links; check the path, with its ending .xpr");
+}
+
 TEST_F(RunBadInputTest, AnEmptyScript) {
     expectFault(writeScript(""), writeRamp(320), "defines nothing that has a value of its own");
     expectFault(writeScript("// nothing\n\n"), writeRamp(320), "write a definition such as");
