@@ -31,8 +31,9 @@ public:
     virtual bool evaluate(DoubleVector& out) = 0;
 
     /// Computes the value if it isn't current and hands out a pointer to it, without a copy. The
-    /// vector belongs to a node or to the host; it is good until the next evaluation of the graph.
-    /// Whoever gets it leaves its size as it is: the next frame is written where this one stands.
+    /// vector belongs to a node or to the host, or is the [0] of all inputs that haven't been set;
+    /// it is good until the next evaluation of the graph. Whoever gets it leaves it as it is, its
+    /// size above all: the next frame is written where this one stands.
     /// May hand out null with a true result: a variable or a script function whose value has
     /// failed ever since its first evaluation.
     virtual bool evaluate(LimitedObjPtr<DoubleVector>& out) = 0;
