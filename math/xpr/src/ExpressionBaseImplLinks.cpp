@@ -262,6 +262,29 @@ bool ExpressionBaseImpl::replace(const Handle<ExpressionBaseImpl>& in_pNewExpres
     return true;
 }
 
+void ExpressionBaseImpl::keepFormer(const Handle<ExpressionBaseImpl>& in_pOld,
+                                    FormerNodes& inout_vFormer) const {
+    const auto isOwner = [this](const auto& in_pNode) { return isValueOf(*in_pNode, m_pValue); };
+    // What only passes a value on may let go of the node that has it.
+    Handle<ExpressionBaseImpl> pHolder(in_pOld);
+    Handle<ExpressionBaseImpl> pPassedOn;
+    while (const FormerNodes* const pFormer = pHolder->getFormer(pPassedOn)) {
+        const auto iteOwner = std::find_if(pFormer->begin(), pFormer->end(), isOwner);
+        pHolder = iteOwner == pFormer->end() ? pPassedOn : *iteOwner;
+    }
+    if (isOwner(pHolder)) {
+        inout_vFormer.clear();
+    }
+    if (std::none_of(inout_vFormer.begin(), inout_vFormer.end(), isOwner)) {
+        inout_vFormer.push_back(pHolder);
+    }
+}
+
+const ExpressionBaseImpl::FormerNodes*
+ExpressionBaseImpl::getFormer(Handle<ExpressionBaseImpl>&) const {
+    return nullptr;
+}
+
 Handle<ExpressionBaseImpl> ExpressionBaseImpl::holdByParent() const {
     for (const auto& pParent : m_Parents) {
         for (const auto& pChild : pParent->m_Childs) {

@@ -66,12 +66,10 @@ void ScriptFunctionImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         return;
     }
     if (isValid()) {
-        if (m_pFormerImplementation.isNull() || hasValueOf(*m_pImplementation)) {
-            m_pFormerImplementation = m_pImplementation;
-        }
+        keepFormer(m_pImplementation, m_vFormerImplementations);
     } else {
         forgetValue();
-        m_pFormerImplementation = Handle<ExpressionBaseImpl>();
+        m_vFormerImplementations.clear();
     }
     m_pImplementation = in_pNewChild;
 }
@@ -120,6 +118,15 @@ bool ScriptFunctionImpl::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_v
         out_vInputs.push_back(&*m_pImplementation);
     }
     return true;
+}
+
+const ScriptFunctionImpl::FormerNodes*
+ScriptFunctionImpl::getFormer(Handle<ExpressionBaseImpl>& out_pPassedOn) const {
+    if (m_pImplementation.isNull()) {
+        return nullptr;
+    }
+    out_pPassedOn = m_pImplementation;
+    return &m_vFormerImplementations;
 }
 
 } // namespace Velmora::Math::Xpr

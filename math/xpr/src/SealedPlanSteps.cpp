@@ -309,9 +309,12 @@ inline SealedPlan::Index SealedPlan::computeByProgram(Program& inout_Program, Ne
 
 /// False if the plan can't. `out_uiFailed` is the node that failed, or `PassedOver`.
 inline bool SealedPlan::computeFar(Index in_uiNode, Index& out_uiFailed) {
-    Needs* const pNeeds = findNeeds(in_uiNode);
     // Inputs are read out of their turn, which would show in the log.
-    if (pNeeds == nullptr || DomainValueNoCopyImpl::areReadsLogged()) {
+    if (DomainValueNoCopyImpl::areReadsLogged()) {
+        return false;
+    }
+    Needs* const pNeeds = findNeeds(in_uiNode);
+    if (pNeeds == nullptr) {
         return false;
     }
     Program* const pProgram = pNeeds->findProgram(*this);

@@ -103,13 +103,11 @@ void VariableImpl::replaceChild_i(ExpressionBaseImpl& in_OldChild,
         if (m_pExtras == nullptr) {
             m_pExtras = std::make_unique<Extras>();
         }
-        if (m_pExtras->m_pFormerValue.isNull() || hasValueOf(*m_pValueExpr)) {
-            m_pExtras->m_pFormerValue = m_pValueExpr;
-        }
+        keepFormer(m_pValueExpr, m_pExtras->m_vFormerValues);
     } else {
         forgetValue();
         if (m_pExtras != nullptr) {
-            m_pExtras->m_pFormerValue = Handle<ExpressionBaseImpl>();
+            m_pExtras->m_vFormerValues.clear();
         }
     }
     m_pValueExpr = in_pNewChild;
@@ -160,6 +158,16 @@ bool VariableImpl::getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs
         out_vInputs.push_back(&*m_pValueExpr);
     }
     return true;
+}
+
+const VariableImpl::FormerNodes*
+VariableImpl::getFormer(Handle<ExpressionBaseImpl>& out_pPassedOn) const {
+    static const FormerNodes s_vNone;
+    if (m_pValueExpr.isNull()) {
+        return nullptr;
+    }
+    out_pPassedOn = m_pValueExpr;
+    return m_pExtras == nullptr ? &s_vNone : &m_pExtras->m_vFormerValues;
 }
 
 } // namespace Velmora::Math::Xpr

@@ -385,6 +385,77 @@ TEST_F(VariableImplTest, ValuesReplacedFrameByFrameDontPileUp) {
     }
 }
 
+/// Whether a node, of which the caller holds a handle, has another owner.
+bool isHeld(const Handle<RecordingNode>& in_pNode) {
+    return in_pNode.getReferenceCount() > 1;
+}
+
+// What has taken the place of the value passes on what it passed on itself, and may stop to.
+TEST_F(VariableImplTest, ReplacedValueIsHeldThoughAnotherPassedItOnInBetween) {
+    const Handle<RecordingNode> pOwner = node(2.0);
+    const auto pVariable = variable();
+    const auto pBetween = variable();
+    bind(*pVariable, pOwner);
+    bind(*pBetween, pOwner);
+    evaluated(*pVariable);
+    evaluated(*pBetween);
+    pVariable->replaceChild(*pOwner, Handle<ExpressionBaseImpl>(pBetween), true);
+    pVariable->replaceChild(*pBetween, Handle<ExpressionBaseImpl>(node(3.0)), true);
+    bind(*pBetween, node(4.0));
+    EXPECT_TRUE(pVariable->isValid());
+    EXPECT_TRUE(isHeld(pOwner));
+    EXPECT_EQ(evaluated(*pVariable), Values{2.0});
+    pVariable->invalidate();
+    EXPECT_EQ(evaluated(*pVariable), Values{3.0});
+}
+
+TEST_F(VariableImplTest, ValueBelowAReplacedVariableOrFunctionIsHeld) {
+    const Handle<RecordingNode> pOwner = node(2.0);
+    const auto pBetween = variable();
+    bind(*pBetween, pOwner);
+    const Handle<ScriptFunctionImpl> pFunction(new ScriptFunctionImpl("f"));
+    pFunction->setImplementation(Handle<Expression>(pBetween));
+    const auto pVariable = variable();
+    bind(*pVariable, pFunction);
+    evaluated(*pVariable);
+    pVariable->replaceChild(*pFunction, Handle<ExpressionBaseImpl>(node(3.0)), true);
+    bind(*pBetween, node(4.0));
+    EXPECT_TRUE(isHeld(pOwner));
+    EXPECT_EQ(evaluated(*pVariable), Values{2.0});
+}
+
+/// Hands out a vector of its own each time, and fails from the second time on.
+class TwoVectors : public RecordingNode {
+protected:
+    bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
+        out = m_bFirst ? &m_vFirst : &m_vSecond;
+        const bool bFirst = m_bFirst;
+        m_bFirst = false;
+        return bFirst;
+    }
+
+private:
+    bool m_bFirst = true;
+    DoubleVector m_vFirst{2.0};
+    DoubleVector m_vSecond{5.0};
+};
+
+TEST_F(VariableImplTest, ValueThatFailedBehindAnEarlierOneIsHeldBesideThatOne) {
+    const auto pVariable = variable();
+    const Handle<RecordingNode> pFirst = node(1.0);
+    const Handle<RecordingNode> pFailing(new TwoVectors);
+    bind(*pVariable, pFirst);
+    evaluated(*pVariable);
+    pVariable->replaceChild(*pFirst, Handle<ExpressionBaseImpl>(pFailing), true);
+    pVariable->invalidate();
+    EXPECT_EQ(evaluated(*pVariable), Values{2.0});
+    pFailing->invalidate();
+    EXPECT_EQ(evaluated(*pVariable), Values{2.0});
+    pVariable->replaceChild(*pFailing, Handle<ExpressionBaseImpl>(node(3.0)), true);
+    EXPECT_TRUE(isHeld(pFailing));
+    EXPECT_EQ(evaluated(*pVariable), Values{2.0});
+}
+
 TEST_F(VariableImplTest, FailureBehindANewValueGivesNoPointerIntoTheOld) {
     const auto pVariable = variable();
     const auto pFailing = node();

@@ -239,10 +239,16 @@ protected:
         return in_Node.m_pValue == in_pValue;
     }
 
-    /// Does the cached pointer lead where the other node's does?
-    bool hasValueOf(const ExpressionBaseImpl& in_Node) const {
-        return isValueOf(in_Node, m_pValue);
-    }
+    /// Nodes that a node has read, and holds because its cached pointer leads into one of them.
+    using FormerNodes = std::vector<Handle<ExpressionBaseImpl>>;
+
+    /// For a valid node whose value comes from another that is about to be replaced: holds whatever
+    /// the cached pointer leads into, and, where it is known, nothing else.
+    void keepFormer(const Handle<ExpressionBaseImpl>& in_pOld, FormerNodes& inout_vFormer) const;
+
+    /// The nodes that this one holds like that, and the one that it passes on now; null if it
+    /// passes on none.
+    virtual const FormerNodes* getFormer(Handle<ExpressionBaseImpl>& out_pPassedOn) const;
 
     /// A handle of this node out of a parent's children, for what may take the last handle away
     /// beneath a running operation; null if no parent has one.

@@ -45,12 +45,11 @@ protected:
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
     bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
+    const FormerNodes* getFormer(Handle<ExpressionBaseImpl>& out_pPassedOn) const override;
 
 private:
     Handle<ExpressionBaseImpl> m_pImplementation;
-    /// The bodies before each `replaceChild` on a valid function: its cached pointer leads into one
-    /// of them.
-    Handle<ExpressionBaseImpl> m_pFormerImplementation;
+    FormerNodes m_vFormerImplementations;
 };
 
 } // namespace Velmora::Math::Xpr

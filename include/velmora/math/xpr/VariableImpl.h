@@ -48,6 +48,7 @@ protected:
     Handle<ExpressionBaseImpl> copy_i(ExpressionImplCopier& inout_Copier) const override;
     bool isDependantOf_i(const Handle<ExpressionBaseImpl>& in_pExpression) const override;
     bool getSealedInputs(std::vector<ExpressionBaseImpl*>& out_vInputs) const override;
+    const FormerNodes* getFormer(Handle<ExpressionBaseImpl>& out_pPassedOn) const override;
 
     /// What both forms of `setValue` come to.
     virtual bool setValue_i(const Handle<Expression>& in_pExpression, bool in_bCheck);
@@ -72,9 +73,7 @@ private:
     struct Extras {
         /// Owned, since a `replaceChild` doesn't reach it.
         Handle<DomainValueNoCopyImpl> m_pDomainValue;
-        /// The value that the cached pointer leads into, if a `replaceChild` on the valid variable
-        /// has taken its place.
-        Handle<ExpressionBaseImpl> m_pFormerValue;
+        FormerNodes m_vFormerValues;
     };
     std::unique_ptr<Extras> m_pExtras;
 };
