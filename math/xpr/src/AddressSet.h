@@ -11,7 +11,7 @@ namespace Velmora::Math::Xpr {
 /// instructions wherever the address lies.
 class AddressSet {
 public:
-    /// Makes room for as many, so that nothing allocates later.
+    /// Makes room for as many, so that nothing allocates later, and empties the set.
     void reserve(std::size_t in_uiCount) {
         m_vPlaces.assign(sizeFor(in_uiCount), nullptr);
         m_uiMask = m_vPlaces.size() - 1;
@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    /// At least twice the places that are taken, so that every search ends at a free one, and soon.
+    /// Three of four places stay free, so that every search ends at one, and soon.
     static std::size_t sizeFor(std::size_t in_uiCount) {
         std::size_t uiSize = 2;
         while (uiSize < 4 * in_uiCount) {

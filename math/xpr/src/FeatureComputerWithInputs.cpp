@@ -8,7 +8,7 @@
 
 namespace Velmora::Math::Xpr {
 
-// Nothing is logged here, but a host may set the level of every class of its own.
+// Nothing is logged here, but a host finds a logger of every class when it sets levels.
 VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.FeatureComputerWithInputs");
 
 FeatureComputerWithInputs::FeatureComputerWithInputs() = default;
