@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Extremes.h"
+#include "ReductionLoop.h"
 #include "ScaledSumLoop.h"
 #include "Summation.h"
 
@@ -80,12 +81,26 @@ constexpr auto Over = [](double in_dA, double in_dB) { return in_dA / in_dB; };
     constexpr auto scaledSums##name(std::index_sequence<uiForms...>) {                             \
         return std::array<Kernels::OfScaledSum, ScaledSumForms>{&scaledSum##name<uiForms>...};     \
     }                                                                                              \
-    constexpr Kernels name##Kernels{                                                               \
-        add##name,       subtract##name,                                                           \
-        multiply##name,  divide##name,                                                             \
-        sum##name,       sumOfSquares##name,                                                       \
-        max##name,       min##name,                                                                \
-        correlate##name, scaledSums##name(std::make_index_sequence<ScaledSumForms>())};
+    template <std::size_t uiSet>                                                                   \
+    attribute void reduce##name(const double* in_pFirst, const double* in_pLast,                   \
+                                Reductions::Results& out_Results) {                                \
+        reduce<uiSet, bytes>(in_pFirst, in_pLast, out_Results);                                    \
+    }                                                                                              \
+    template <std::size_t... uiSets>                                                               \
+    constexpr auto reductions##name(std::index_sequence<uiSets...>) {                              \
+        return std::array<Kernels::OfReductions, ReductionSets>{&reduce##name<uiSets>...};         \
+    }                                                                                              \
+    constexpr Kernels name##Kernels{add##name,                                                     \
+                                    subtract##name,                                                \
+                                    multiply##name,                                                \
+                                    divide##name,                                                  \
+                                    sum##name,                                                     \
+                                    sumOfSquares##name,                                            \
+                                    max##name,                                                     \
+                                    min##name,                                                     \
+                                    correlate##name,                                               \
+                                    scaledSums##name(std::make_index_sequence<ScaledSumForms>()),  \
+                                    reductions##name(std::make_index_sequence<ReductionSets>())};
 
 // NOLINTEND(bugprone-macro-parentheses)
 

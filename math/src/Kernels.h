@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Correlation.h"
+#include "ReductionLoop.h"
 #include "ScaledSumLoop.h"
 
 namespace Velmora::Math {
@@ -23,6 +24,8 @@ struct Kernels {
                              const ToneTables* in_pTables, std::size_t in_uiTones,
                              Correlation* out_pCorrelations);
     using OfScaledSum = void (*)(const ScaledSum::Operands&);
+    using OfReductions = void (*)(const double* in_pFirst, const double* in_pLast,
+                                  Reductions::Results& out_Results);
 
     OfTwo m_Add;
     OfTwo m_Subtract;
@@ -35,6 +38,8 @@ struct Kernels {
     OfTones m_Correlate;
     /// By the number of the form.
     std::array<OfScaledSum, ScaledSumForms> m_ScaledSums;
+    /// By the set of kinds.
+    std::array<OfReductions, ReductionSets> m_Reductions;
 };
 
 /// The forms that this processor can run, the best one last.

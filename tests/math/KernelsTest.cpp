@@ -179,6 +179,64 @@ TEST(KernelsTest, ScaledSumsAreTheirOperationsOneByOne) {
     }
 }
 
+/// The reductions with a pass for each, in the order of their kinds.
+Reductions::Results reduceOneByOne(const double* in_pFirst, const double* in_pLast) {
+    const Kernels& plain = *listKernels().front();
+    return {plain.m_Sum(in_pFirst, in_pLast),
+            plain.m_SumOfSquares(in_pFirst, in_pLast) / static_cast<double>(in_pLast - in_pFirst),
+            plain.m_Max(in_pFirst, in_pLast), plain.m_Min(in_pFirst, in_pLast)};
+}
+
+/// Those of the set, and what stood there for the others.
+Values pick(const Reductions::Results& in_All, std::size_t in_uiSet, double in_dOther) {
+    Values vPicked;
+    for (std::size_t uiKind = 0; uiKind != in_All.size(); ++uiKind) {
+        vPicked.push_back((in_uiSet >> uiKind & 1) != 0 ? in_All[uiKind] : in_dOther);
+    }
+    return vPicked;
+}
+
+TEST(KernelsTest, ReductionsInOnePassAreThoseOneByOne) {
+    constexpr double Untouched = 77.0;
+    for (const Guests eGuests :
+         {Guests::None, Guests::Borders, Guests::NoNumbers, Guests::OnlyZeros}) {
+        for (std::size_t uiCount = 1; uiCount < 2000; uiCount += 1 + uiCount / 60) {
+            const Inputs inputs(uiCount, uiCount, eGuests);
+            const double* const pFirst = inputs.m_vA.data();
+            const double* const pLast = pFirst + uiCount;
+            const Reductions::Results expected = reduceOneByOne(pFirst, pLast);
+            for (std::size_t uiSet = 0; uiSet != ReductionSets; ++uiSet) {
+                for (const Kernels* pForm : listKernels()) {
+                    Reductions::Results results;
+                    results.fill(Untouched);
+                    pForm->m_Reductions[uiSet](pFirst, pLast, results);
+                    expectSameBits(Values(results.begin(), results.end()),
+                                   pick(expected, uiSet, Untouched), "reductions");
+                }
+            }
+        }
+    }
+}
+
+TEST(KernelsTest, ReductionsAreMadeOfTheKindsThatWereAdded) {
+    const Values vValues{3.0, -4.0, 2.0};
+    const double* const pFirst = vValues.data();
+    Reductions::Results results;
+    results.fill(77.0);
+    Reductions reductions;
+    reductions.compute(pFirst, pFirst + 3, results);
+    EXPECT_EQ(results, (Reductions::Results{77.0, 77.0, 77.0, 77.0}));
+    EXPECT_TRUE(reductions.add(Reductions::Kind::Max));
+    EXPECT_TRUE(reductions.add(Reductions::Kind::Sum));
+    EXPECT_FALSE(reductions.add(Reductions::Kind::Max));
+    reductions.compute(pFirst, pFirst + 3, results);
+    EXPECT_EQ(results, (Reductions::Results{1.0, 77.0, 3.0, 77.0}));
+    EXPECT_TRUE(reductions.add(Reductions::Kind::Min));
+    EXPECT_TRUE(reductions.add(Reductions::Kind::AveragePower));
+    reductions.compute(pFirst, pFirst + 3, results);
+    EXPECT_EQ(results, (Reductions::Results{1.0, 29.0 / 3.0, 3.0, -4.0}));
+}
+
 TEST(KernelsTest, AllFormsGiveTheSameBits) {
     const std::vector<const Kernels*> vForms = listKernels();
     ASSERT_FALSE(vForms.empty());

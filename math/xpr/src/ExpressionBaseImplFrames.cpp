@@ -93,6 +93,10 @@ bool ExpressionBaseImpl::evaluateTogether_i(ExpressionBaseImpl* const*, std::siz
     return false;
 }
 
+bool ExpressionBaseImpl::getReduction(Reductions::Kind&) const {
+    return false;
+}
+
 bool ExpressionBaseImpl::quickEvaluate(LimitedObjPtr<DoubleVector>& out) {
     evaluate(out);
     return true;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <velmora/math/DoubleVector.h>
+#include <velmora/math/Reductions.h>
 #include <velmora/math/xpr/ExpressionBaseImpl.h>
 
 #include "FailedTries.h"
@@ -145,6 +146,7 @@ private:
         Constant,
         Input,
         Concatenate,
+        Reduce,
         Other
     };
 
@@ -161,6 +163,8 @@ private:
         Index m_uiFirst = PassedOver;
         Index m_uiSecond = PassedOver;
         Kind m_eKind = Kind::Other;
+        /// For one that reduces its only input.
+        Reductions::Kind m_eReduction{};
         /// Is the way to this node, from all that it needs, one of the plan's?
         bool m_bPlanned = false;
         /// Does the operator lack the pointers that it would have read through?
@@ -223,6 +227,7 @@ private:
     class Builder;
     class FlagPattern;
     class Joining;
+    class ReductionGroup;
     class ScalarProgram;
     class VectorProgram;
     struct Program;
@@ -241,6 +246,8 @@ private:
     static bool computeScalar(const Step& in_Step, const Step& in_First, const Step& in_Second);
     bool computeOperator(Step& inout_Step);
     bool concatenate(Index in_uiNode);
+    bool reduce(Step& inout_Step);
+    static bool isReducible(const Step& in_Step, const Step& in_Input);
     bool computeByNode(Step& inout_Step, Index in_uiNode);
     bool computeAgain(Step& inout_Step);
     bool computeVectors(Step& inout_Step);

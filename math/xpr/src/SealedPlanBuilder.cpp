@@ -193,6 +193,10 @@ void SealedPlan::Builder::append(const Place& in_Place) {
                                step.m_uiFirst + 1 == uiOwn &&
                                m_Plan.m_vSteps[step.m_uiFirst].m_eKind <= Kind::Multiply;
     }
+    if (step.m_eKind == Kind::Other && step.m_bPlanned &&
+        in_Place.m_uiInputsEnd - in_Place.m_uiInputs == 1 && node.getReduction(step.m_eReduction)) {
+        step.m_eKind = Kind::Reduce;
+    }
     if (step.m_eKind == Kind::Other && step.m_bPlanned && seesVectors(node)) {
         for (std::size_t ui = in_Place.m_uiInputs; ui != in_Place.m_uiInputsEnd; ++ui) {
             appendHanded(placeOf(ui));

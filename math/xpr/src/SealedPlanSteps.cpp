@@ -167,8 +167,25 @@ bool SealedPlan::concatenate(Index in_uiNode) {
     return pNext == pEnd;
 }
 
+/// False, and nothing has happened, for what the node has to compute itself.
+bool SealedPlan::reduce(Step& inout_Step) {
+    const Step& input = m_vSteps[inout_Step.m_uiFirst];
+    if (!isReducible(inout_Step, input)) {
+        return false;
+    }
+    Reductions reductions;
+    reductions.add(inout_Step.m_eReduction);
+    Reductions::Results results;
+    reductions.compute(input.m_pVector->begin(), input.m_pVector->end(), results);
+    *const_cast<double*>(inout_Step.m_pVector->begin()) =
+        results[static_cast<std::size_t>(inout_Step.m_eReduction)];
+    return true;
+}
+
 inline bool SealedPlan::compute(Step& inout_Step) {
     switch (inout_Step.m_eKind) {
+    case Kind::Reduce:
+        return reduce(inout_Step) || computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Concatenate:
         return concatenate(placeOf(inout_Step)) || computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Constant:

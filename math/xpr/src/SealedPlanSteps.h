@@ -37,6 +37,15 @@ inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
                          in_pSteps[inout_Step.m_uiSecond]);
 }
 
+/// Has the input elements, and has the node a number to write over? A host may set the result as an
+/// input.
+inline bool SealedPlan::isReducible(const Step& in_Step, const Step& in_Input) {
+    const DoubleVector* const pInput = in_Input.m_pVector;
+    const DoubleVector* const pResult = in_Step.m_pVector;
+    return pInput != nullptr && pResult != nullptr && pInput != pResult && !pInput->empty() &&
+           pResult->size() == 1;
+}
+
 inline bool SealedPlan::computeByNode(Step& inout_Step, Index in_uiNode) {
     ExpressionBaseImpl& node = *m_vNodes[in_uiNode];
     if (!node.evaluate_i(node.m_pValue)) {

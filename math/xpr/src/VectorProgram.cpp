@@ -24,17 +24,23 @@ void SealedPlan::VectorProgram::reserve(const SealedPlan& in_Plan, const Needs& 
             return isOperator(in_Plan.m_vSteps[in_uiNode].m_eKind);
         }));
     const std::size_t uiOthers = in_Needs.m_vOrder.size() - uiOperators;
+    const auto uiReductions = static_cast<std::size_t>(
+        std::count_if(in_Needs.m_vOrder.begin(), in_Needs.m_vOrder.end(), [&](Index in_uiNode) {
+            return in_Plan.m_vSteps[in_uiNode].m_eKind == Kind::Reduce;
+        }));
     m_vAhead.reserve(uiOthers);
     m_vItems.reserve(in_Needs.m_vOrder.size());
     m_vPending.reserve(uiOperators);
     m_vBehind.reserve(uiOthers);
     m_vJoints.reserve(std::min(uiOperators / 2, MaxJoints));
+    m_vGroups.reserve(uiReductions);
 }
 
 void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Needs) {
     m_vAhead.clear();
     m_vItems.clear();
     m_vJoints.clear();
+    m_vGroups.clear();
     m_vPending.clear();
     m_vBehind.clear();
     m_bOthers = false;
@@ -55,7 +61,11 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
         }
         if (!inout_Plan.isSilent(uiNode)) {
             flush(inout_Plan);
-            m_bOthers = true;
+            m_bOthers = m_bOthers || step.m_eKind == Kind::Other;
+        }
+        if (step.m_eKind == Kind::Reduce) {
+            appendReduction(inout_Plan, uiNode);
+            continue;
         }
         const bool bBehind = step.m_eKind == Kind::Forward &&
                              isOperator(sourceOf(inout_Plan, step.m_uiFirst).m_eKind);
@@ -151,6 +161,29 @@ void SealedPlan::VectorProgram::appendNode(SealedPlan& inout_Plan, Index in_uiNo
         item.m_pFirst = &inout_Plan.m_vSteps[item.m_pStep->m_uiFirst];
         item.m_pSecond = &inout_Plan.m_vSteps[item.m_pStep->m_uiSecond];
     }
+    m_vItems.push_back(item);
+}
+
+/// Into the group ahead of it where only variables stand between them that pass on what the group
+/// reads. The group moves behind these.
+void SealedPlan::VectorProgram::appendReduction(SealedPlan& inout_Plan, Index in_uiNode) {
+    const Step& source = sourceOf(inout_Plan, inout_Plan.m_vSteps[in_uiNode].m_uiFirst);
+    const auto isPassedOn = [&](const Item& in_Item) {
+        return in_Item.m_pStep != nullptr && in_Item.m_pStep->m_eKind == Kind::Forward &&
+               &sourceOf(inout_Plan, in_Item.m_uiNode) == &source;
+    };
+    const auto riteLast = std::find_if_not(m_vItems.rbegin(), m_vItems.rend(), isPassedOn);
+    if (riteLast != m_vItems.rend() && riteLast->m_uiGroup != PassedOver) {
+        ReductionGroup& group = m_vGroups[riteLast->m_uiGroup];
+        if (group.getInput() == &source && group.add(inout_Plan, in_uiNode)) {
+            std::rotate(riteLast.base() - 1, riteLast.base(), m_vItems.end());
+            return;
+        }
+    }
+    Item item;
+    item.m_uiGroup = static_cast<Index>(m_vGroups.size());
+    m_vGroups.emplace_back(source);
+    m_vGroups.back().add(inout_Plan, in_uiNode);
     m_vItems.push_back(item);
 }
 
@@ -407,14 +440,36 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAlone(SealedPlan& inout_Plan
             }
             continue;
         }
-        const Joint& joint = m_vJoints[item.m_uiJoint];
-        const Index uiFailed =
-            computeJoint(inout_Plan, joint) ? PassedOver : computeOneByOne(inout_Plan, joint);
+        const Index uiFailed = computeSeveral(inout_Plan, item);
         if (uiFailed != PassedOver) {
             return uiFailed;
         }
     }
     return PassedOver;
+}
+
+/// What one pass computes, if it can, of which nothing has been computed.
+inline SealedPlan::Index SealedPlan::VectorProgram::computeSeveral(SealedPlan& inout_Plan,
+                                                                   const Item& in_Item) const {
+    if (in_Item.m_uiGroup != PassedOver) {
+        const ReductionGroup& group = m_vGroups[in_Item.m_uiGroup];
+        return group.compute(inout_Plan) ? PassedOver : group.computeOneByOne(inout_Plan);
+    }
+    const Joint& joint = m_vJoints[in_Item.m_uiJoint];
+    return computeJoint(inout_Plan, joint) ? PassedOver : computeOneByOne(inout_Plan, joint);
+}
+
+/// The same where a node of the host's may have evaluated some of it on the way.
+SealedPlan::Index SealedPlan::VectorProgram::computeSeveralAmongOthers(SealedPlan& inout_Plan,
+                                                                       const Item& in_Item) const {
+    if (in_Item.m_uiGroup != PassedOver) {
+        const ReductionGroup& group = m_vGroups[in_Item.m_uiGroup];
+        return group.isBegun(inout_Plan) ? group.computeOneByOne(inout_Plan)
+                                         : computeSeveral(inout_Plan, in_Item);
+    }
+    const Joint& joint = m_vJoints[in_Item.m_uiJoint];
+    return isBegun(inout_Plan, joint) ? computeOneByOne(inout_Plan, joint)
+                                      : computeSeveral(inout_Plan, in_Item);
 }
 
 /// A node of the host's may have evaluated others on the way, or have changed something.
@@ -429,9 +484,7 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inou
                 return pItem->m_uiNode;
             }
         } else {
-            const Joint& joint = m_vJoints[pItem->m_uiJoint];
-            const bool bJoined = !isBegun(inout_Plan, joint) && computeJoint(inout_Plan, joint);
-            const Index uiFailed = bJoined ? PassedOver : computeOneByOne(inout_Plan, joint);
+            const Index uiFailed = computeSeveralAmongOthers(inout_Plan, *pItem);
             if (uiFailed != PassedOver) {
                 return uiFailed;
             }

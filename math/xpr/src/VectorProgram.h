@@ -5,6 +5,7 @@
 
 #include <velmora/math/ScaledSum.h>
 
+#include "ReductionGroup.h"
 #include "SealedPlan.h"
 
 namespace Velmora::Math::Xpr {
@@ -62,10 +63,11 @@ private:
     };
 
     /// A node and, where it passes a value on or computes with two, those that have them; or the
-    /// number of a joint.
+    /// number of a joint, or of a group of reductions.
     struct Item {
         Index m_uiNode = PassedOver;
         Index m_uiJoint = PassedOver;
+        Index m_uiGroup = PassedOver;
         Step* m_pStep = nullptr;
         const Step* m_pFirst = nullptr;
         const Step* m_pSecond = nullptr;
@@ -86,6 +88,7 @@ private:
     void appendAhead(SealedPlan& inout_Plan, Index in_uiNode);
     void computeAhead(SealedPlan& inout_Plan) const;
     void appendNode(SealedPlan& inout_Plan, Index in_uiNode);
+    void appendReduction(SealedPlan& inout_Plan, Index in_uiNode);
     void flush(SealedPlan& inout_Plan);
     void findTogether(const SealedPlan& in_Plan);
     static bool computeTogether(SealedPlan& inout_Plan, const Item* in_pFirst);
@@ -98,6 +101,8 @@ private:
     static bool computeNode(SealedPlan& inout_Plan, const Item& in_Item);
     Index computeAlone(SealedPlan& inout_Plan) const;
     Index computeAmongOthers(SealedPlan& inout_Plan) const;
+    Index computeSeveral(SealedPlan& inout_Plan, const Item& in_Item) const;
+    Index computeSeveralAmongOthers(SealedPlan& inout_Plan, const Item& in_Item) const;
     static bool isBegun(const SealedPlan& in_Plan, const Joint& in_Joint);
     static Index computeOneByOne(SealedPlan& inout_Plan, const Joint& in_Joint);
     static bool computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint);
@@ -108,6 +113,7 @@ private:
     std::vector<Ahead> m_vAhead;
     std::vector<Item> m_vItems;
     std::vector<Joint> m_vJoints;
+    std::vector<ReductionGroup> m_vGroups;
     /// Are there other nodes than operators and what they read?
     bool m_bOthers = false;
     /// Operators that wait for others to be joined with, while the program is made.

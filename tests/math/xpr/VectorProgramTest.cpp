@@ -82,17 +82,23 @@ private:
         for (std::size_t uiCount = m_Random() % 4; uiCount != 0; --uiCount) {
             const std::size_t uiKind = m_Random() % 4;
             strParts += ", " + (uiKind == 0   ? sum(m_Random() % 3)
-                                : uiKind == 1 ? "sum(" + sum(m_Random() % 2) + ')'
+                                : uiKind == 1 ? reduction(sum(m_Random() % 2))
+                                : uiKind == 2 ? reduction(oneOf(m_vVectors))
                                               : scalar());
         }
         return strParts + '}';
+    }
+
+    std::string reduction(const std::string& in_strVector) {
+        static const std::vector<std::string> s_vNames{"sum", "max", "min", "averagePower"};
+        return oneOf(s_vNames) + '(' + in_strVector + ')';
     }
 
     std::string scalar() { return oneOf(m_vScalars); }
 
     std::mt19937_64& m_Random;
     std::vector<std::string> m_vVectors{"x", "y"};
-    std::vector<std::string> m_vScalars{"a", "b", "2", "0.3", "(a * b)", "x"};
+    std::vector<std::string> m_vScalars{"a", "b", "2", "0.3", "(a * b)", "x", "max(y)", "sum(x)"};
 };
 
 /// Values of inputs: frames of one size for the most part, and numbers.
@@ -225,8 +231,12 @@ INSTANTIATE_TEST_SUITE_P(
                       Formula{"(x + y)*a", {22, 46}}, Formula{"(x - y)/a", {4.5, 8.5}},
                       Formula{"a*(x*a + y)", {42, 86}}, Formula{"(x - a*y)/b", {2, 3.5}},
                       Formula{"(a*x - b*y)/a", {8, 14}}, Formula{"(x*2 + x*2)*b", {160, 320}},
-                      Formula{"((a*x + b*x) - a*x)/b", {10, 20}}, Formula{"x/a + x/b", {7.5, 15}},
-                      Formula{"x*a*b + y", {81, 163}}, Formula{"b*y + (x*a + y)", {25, 55}},
+                      Formula{"((a*x + b*x) - a*x)/b", {10, 20}},
+                      Formula{"{min(x), max(x), sum(x)}", {10, 20, 30}},
+                      Formula{"{averagePower(t), min(t), max(t)}\nt = a*x + b*y",
+                              {(24. * 24. + 52. * 52.) / 2., 24, 52}},
+                      Formula{"x/a + x/b", {7.5, 15}}, Formula{"x*a*b + y", {81, 163}},
+                      Formula{"b*y + (x*a + y)", {25, 55}},
                       Formula{"(y + x*a) + (x - y)", {30, 60}},
                       Formula{"p + q\np = a*x\nq = p - y\nt = q * b", {39, 77}},
                       Formula{"v / a\nv = u - b*y\nu = a*x", {8, 14}}));

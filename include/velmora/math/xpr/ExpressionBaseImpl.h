@@ -10,6 +10,7 @@
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include <velmora/Handle.h>
+#include <velmora/math/Reductions.h>
 #include <velmora/math/xpr/Expression.h>
 #include <velmora/math/xpr/ParentList.h>
 #include <velmora/math/xpr/SourcePosition.h>
@@ -195,6 +196,11 @@ protected:
     /// were, for all else: they are computed one by one then.
     virtual bool evaluateTogether_i(ExpressionBaseImpl* const* in_ppNodes, std::size_t in_uiNodes,
                                     LimitedObjPtr<DoubleVector>* out_pValues);
+
+    /// Is the value, wherever its only input has elements, the number that a reduction makes of
+    /// them? Then nothing else comes of an evaluation, and it may be left to the reduction, which
+    /// writes over the number that the node handed out before.
+    virtual bool getReduction(Reductions::Kind& out_eKind) const;
 
     /// Links a child and returns its number, or `NoChild` when a check refuses it. Without the
     /// check a cycle can be made, and nothing works on a cycle.

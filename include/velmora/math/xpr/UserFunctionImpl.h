@@ -5,9 +5,11 @@
 #include <map>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 #include <velmora/MemAccounting.h>
+#include <velmora/math/Reductions.h>
 #include <velmora/math/xpr/ExpressionImplCopier.h>
 #include <velmora/math/xpr/FunctionAdaptor.h>
 #include <velmora/math/xpr/FunctionBaseImpl.h>
@@ -75,6 +77,19 @@ protected:
         }
         out = &m_vResult;
         return true;
+    }
+
+    bool getReduction([[maybe_unused]] Reductions::Kind& out_eKind) const override {
+        if constexpr (HasReductionOf<F>::value) {
+            // A class of the host's that derives from this one may compute otherwise.
+            const bool bReduces = typeid(*this) == typeid(UserFunctionImpl);
+            if (bReduces) {
+                out_eKind = F::reductionOf(m_UserFunction);
+            }
+            return bReduces;
+        } else {
+            return false;
+        }
     }
 
     bool isBetterTogether() const override { return HasCalculateTogether<F>::value; }
@@ -183,6 +198,13 @@ private:
         : std::is_same<decltype(&T::calculateTogether),
                        bool (*)(T* const*, std::size_t, const DoubleVector&,
                                 DoubleVector* const*)> {};
+
+    /// The same of `reductionOf`.
+    template <class T, class = void>
+    struct HasReductionOf : std::false_type {};
+    template <class T>
+    struct HasReductionOf<T, std::void_t<decltype(&T::reductionOf)>>
+        : std::is_same<decltype(&T::reductionOf), Reductions::Kind (*)(const T&)> {};
 
     /// The only argument, if its value is current, as in most functions of a sealed graph. False
     /// for all else.

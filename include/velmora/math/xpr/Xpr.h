@@ -61,6 +61,7 @@
 #include <velmora/math/LogFeature.h>
 #include <velmora/math/MaxFeature.h>
 #include <velmora/math/MinFeature.h>
+#include <velmora/math/Reductions.h>
 #include <velmora/math/ScaledSum.h>
 #include <velmora/math/SignalEnergyFeature.h>
 #include <velmora/math/SignalFeature.h>

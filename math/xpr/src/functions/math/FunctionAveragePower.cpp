@@ -1,4 +1,5 @@
 #include <velmora/LogSite.h>
+#include <velmora/math/Reductions.h>
 #include <velmora/math/xpr/NoMemoryFunctionImpl.h>
 #include <velmora/math/xpr/NoParamFunctionImpl.h>
 #include <velmora/math/xpr/SingleVariableFunctionImpl.h>
@@ -24,6 +25,10 @@ public:
         }
         out.push_back(dAveragePower);
         return true;
+    }
+
+    static Reductions::Kind reductionOf(const FunctionAveragePower&) {
+        return Reductions::Kind::AveragePower;
     }
 };
 

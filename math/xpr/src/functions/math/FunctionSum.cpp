@@ -1,3 +1,4 @@
+#include <velmora/math/Reductions.h>
 #include <velmora/math/SumFeature.h>
 #include <velmora/math/xpr/SignalFeatureToFunctionAdaptorImpl.h>
 #include <velmora/math/xpr/UserFunctionImpl.h>
@@ -7,6 +8,8 @@ namespace Velmora::Math::Xpr {
 class FunctionSum : public SignalFeatureToFunctionAdaptorImpl<SumFeature> {
 public:
     FunctionSum() : SignalFeatureToFunctionAdaptorImpl("sum") {}
+
+    static Reductions::Kind reductionOf(const FunctionSum&) { return Reductions::Kind::Sum; }
 };
 
 [[maybe_unused]] static const bool s_bRegistered = UserFunctionImpl<FunctionSum>::registerIn(
