@@ -229,6 +229,7 @@ private:
     class Joining;
     class ReductionGroup;
     class ScalarProgram;
+    class SumJoint;
     class VectorProgram;
     struct Program;
     struct Needs;
@@ -300,6 +301,14 @@ private:
 
     Index placeOf(const Step& in_Step) const {
         return static_cast<Index>(&in_Step - m_vSteps.data());
+    }
+
+    /// Where the value of a node comes from, which may be a variable that passes it on.
+    Step& sourceOf(Index in_uiNode) {
+        while (m_vSteps[in_uiNode].m_eKind == Kind::Forward) {
+            in_uiNode = m_vSteps[in_uiNode].m_uiFirst;
+        }
+        return m_vSteps[in_uiNode];
     }
 
     ExpressionBaseImpl* nodeOf(const Step& in_Step) const { return m_vNodes[placeOf(in_Step)]; }

@@ -216,12 +216,9 @@ bool SealedPlan::Builder::seesVectors(const ExpressionBaseImpl& in_Node) {
 
 /// A planned node reads planned ones only, all of which are listed.
 void SealedPlan::Builder::appendHanded(Index in_uiInput) {
-    while (m_Plan.m_vSteps[in_uiInput].m_eKind == Kind::Forward) {
-        in_uiInput = m_Plan.m_vSteps[in_uiInput].m_uiFirst;
-    }
-    const Kind eKind = m_Plan.m_vSteps[in_uiInput].m_eKind;
-    if (isOperator(eKind) || eKind == Kind::Constant) {
-        m_Plan.m_vHanded.push_back(in_uiInput);
+    const Step& source = m_Plan.sourceOf(in_uiInput);
+    if (isOperator(source.m_eKind) || source.m_eKind == Kind::Constant) {
+        m_Plan.m_vHanded.push_back(m_Plan.placeOf(source));
     }
 }
 

@@ -4,8 +4,6 @@
 #include <iterator>
 #include <typeinfo>
 
-#include <velmora/math/xpr/BinaryOperatorImpl.h>
-
 #include "SealedPlanNeeds.h"
 #include "SealedPlanSteps.h"
 
@@ -68,7 +66,7 @@ void SealedPlan::VectorProgram::make(SealedPlan& inout_Plan, const Needs& in_Nee
             continue;
         }
         const bool bBehind = step.m_eKind == Kind::Forward &&
-                             isOperator(sourceOf(inout_Plan, step.m_uiFirst).m_eKind);
+                             isOperator(inout_Plan.sourceOf(step.m_uiFirst).m_eKind);
         if (bBehind) {
             m_vBehind.push_back(uiNode);
         } else {
@@ -129,7 +127,7 @@ bool SealedPlan::VectorProgram::computeTogether(SealedPlan& inout_Plan, const It
 
 /// Is the node's value one of an input, or of what is valid as the frame begins?
 bool SealedPlan::VectorProgram::isKnownAhead(SealedPlan& inout_Plan, Index in_uiNode) {
-    const Step& source = sourceOf(inout_Plan, in_uiNode);
+    const Step& source = inout_Plan.sourceOf(in_uiNode);
     return source.m_eKind == Kind::Input || inout_Plan.wasValid(inout_Plan.placeOf(source));
 }
 
@@ -167,10 +165,10 @@ void SealedPlan::VectorProgram::appendNode(SealedPlan& inout_Plan, Index in_uiNo
 /// Into the group ahead of it where only variables stand between them that pass on what the group
 /// reads. The group moves behind these.
 void SealedPlan::VectorProgram::appendReduction(SealedPlan& inout_Plan, Index in_uiNode) {
-    const Step& source = sourceOf(inout_Plan, inout_Plan.m_vSteps[in_uiNode].m_uiFirst);
+    const Step& source = inout_Plan.sourceOf(inout_Plan.m_vSteps[in_uiNode].m_uiFirst);
     const auto isPassedOn = [&](const Item& in_Item) {
         return in_Item.m_pStep != nullptr && in_Item.m_pStep->m_eKind == Kind::Forward &&
-               &sourceOf(inout_Plan, in_Item.m_uiNode) == &source;
+               &inout_Plan.sourceOf(in_Item.m_uiNode) == &source;
     };
     const auto riteLast = std::find_if_not(m_vItems.rbegin(), m_vItems.rend(), isPassedOn);
     if (riteLast != m_vItems.rend() && riteLast->m_uiGroup != PassedOver) {
@@ -187,20 +185,12 @@ void SealedPlan::VectorProgram::appendReduction(SealedPlan& inout_Plan, Index in
     m_vItems.push_back(item);
 }
 
-/// Where the value of a node comes from, which may be a variable that passes it on.
-SealedPlan::Step& SealedPlan::VectorProgram::sourceOf(SealedPlan& inout_Plan, Index in_uiNode) {
-    while (inout_Plan.m_vSteps[in_uiNode].m_eKind == Kind::Forward) {
-        in_uiNode = inout_Plan.m_vSteps[in_uiNode].m_uiFirst;
-    }
-    return inout_Plan.m_vSteps[in_uiNode];
-}
-
 /// Lists the operators that wait, joined where they can be, and the variables that have their
 /// values.
 void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
     for (std::size_t ui = 0; ui != m_vPending.size();) {
-        Joint joint;
-        const std::size_t uiJoined = findJoint(inout_Plan, ui, joint);
+        SumJoint joint;
+        const std::size_t uiJoined = joint.find(inout_Plan, m_vPending, ui);
         if (uiJoined != 0 && m_vJoints.size() != m_vJoints.capacity()) {
             Item item;
             item.m_uiJoint = static_cast<Index>(m_vJoints.size());
@@ -216,163 +206,6 @@ void SealedPlan::VectorProgram::flush(SealedPlan& inout_Plan) {
         appendNode(inout_Plan, uiNode);
     }
     m_vBehind.clear();
-}
-
-/// Finds out which of the operators from that place on can be joined. Returns their number, 0 for
-/// none.
-std::size_t SealedPlan::VectorProgram::findJoint(SealedPlan& inout_Plan, std::size_t in_uiFirst,
-                                                 Joint& out_Joint) const {
-    std::size_t uiScaled = 3;
-    do {
-        if (uiScaled-- == 0) {
-            return 0;
-        }
-    } while (!findSum(inout_Plan, in_uiFirst, uiScaled, out_Joint));
-    std::size_t uiJoined = uiScaled + 1;
-    const Scaling behind = findScaling(inout_Plan, in_uiFirst + uiJoined);
-    ScaledSum::Form form;
-    if (behind.m_Part && behind.m_pSource == out_Joint.m_Sum.m_pStep) {
-        out_Joint.m_Behind = behind.m_Part;
-        form.m_eBehind = behind.m_Part.m_pStep->m_eKind == Kind::Divide
-                             ? ScaledSum::Scale::Divide
-                             : ScaledSum::Scale::Multiply;
-        ++uiJoined;
-    }
-    form.m_bSubtract = out_Joint.m_Sum.m_pStep->m_eKind == Kind::Minus;
-    form.m_bScaleLeft = static_cast<bool>(out_Joint.m_ScaledLeft);
-    form.m_bScaleRight = static_cast<bool>(out_Joint.m_ScaledRight);
-    out_Joint.m_Operation = ScaledSum(form);
-    return uiJoined > 1 ? uiJoined : 0;
-}
-
-/// Is there a sum, or a difference, behind so many operators that scale its sides?
-bool SealedPlan::VectorProgram::findSum(SealedPlan& inout_Plan, std::size_t in_uiFirst,
-                                        std::size_t in_uiScaled, Joint& out_Joint) const {
-    out_Joint = Joint();
-    if (in_uiFirst + in_uiScaled >= m_vPending.size()) {
-        return false;
-    }
-    const Index uiSum = m_vPending[in_uiFirst + in_uiScaled];
-    const Step& sum = inout_Plan.m_vSteps[uiSum];
-    const Kind eKind = sum.m_eKind;
-    if ((eKind != Kind::Plus && eKind != Kind::Minus) || sum.m_pScalar != nullptr) {
-        return false;
-    }
-    out_Joint.m_Sum = makePart(inout_Plan, uiSum, nullptr);
-    out_Joint.m_pLeft = &inout_Plan.m_vSteps[sum.m_uiFirst];
-    out_Joint.m_pRight = &inout_Plan.m_vSteps[sum.m_uiSecond];
-    const Step* const pLeft = &sourceOf(inout_Plan, sum.m_uiFirst);
-    const Step* const pRight = &sourceOf(inout_Plan, sum.m_uiSecond);
-    for (std::size_t ui = in_uiFirst; ui != in_uiFirst + in_uiScaled; ++ui) {
-        const Scaling scaling = findScaling(inout_Plan, ui);
-        const bool bLeft = scaling.m_Part.m_pStep == pLeft;
-        const bool bRight = scaling.m_Part.m_pStep == pRight;
-        const bool bInOrder = in_uiScaled == 1 || bLeft == (ui == in_uiFirst);
-        if (!scaling.m_Part || scaling.m_Part.m_pStep->m_eKind != Kind::Multiply ||
-            bLeft == bRight || !bInOrder) {
-            return false;
-        }
-        (bLeft ? out_Joint.m_ScaledLeft : out_Joint.m_ScaledRight) = scaling.m_Part;
-        (bLeft ? out_Joint.m_pLeft : out_Joint.m_pRight) = scaling.m_pVector;
-    }
-    return true;
-}
-
-/// The operator at that place if it multiplies a vector by a scalar, or divides it; else none.
-SealedPlan::VectorProgram::Scaling
-SealedPlan::VectorProgram::findScaling(SealedPlan& inout_Plan, std::size_t in_uiPlace) const {
-    if (in_uiPlace >= m_vPending.size()) {
-        return {};
-    }
-    const Step& step = inout_Plan.m_vSteps[m_vPending[in_uiPlace]];
-    const Step& first = inout_Plan.m_vSteps[step.m_uiFirst];
-    const Step& second = inout_Plan.m_vSteps[step.m_uiSecond];
-    const bool bByFirst = step.m_eKind == Kind::Multiply && findScalar(first) != nullptr;
-    const bool bBySecond = (step.m_eKind == Kind::Multiply || step.m_eKind == Kind::Divide) &&
-                           findScalar(second) != nullptr;
-    if (step.m_pScalar != nullptr || bByFirst == bBySecond) {
-        return {};
-    }
-    const Index uiVector = bByFirst ? step.m_uiSecond : step.m_uiFirst;
-    return {makePart(inout_Plan, m_vPending[in_uiPlace], bByFirst ? &first : &second),
-            &inout_Plan.m_vSteps[uiVector], &sourceOf(inout_Plan, uiVector)};
-}
-
-SealedPlan::VectorProgram::Part SealedPlan::VectorProgram::makePart(SealedPlan& inout_Plan,
-                                                                    Index in_uiNode,
-                                                                    const Step* in_pFactor) {
-    Step& step = inout_Plan.m_vSteps[in_uiNode];
-    return {in_uiNode, &step,
-            &static_cast<BinaryOperatorImplNoT&>(*inout_Plan.m_vNodes[in_uiNode]).m_Result,
-            in_pFactor};
-}
-
-/// Where the operator's result goes; null for one that the joint hasn't got. False if it isn't the
-/// value of a former frame, of that size.
-inline bool SealedPlan::VectorProgram::take(const Part& in_Part, std::size_t in_uiCount,
-                                            double*& out_pResult) {
-    if (!in_Part) {
-        return true;
-    }
-    out_pResult = in_Part.m_pResult->begin();
-    return in_Part.m_pStep->m_pVector == in_Part.m_pResult &&
-           in_Part.m_pResult->size() == in_uiCount;
-}
-
-inline bool SealedPlan::VectorProgram::takeFactor(const Part& in_Part, double& out_dFactor) {
-    if (!in_Part) {
-        return true;
-    }
-    const double* const pFactor = findScalar(*in_Part.m_pFactor);
-    if (pFactor != nullptr) {
-        out_dFactor = *pFactor;
-    }
-    return pFactor != nullptr;
-}
-
-inline void SealedPlan::VectorProgram::note(SealedPlan& inout_Plan, const Part& in_Part) {
-    if (in_Part) {
-        in_Part.m_pStep->m_bAhead = true;
-        *inout_Plan.flagOf(in_Part.m_uiNode) = 1;
-    }
-}
-
-/// False, and nothing has happened, if the operands or the results haven't the shapes for it.
-bool SealedPlan::VectorProgram::computeJoint(SealedPlan& inout_Plan, const Joint& in_Joint) {
-    const DoubleVector* const pLeft = in_Joint.m_pLeft->m_pVector;
-    const DoubleVector* const pRight = in_Joint.m_pRight->m_pVector;
-    if (pLeft == nullptr || pRight == nullptr || pLeft->size() != pRight->size() ||
-        pLeft->size() < 2) {
-        return false;
-    }
-    ScaledSum::Operands operands;
-    operands.m_uiCount = pLeft->size();
-    operands.m_pLeft = pLeft->begin();
-    operands.m_pRight = pRight->begin();
-    const std::size_t uiCount = operands.m_uiCount;
-    if (!take(in_Joint.m_ScaledLeft, uiCount, operands.m_pScaledLeft) ||
-        !takeFactor(in_Joint.m_ScaledLeft, operands.m_dLeftFactor) ||
-        !take(in_Joint.m_ScaledRight, uiCount, operands.m_pScaledRight) ||
-        !takeFactor(in_Joint.m_ScaledRight, operands.m_dRightFactor) ||
-        !take(in_Joint.m_Sum, uiCount, operands.m_pSum) ||
-        !take(in_Joint.m_Behind, uiCount, operands.m_pScaledSum) ||
-        !takeFactor(in_Joint.m_Behind, operands.m_dBehind)) {
-        return false;
-    }
-    // A host may set a result as an input. One by one, the operators would read what was just made.
-    if (operands.m_pLeft == operands.m_pScaledRight ||
-        operands.m_pRight == operands.m_pScaledLeft) {
-        return false;
-    }
-    if (operands.m_dBehind == 0.0 && in_Joint.m_Behind.m_pStep->m_eKind == Kind::Divide) {
-        return false;
-    }
-    in_Joint.m_Operation.compute(operands);
-    note(inout_Plan, in_Joint.m_ScaledLeft);
-    note(inout_Plan, in_Joint.m_ScaledRight);
-    note(inout_Plan, in_Joint.m_Sum);
-    note(inout_Plan, in_Joint.m_Behind);
-    return true;
 }
 
 /// The short way to what isn't an operator on vectors.
@@ -407,26 +240,6 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const
     return true;
 }
 
-/// Has a node of the host's evaluated some of it on the way?
-bool SealedPlan::VectorProgram::isBegun(const SealedPlan& in_Plan, const Joint& in_Joint) {
-    const Part* const pParts[] = {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum,
-                                  &in_Joint.m_Behind};
-    return std::any_of(std::begin(pParts), std::end(pParts), [&](const Part* in_pPart) {
-        return *in_pPart && in_Plan.isValid(in_pPart->m_uiNode);
-    });
-}
-
-SealedPlan::Index SealedPlan::VectorProgram::computeOneByOne(SealedPlan& inout_Plan,
-                                                             const Joint& in_Joint) {
-    for (const Part* pPart :
-         {&in_Joint.m_ScaledLeft, &in_Joint.m_ScaledRight, &in_Joint.m_Sum, &in_Joint.m_Behind}) {
-        if (*pPart && !inout_Plan.isValid(pPart->m_uiNode) && !inout_Plan.step(pPart->m_uiNode)) {
-            return pPart->m_uiNode;
-        }
-    }
-    return PassedOver;
-}
-
 SealedPlan::Index SealedPlan::VectorProgram::run(SealedPlan& inout_Plan) const {
     computeAhead(inout_Plan);
     return m_bOthers ? computeAmongOthers(inout_Plan) : computeAlone(inout_Plan);
@@ -455,8 +268,8 @@ inline SealedPlan::Index SealedPlan::VectorProgram::computeSeveral(SealedPlan& i
         const ReductionGroup& group = m_vGroups[in_Item.m_uiGroup];
         return group.compute(inout_Plan) ? PassedOver : group.computeOneByOne(inout_Plan);
     }
-    const Joint& joint = m_vJoints[in_Item.m_uiJoint];
-    return computeJoint(inout_Plan, joint) ? PassedOver : computeOneByOne(inout_Plan, joint);
+    const SumJoint& joint = m_vJoints[in_Item.m_uiJoint];
+    return joint.compute(inout_Plan) ? PassedOver : joint.computeOneByOne(inout_Plan);
 }
 
 /// The same where a node of the host's may have evaluated some of it on the way.
@@ -467,15 +280,23 @@ SealedPlan::Index SealedPlan::VectorProgram::computeSeveralAmongOthers(SealedPla
         return group.isBegun(inout_Plan) ? group.computeOneByOne(inout_Plan)
                                          : computeSeveral(inout_Plan, in_Item);
     }
-    const Joint& joint = m_vJoints[in_Item.m_uiJoint];
-    return isBegun(inout_Plan, joint) ? computeOneByOne(inout_Plan, joint)
-                                      : computeSeveral(inout_Plan, in_Item);
+    const SumJoint& joint = m_vJoints[in_Item.m_uiJoint];
+    return joint.isBegun(inout_Plan) ? joint.computeOneByOne(inout_Plan)
+                                     : computeSeveral(inout_Plan, in_Item);
 }
 
 /// A node of the host's may have evaluated others on the way, or have changed something.
 SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inout_Plan) const {
     const Item* const pEnd = m_vItems.data() + m_vItems.size();
     for (const Item* pItem = m_vItems.data(); pItem != pEnd;) {
+        const bool bForward = pItem->m_pStep != nullptr && pItem->m_pStep->m_eKind == Kind::Forward;
+        if (bForward) {
+            // Once more does no harm, and nobody hears of it.
+            inout_Plan.passOn(*pItem->m_pStep, *pItem->m_pFirst);
+            *inout_Plan.flagOf(pItem->m_uiNode) = 1;
+            ++pItem;
+            continue;
+        }
         std::size_t uiComputed = 1;
         if (pItem->m_uiTogether != 1 && computeTogether(inout_Plan, pItem)) {
             uiComputed = pItem->m_uiTogether;
