@@ -248,6 +248,27 @@ TEST(SealedPlanTest, VariableThatTheWalkDoesNotComeToBehindAFailureHasNoValue) {
     EXPECT_EQ(computeFrame(vZero, vTwo), "");
 }
 
+TEST(SealedPlanTest, FailureInAFrameOfWhichInputsAreLoggedIsKnownInTheNext) {
+    PlanTwins twins("inputvar a\ninputvar b\nm = 1 / a + b\ns = m * 2 + b * 3\n", {"m", "s"});
+    const DoubleVector vZero{0.0}, vOne{1.0}, vTwo{2.0};
+    const auto computeFrame = [&](const DoubleVector& in_vA, const DoubleVector& in_vB) {
+        return twins.doToBoth([&](ScriptRun& inout_Run, const PlanTwins::Nodes& in_vNodes) {
+            inout_Run.getEvaluator().getVariable("s.a")->setValue(in_vA);
+            inout_Run.getEvaluator().getVariable("s.b")->setValue(in_vB);
+            std::string strSeen;
+            {
+                const LogCapture log(Testing::DomainValueLogger, log4cplus::DEBUG_LOG_LEVEL);
+                strSeen = PlanTwins::evaluate(*in_vNodes[0]);
+            }
+            // m is valid above a division that isn't: nobody asks for that again.
+            return strSeen + PlanTwins::evaluate(*in_vNodes[1]);
+        });
+    };
+    EXPECT_EQ(computeFrame(vOne, vOne), "");
+    EXPECT_EQ(computeFrame(vZero, vTwo), "");
+    EXPECT_EQ(computeFrame(vTwo, vOne), "");
+}
+
 /// Every definition uses the one before twice; the first adds vectors of two sizes.
 std::string doublingOverAFailure(int in_iLines) {
     std::string strText = "inputvar x\nv0 = x + {1, 2}\n";
@@ -615,6 +636,25 @@ TEST_F(SealedPlanGraphTest, ChangeReachesReadersThatWereSealedApart) {
     EXPECT_FALSE(graph.m_pTop->isValid());
     EXPECT_EQ(evaluated(*graph.m_pTop), (Values{2, 0, 5, 2, 0, 2, 0}));
     EXPECT_EQ(evaluated(*pOther), (Values{2, 0, 5, 5}));
+}
+
+TEST_F(SealedPlanGraphTest, VariableThatIsBoundAnewHasItsNewValueFromThenOn) {
+    const DoubleVector vSeven{7.0};
+    for (const int iKind : {0, 1, 2}) {
+        CountedGraph graph;
+        const Handle<VariableImpl> pRoot = variable("root", Node(graph.m_pTop));
+        pRoot->seal();
+        EXPECT_EQ(evaluated(*pRoot), (Values{1, 0, 5, 1, 0, 1, 0}));
+        Variable& interface = *pRoot;
+        // A node of the same plan, one of none, and a vector.
+        ASSERT_TRUE(iKind == 0   ? interface.setValue(Handle<Expression>(Node(graph.m_pLeft)))
+                    : iKind == 1 ? interface.setValue(Handle<Expression>(Node(constant({7.0}))))
+                                 : interface.setValue(vSeven));
+        EXPECT_EQ(evaluated(*pRoot), iKind == 0 ? (Values{1, 0, 5}) : (Values{7})) << iKind;
+        pRoot->seal();
+        CountedGraph::set(graph.m_pX, graph.m_vNextX);
+        EXPECT_EQ(evaluated(*pRoot), iKind == 0 ? (Values{2, 0, 5}) : (Values{7})) << iKind;
+    }
 }
 
 TEST_F(SealedPlanGraphTest, OperatorWhoseArgumentWasReplacedFollowsWhatItReads) {

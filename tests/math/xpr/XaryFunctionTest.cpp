@@ -179,6 +179,31 @@ TEST_F(XaryFunctionTest, FunctionSealedTwiceLeavesAnEntryBehindThatNothingFollow
     EXPECT_FALSE(pChild->isParent(*node()));
 }
 
+TEST_F(XaryFunctionTest, ArgumentsThatOutliveAFunctionSealedTwiceDoNotFollowIt) {
+    for (const std::size_t uiArguments : {2, 12}) {
+        Handle<RecordingXary> pFunction(new RecordingXary);
+        for (std::size_t ui = 0; ui != uiArguments; ++ui) {
+            pFunction->addArgument(("a" + std::to_string(ui)).c_str());
+        }
+        // Without a value each is what the function reads, and its child as well.
+        const Handle<ExpressionBaseImpl> pFirst = pFunction->getChildAt(0);
+        pFunction->seal();
+        pFunction->seal();
+        EXPECT_EQ(parentsOf(*pFirst), Nodes(3, pFunction.get()));
+        const ExpressionBaseImpl* const pGone = pFunction.get();
+        pFunction = nullptr;
+        const Nodes vParents = parentsOf(*pFirst);
+        ASSERT_EQ(vParents.size(), 1u);
+        EXPECT_NE(vParents.front(), pGone);
+        const DoubleVector vOne{1.0};
+        Variable& variable = *pFirst->asVariable();
+        ASSERT_TRUE(variable.setValue(vOne));
+        EXPECT_EQ(evaluated(*pFirst), Values{1.0});
+        pFirst->invalidate();
+        EXPECT_FALSE(pFirst->isValid());
+    }
+}
+
 TEST_F(XaryFunctionTest, FunctionSealedAgainOverOtherNodesLeavesTheFirstOnes) {
     const auto pFirst = node();
     const auto pSecond = node();
