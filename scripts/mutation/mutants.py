@@ -145,8 +145,14 @@ class Finder:
             self.delete(cursor)
             return
         children = list(cursor.get_children())
-        if cursor.kind == CursorKind.VAR_DECL and cursor.type.kind == TypeKind.CONSTANTARRAY:
-            children = children[1:]
+        # Arguments of templates are constants: ahead of the name of a variable, and in that of what
+        # is called.
+        if cursor.kind == CursorKind.VAR_DECL:
+            children = [c for c in children if c.extent.start.offset >= cursor.location.offset]
+            if cursor.type.kind == TypeKind.CONSTANTARRAY:
+                children = children[1:]
+        elif cursor.kind == CursorKind.DECL_REF_EXPR:
+            children = []
         for child in children:
             self.visit(child, cursor, function, in_lambda)
 

@@ -375,6 +375,8 @@ TEST_F(BinaryOperatorImplTest, OperatorSealedAgainOverOtherNodesLeavesTheFirstOn
     pOperator->seal();
     pOperator->invalidate();
     EXPECT_EQ(evaluated(*pOperator), (Values{2.0, 2.0}));
+    const Nodes vParents = parentsOf(*pFirst);
+    EXPECT_EQ(std::count(vParents.begin(), vParents.end(), pOperator.get()), 0);
     pOperator = nullptr;
     for (const auto& pNode : {pFirst, pSecond}) {
         evaluated(*pNode);

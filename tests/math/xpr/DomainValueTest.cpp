@@ -38,6 +38,13 @@ TEST_F(DomainValueTest, StandsForTheVectorItselfAndNotForACopy) {
     EXPECT_EQ(evaluated(*pValue), Values{2.0});
 }
 
+TEST_F(DomainValueTest, DependsOnNothing) {
+    const DoubleVector vValue{1.0};
+    const auto pValue = domainValue(vValue);
+    EXPECT_FALSE(pValue->isDependantOf(Handle<ExpressionBaseImpl>(new RecordingNode)));
+    EXPECT_FALSE(pValue->isDependantOf(Handle<ExpressionBaseImpl>(domainValue(vValue))));
+}
+
 TEST_F(DomainValueTest, SetOnAValidNodeInvalidatesAllAncestors) {
     const DoubleVector vFirst{1.0};
     const DoubleVector vSecond{2.0};

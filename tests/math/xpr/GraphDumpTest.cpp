@@ -91,7 +91,9 @@ TEST_F(GraphDumpTest, DotNameIsTheNameAndTheIdentifier) {
         const char* m_szName;
         const char* m_szDotName;
     } cases[] = {{"abc", "abc"}, {"Left&42", "Left_42"}, {"9lives", "_9lives"}, {"_x", "__x"},
-                 {"", "_"},      {"a.b-c d", "a_b_c_d"}, {"\xc3\xa9t", "___t"}, {"Z9z", "Z9z"}};
+                 {"", "_"},      {"a.b-c d", "a_b_c_d"}, {"\xc3\xa9t", "___t"}, {"Z9z", "Z9z"},
+                 {"A0a", "A0a"}, {"a@[`{", "a____"},     {"@", "__"},           {"[", "__"},
+                 {"a/:", "a__"}};
     for (const auto& testCase : cases) {
         const auto pVariable = variable(testCase.m_szName);
         EXPECT_EQ(pVariable->getDotName(), testCase.m_szDotName + ("_" + id(*pVariable)));

@@ -265,6 +265,17 @@ TEST_F(ParameterImplTest, DyingParameterLeavesTheRestOfAChainToAnotherThatReadsI
     EXPECT_EQ(pReader->getValue(), ParameterValue(7));
 }
 
+TEST_F(ParameterImplTest, DyingChainLeavesTheParameterThatAnotherHolds) {
+    const auto pLeaf = parameter();
+    auto pMiddle = parameter();
+    link(*pMiddle, pLeaf);
+    auto pDying = parameter();
+    link(*pDying, pMiddle);
+    pMiddle = nullptr;
+    pDying = nullptr;
+    EXPECT_EQ(parentsOf(*pLeaf), Parents());
+}
+
 TEST_F(ParameterImplTest, ParameterLivesAsLongAsAnotherTakesItsValue) {
     const auto pParameter = parameter();
     {

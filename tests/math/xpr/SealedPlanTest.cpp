@@ -657,6 +657,16 @@ TEST_F(SealedPlanGraphTest, VariableThatIsBoundAnewHasItsNewValueFromThenOn) {
     }
 }
 
+TEST_F(SealedPlanGraphTest, ParentThatAHostTakesOutIsNotToldOfAChange) {
+    CountedGraph graph;
+    evaluated(*graph.m_pTop);
+    ASSERT_TRUE(graph.m_pShared->removeParent(graph.m_pLeft.get()));
+    CountedGraph::set(graph.m_pX, graph.m_vNextX);
+    EXPECT_TRUE(graph.m_pLeft->isValid());
+    EXPECT_EQ(evaluated(*graph.m_pTop), (Values{1, 0, 5, 2, 0, 2, 0}));
+    graph.m_pShared->addParent(graph.m_pLeft.get());
+}
+
 TEST_F(SealedPlanGraphTest, OperatorWhoseArgumentWasReplacedFollowsWhatItReads) {
     const DoubleVector vOne{1.0}, vTwo{2.0}, vFive{5.0};
     const Handle<VariableImpl> pX = variable("x");

@@ -390,6 +390,26 @@ bool isHeld(const Handle<RecordingNode>& in_pNode) {
     return in_pNode.getReferenceCount() > 1;
 }
 
+TEST_F(VariableImplTest, ValueThatWasHeldGoesWithTheNextThatComesBehindAnInvalidation) {
+    const auto pVariable = variable();
+    const Handle<ScriptFunctionImpl> pFunction(new ScriptFunctionImpl("f"));
+    const auto pFirst = node(1.0);
+    const auto pSecond = node(2.0);
+    bind(*pVariable, pFirst);
+    pFunction->setImplementation(Handle<Expression>(pFirst));
+    for (const auto& pOwner :
+         {Handle<ExpressionBaseImpl>(pVariable), Handle<ExpressionBaseImpl>(pFunction)}) {
+        evaluated(*pOwner);
+        pOwner->replaceChild(*pFirst, Handle<ExpressionBaseImpl>(pSecond), true);
+        EXPECT_TRUE(isHeld(pFirst));
+        pOwner->invalidate();
+        pOwner->replaceChild(*pSecond, Handle<ExpressionBaseImpl>(node(3.0)), true);
+        EXPECT_EQ(evaluated(*pOwner), Values{3.0});
+    }
+    EXPECT_FALSE(isHeld(pFirst));
+    EXPECT_FALSE(isHeld(pSecond));
+}
+
 // What has taken the place of the value passes on what it passed on itself, and may stop to.
 TEST_F(VariableImplTest, ReplacedValueIsHeldThoughAnotherPassedItOnInBetween) {
     const Handle<RecordingNode> pOwner = node(2.0);
