@@ -43,9 +43,9 @@ public:
         }
     }
 
-    /// The same as `add`, to the bit. Where eight ones fill a register, the processor multiplies by
-    /// them while it adds, which takes as long but is done where products are made: the part that
-    /// sums and compares has time for others.
+    /// The same as `add`, to the bit, but for which of two NaNs it is. Where eight ones fill a
+    /// register, the processor multiplies by them while it adds, which takes as long but is done
+    /// where products are made: the part that sums and compares has time for others.
     [[gnu::always_inline]] void addMultiplied(const Lanes& in_other,
                                               [[maybe_unused]] const Lanes& in_ones) {
 // Clang takes the registers' width from the command line, and not from the function around it.

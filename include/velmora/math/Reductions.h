@@ -11,8 +11,8 @@ namespace Velmora::Math {
 /// Numbers that are each made of all elements of one vector, in one pass over it.
 ///
 /// Each has the bits that it has alone: those of SumFeature, MaxFeature, MinFeature and
-/// DoubleVector::averagePower. In one pass they read less from memory, and a processor adds for one
-/// while it compares for the other.
+/// DoubleVector::averagePower, but for which NaN it is where there are several. In one pass they
+/// read less from memory, and a processor adds for one while it compares for the other.
 ///
 /// The object refers to a loop that suits the processor and owns nothing. Any thread may use it.
 class VELMORA_EXPORT Reductions {

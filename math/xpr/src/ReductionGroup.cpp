@@ -43,6 +43,10 @@ SealedPlan::Index SealedPlan::ReductionGroup::computeOneByOne(SealedPlan& inout_
         if (!inout_Plan.isValid(part.m_uiNode) && !inout_Plan.step(part.m_uiNode)) {
             return part.m_uiNode;
         }
+        // A function of the host's that computes itself may have changed something.
+        if (inout_Plan.m_bDisturbed) {
+            return Disturbed;
+        }
     }
     return PassedOver;
 }

@@ -26,8 +26,8 @@ public:
     /// Computes them. False, and nothing has happened, for what the nodes have to compute.
     bool compute(SealedPlan& inout_Plan) const;
 
-    /// Computes those that aren't valid, in their order. Returns the node that failed, or
-    /// `PassedOver`.
+    /// Computes those that aren't valid, in their order. Returns the node that failed, `Disturbed`,
+    /// or `PassedOver`.
     Index computeOneByOne(SealedPlan& inout_Plan) const;
 
 private:

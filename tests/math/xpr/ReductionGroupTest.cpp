@@ -1,6 +1,8 @@
 // Functions that a frame leaves to one pass over their vector.
 
+#include <algorithm>
 #include <cstddef>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include <velmora/math/xpr/NoMemoryFunctionImpl.h>
 #include <velmora/math/xpr/NoParamFunctionImpl.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
+#include <velmora/math/xpr/SingleParameterFunctionImpl.h>
 #include <velmora/math/xpr/SingleVariableFunctionImpl.h>
 #include <velmora/math/xpr/UserFunctionImpl.h>
 #include <velmora/math/xpr/VariableImpl.h>
@@ -23,6 +26,7 @@ using namespace Velmora;
 using namespace Velmora::Math;
 using namespace Velmora::Math::Xpr;
 
+using Testing::argument;
 using Testing::bind;
 using Testing::evaluated;
 using Testing::variable;
@@ -63,6 +67,53 @@ public:
     }
 };
 
+/// Its parameter says, once it is configured, whether it is a sum or a maximum.
+class FunctionSumOrMax : public SingleVariableFunctionImpl,
+                         public SingleParameterFunctionImpl,
+                         public NoMemoryFunctionImpl {
+public:
+    FunctionSumOrMax()
+        : SingleVariableFunctionImpl("sumOrMax", "x"), SingleParameterFunctionImpl("max") {}
+
+    bool configure(const ROConfiguration&, const TSHandle<VirtualFileSystem>&) override {
+        m_bMax = true;
+        return true;
+    }
+
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        const DoubleVector& vX = *firstArgument(in_ArgNameToDomain);
+        out.push_back(m_bMax ? *std::max_element(vX.begin(), vX.end())
+                             : std::accumulate(vX.begin(), vX.end(), 0.0));
+        return true;
+    }
+
+    static Reductions::Kind reductionOf(const FunctionSumOrMax& in_Function) {
+        return in_Function.m_bMax ? Reductions::Kind::Max : Reductions::Kind::Sum;
+    }
+
+private:
+    bool m_bMax = false;
+};
+
+/// Sets an input where it computes itself.
+class FunctionDisturbing : public FunctionTotal {
+public:
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        if (s_pInput != nullptr) {
+            s_pInput->setValue(*s_pValue);
+        }
+        return FunctionTotal::calculate(in_ArgNameToDomain, out);
+    }
+
+    static Reductions::Kind reductionOf(const FunctionDisturbing&) { return Reductions::Kind::Sum; }
+
+    static Variable* s_pInput;
+    static const DoubleVector* s_pValue;
+};
+
+Variable* FunctionDisturbing::s_pInput = nullptr;
+const DoubleVector* FunctionDisturbing::s_pValue = nullptr;
+
 /// A node that computes something else.
 class NodeDoubled : public UserFunctionImpl<FunctionTotal> {
 protected:
@@ -80,8 +131,13 @@ protected:
 
     template <class N>
     void append() {
+        append<N>(m_pX);
+    }
+
+    template <class N>
+    void append(const Handle<VariableImpl>& in_pInput) {
         const Handle<N> pNode(new N);
-        bind(*pNode, 0, Node(m_pX));
+        bind(*pNode, 0, Node(in_pInput));
         const std::size_t uiIndex = m_pTop->getArgumentCount();
         m_pTop->addArgument(std::to_string(uiIndex).c_str());
         bind(*m_pTop, uiIndex, Node(pNode));
@@ -132,6 +188,40 @@ TEST_F(ReductionGroupTest, DerivedFunctionsComputeThemselves) {
     m_pTop->seal();
     EXPECT_EQ(computeFrames(m_vTwo), (Values{24}));
     EXPECT_EQ(FunctionTotal::s_uiCalls, 1U);
+}
+
+TEST_F(ReductionGroupTest, FunctionsWithParametersAreAskedInEachFrame) {
+    append<UserFunctionImpl<FunctionSumOrMax>>();
+    m_pTop->seal();
+    EXPECT_EQ(computeFrames(m_vTwo), (Values{12}));
+    const auto& function = static_cast<const Function&>(
+        *Handle<FunctionBaseImpl>(Node(argument(*m_pTop, 0)->getValue())));
+    ASSERT_TRUE(function.getParameter("max")->setValue(ParameterValue(1)));
+    ASSERT_TRUE(m_pTop->configure(TSHandle<VirtualFileSystem>()));
+    EXPECT_EQ(computeFrames(m_vTwo), (Values{5}));
+}
+
+TEST_F(ReductionGroupTest, FunctionThatSetsAnInputIsHeardByThoseBehindIt) {
+    const Handle<VariableImpl> pY = variable("y");
+    Variable& y = *pY;
+    y.setValue(m_vOne);
+    append<UserFunctionImpl<FunctionDisturbing>>();
+    append<UserFunctionImpl<FunctionTotal>>(pY);
+    m_pTop->seal();
+    EXPECT_EQ(computeFrames(m_vOne), (Values{3, 3}));
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        y.setValue(m_vOne);
+        EXPECT_EQ(computeFrame(m_vTwo), (Values{12, 3}));
+    }
+    FunctionDisturbing::s_pInput = &y;
+    FunctionDisturbing::s_pValue = &m_vTwo;
+    y.setValue(m_vOne);
+    EXPECT_EQ(computeFrame(m_vNone), (Values{0, 12}));
+    FunctionDisturbing::s_pInput = nullptr;
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        y.setValue(m_vOne);
+        EXPECT_EQ(computeFrame(m_vTwo), (Values{12, 3}));
+    }
 }
 
 TEST_F(ReductionGroupTest, NodesOfDerivedClassesComputeThemselves) {

@@ -33,14 +33,15 @@ namespace Velmora::Math::Xpr {
 /// which sets the results of at most `MaxTogether` functions to what `calculate` would give each.
 /// The results aren't cleared. False, with nothing in the log, has each computed by `calculate`.
 ///
-/// One of one argument and without memory, whose result is a number that a reduction makes of all
-/// elements, may say so with
+/// One of one argument, without parameters and memory, whose result is a number that a reduction
+/// makes of all elements, may say so with
 ///
 ///     static Reductions::Kind reductionOf(const F& in_Function);
 ///
 /// It is computed in one pass with others of the same vector then. `calculate` is called for the
 /// first frame, and for vectors that have no elements; its result, for all others, must be that of
-/// the reduction, and it must leave nothing in the log for them.
+/// the reduction, and it must leave nothing in the log for them. With parameters it is computed
+/// alone.
 ///
 /// A class that derives from `F` has neither unless it has one of its own.
 class VELMORA_EXPORT FunctionAdaptor : public Resettable, public virtual Object {

@@ -81,8 +81,10 @@ protected:
 
     bool getReduction([[maybe_unused]] Reductions::Kind& out_eKind) const override {
         if constexpr (HasReductionOf<F>::value) {
-            // A class of the host's that derives from this one may compute otherwise.
-            const bool bReduces = typeid(*this) == typeid(UserFunctionImpl);
+            // A class of the host's that derives from this one may compute otherwise, and so may a
+            // function that is configured later.
+            const bool bReduces =
+                typeid(*this) == typeid(UserFunctionImpl) && getParameterCount() == 0;
             if (bReduces) {
                 out_eKind = F::reductionOf(m_UserFunction);
             }
