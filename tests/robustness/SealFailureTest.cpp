@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstddef>
 #include <new>
-#include <string>
 
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/VariableImpl.h>
