@@ -52,7 +52,7 @@ public:
 #if defined(__x86_64__) && !defined(__clang__)
         if constexpr (Bytes == 64) {
             Register sum = m_parts[0];
-            asm("vfmadd231pd %2, %1, %0"
+            asm("vfmadd231pd {%2, %1, %0|%0, %1, %2}"
                 : "+v"(sum)
                 : "v"(in_other.m_parts[0]), "v"(in_ones.m_parts[0]));
             m_parts[0] = sum;

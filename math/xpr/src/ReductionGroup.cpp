@@ -11,7 +11,7 @@ bool SealedPlan::ReductionGroup::add(SealedPlan& inout_Plan, Index in_uiNode) {
     if (!m_Reductions.add(step.m_eReduction)) {
         return false;
     }
-    m_Parts[m_uiParts++] = {in_uiNode, &step};
+    m_Parts[m_uiParts++] = {in_uiNode, &step, &inout_Plan.m_vSteps[step.m_uiFirst]};
     return true;
 }
 
@@ -21,13 +21,15 @@ bool SealedPlan::ReductionGroup::isBegun(const SealedPlan& in_Plan) const {
 }
 
 bool SealedPlan::ReductionGroup::compute(SealedPlan& inout_Plan) const {
+    const DoubleVector* const pInput = m_pInput->m_pVector;
     for (const Part& part : *this) {
-        if (!isReducible(*part.m_pStep, *m_pInput)) {
+        // A valid argument stays with what it has, though a host evaluates what it had that from.
+        if (part.m_pArgument->m_pVector != pInput || !isReducible(*part.m_pStep, *m_pInput)) {
             return false;
         }
     }
     Reductions::Results results;
-    m_Reductions.compute(m_pInput->m_pVector->begin(), m_pInput->m_pVector->end(), results);
+    m_Reductions.compute(pInput->begin(), pInput->end(), results);
     std::uint8_t* const pValid = inout_Plan.flagOf(0);
     for (const Part& part : *this) {
         Step& step = *part.m_pStep;

@@ -34,6 +34,8 @@ private:
     struct Part {
         Index m_uiNode = PassedOver;
         Step* m_pStep = nullptr;
+        /// The variable through which it reads the vector.
+        const Step* m_pArgument = nullptr;
     };
 
     const Part* begin() const { return m_Parts.data(); }

@@ -197,7 +197,8 @@ void SealedPlan::Builder::append(const Place& in_Place) {
         in_Place.m_uiInputsEnd - in_Place.m_uiInputs == 1 && node.getReduction(step.m_eReduction)) {
         step.m_eKind = Kind::Reduce;
     }
-    if (step.m_eKind == Kind::Other && step.m_bPlanned && seesVectors(node)) {
+    const bool bComputesItself = step.m_eKind == Kind::Other || step.m_eKind == Kind::Reduce;
+    if (bComputesItself && step.m_bPlanned && seesVectors(node)) {
         for (std::size_t ui = in_Place.m_uiInputs; ui != in_Place.m_uiInputsEnd; ++ui) {
             appendHanded(placeOf(ui));
         }

@@ -291,9 +291,11 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inou
     for (const Item* pItem = m_vItems.data(); pItem != pEnd;) {
         const bool bForward = pItem->m_pStep != nullptr && pItem->m_pStep->m_eKind == Kind::Forward;
         if (bForward) {
-            // Once more does no harm, and nobody hears of it.
-            inout_Plan.passOn(*pItem->m_pStep, *pItem->m_pFirst);
-            *inout_Plan.flagOf(pItem->m_uiNode) = 1;
+            // Nobody hears of it: nothing can be disturbed.
+            if (!inout_Plan.isValid(pItem->m_uiNode)) {
+                inout_Plan.passOn(*pItem->m_pStep, *pItem->m_pFirst);
+                *inout_Plan.flagOf(pItem->m_uiNode) = 1;
+            }
             ++pItem;
             continue;
         }

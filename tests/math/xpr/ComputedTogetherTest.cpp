@@ -89,6 +89,16 @@ public:
     }
 };
 
+/// Says so without ever throwing.
+class FunctionQuiet : public FunctionNumbered {
+public:
+    static bool calculateTogether(FunctionQuiet* const*, std::size_t in_uiFunctions,
+                                  const DoubleVector&, DoubleVector* const*) noexcept {
+        s_vTogether.push_back(in_uiFunctions);
+        return false;
+    }
+};
+
 /// A concatenation of some of these, all but the last of which read x.
 class ComputedTogetherTest : public testing::Test {
 protected:
@@ -169,6 +179,13 @@ TEST_F(ComputedTogetherTest, FunctionsOfADerivedClassAreNot) {
     make<FunctionDoubled>(3);
     EXPECT_EQ(computeFrames(m_vOne, m_vOne), (Values{20, 20, 20}));
     EXPECT_TRUE(FunctionNumbered::s_vTogether.empty());
+}
+
+TEST_F(ComputedTogetherTest, FunctionsThatThrowNothingAre) {
+    make<FunctionQuiet>(3);
+    EXPECT_EQ(computeFrames(m_vOne, m_vOne), (Values{10, 11, 12}));
+    EXPECT_EQ(FunctionNumbered::s_vTogether, (std::vector<std::size_t>{3}));
+    EXPECT_EQ(FunctionNumbered::s_uiAlone, 3U);
 }
 
 TEST_F(ComputedTogetherTest, OneThatFailsFailsAlone) {

@@ -11,6 +11,7 @@
 #include <velmora/math/xpr/NoMemoryFunctionImpl.h>
 #include <velmora/math/xpr/NoParamFunctionImpl.h>
 #include <velmora/math/xpr/OperatorConcatenate.h>
+#include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/SingleParameterFunctionImpl.h>
 #include <velmora/math/xpr/SingleVariableFunctionImpl.h>
 #include <velmora/math/xpr/UserFunctionImpl.h>
@@ -28,6 +29,7 @@ using namespace Velmora::Math::Xpr;
 
 using Testing::argument;
 using Testing::bind;
+using Testing::constant;
 using Testing::evaluated;
 using Testing::variable;
 using Node = Handle<ExpressionBaseImpl>;
@@ -67,7 +69,26 @@ public:
     }
 };
 
-/// Its parameter says, once it is configured, whether it is a sum or a maximum.
+/// Makes its argument longer where it computes itself, which it shouldn't.
+class FunctionPadding : public FunctionTotal {
+public:
+    bool calculate(const ArgumentMap& in_ArgNameToDomain, DoubleVector& out) override {
+        in_ArgNameToDomain.begin()->second->resize(1000);
+        return FunctionTotal::calculate(in_ArgNameToDomain, out);
+    }
+
+    static Reductions::Kind reductionOf(const FunctionPadding&) { return Reductions::Kind::Sum; }
+};
+
+/// Says so without ever throwing.
+class FunctionQuiet : public FunctionTotal {
+public:
+    static Reductions::Kind reductionOf(const FunctionQuiet&) noexcept {
+        return Reductions::Kind::Sum;
+    }
+};
+
+/// A sum until it is configured, and a maximum from then on.
 class FunctionSumOrMax : public SingleVariableFunctionImpl,
                          public SingleParameterFunctionImpl,
                          public NoMemoryFunctionImpl {
@@ -190,6 +211,28 @@ TEST_F(ReductionGroupTest, DerivedFunctionsComputeThemselves) {
     EXPECT_EQ(FunctionTotal::s_uiCalls, 1U);
 }
 
+TEST_F(ReductionGroupTest, FunctionsThatThrowNothingMaySaySoToo) {
+    append<UserFunctionImpl<FunctionQuiet>>();
+    m_pTop->seal();
+    EXPECT_EQ(computeFrames(m_vTwo), (Values{12}));
+    EXPECT_EQ(FunctionTotal::s_uiCalls, 0U);
+}
+
+TEST_F(ReductionGroupTest, ArgumentThatAFunctionMakesLongerIsComputedAnew) {
+    const Node pDouble(Testing::binary<OperatorMultiply>(Node(m_pX), Node(constant({2.0}))));
+    const Node pLonger(Testing::binary<OperatorMultiply>(pDouble, Node(constant({3.0}))));
+    const Handle<UserFunctionImpl<FunctionPadding>> pPadding(new UserFunctionImpl<FunctionPadding>);
+    bind(*pPadding, 0, pDouble);
+    Testing::bindAll(*m_pTop, {Node(pPadding), pLonger});
+    m_pTop->seal();
+    const DoubleVector vFour{4.0}, vFive{5.0};
+    EXPECT_EQ(computeFrame(vFour).size(), 1001U);
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        EXPECT_EQ(computeFrame(vFive), (Values{10, 30}));
+        EXPECT_EQ(computeFrame(vFour), (Values{8, 24}));
+    }
+}
+
 TEST_F(ReductionGroupTest, FunctionsWithParametersAreAskedInEachFrame) {
     append<UserFunctionImpl<FunctionSumOrMax>>();
     m_pTop->seal();
@@ -292,6 +335,28 @@ TEST(ReductionsOfScriptsTest, AnyResultMayBeSetAsAnInput) {
 }
 
 // The sum of nothing is computed, and its maximum isn't.
+TEST(ReductionsOfScriptsTest, OneThatFailedHasNoNumberToWriteOver) {
+    InputTwins twins("inputvar x\nlargest = max(x)\ntotal = sum(x)\n", {"largest", "total"}, {"x"});
+    // Behind the features, whose values they are.
+    constexpr std::size_t Largest = 2, Total = 3;
+    const DoubleVector vPair{10.0, 20.0}, vNone;
+    for (int iFrame = 0; iFrame != 4; ++iFrame) {
+        EXPECT_EQ(twins.set(0, vPair), "");
+        EXPECT_EQ(twins.evaluate(Largest), "");
+        EXPECT_EQ(twins.evaluate(Total), "");
+    }
+    EXPECT_EQ(twins.set(0, vNone), "");
+    EXPECT_EQ(twins.evaluate(Largest), "");
+    for (int iFrame = 0; iFrame != 6; ++iFrame) {
+        EXPECT_EQ(twins.set(0, vPair), "");
+        EXPECT_EQ(twins.evaluate(Total), "");
+    }
+    for (int iFrame = 0; iFrame != 3; ++iFrame) {
+        EXPECT_EQ(twins.set(0, vPair), "");
+        EXPECT_EQ(twins.evaluate(Largest), "");
+    }
+}
+
 TEST(ReductionsOfScriptsTest, FailureIsThatOfTheWalk) {
     const DoubleVector vNone, vPair{10.0, 20.0};
     InputTwins twins(scriptOf("r = {sum(x), max(x), sum(y)}\nf = max(x)"), {"r", "f"}, Inputs);

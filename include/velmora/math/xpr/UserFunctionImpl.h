@@ -191,22 +191,22 @@ private:
         }
     }
 
-    /// Has the class a static `calculateTogether` of its own? That of a base knows nothing of the
-    /// class's `calculate`.
+    /// Has the class a static `calculateTogether` of its own, `noexcept` or not? That of a base
+    /// knows nothing of the class's `calculate`.
     template <class T, class = void>
     struct HasCalculateTogether : std::false_type {};
     template <class T>
     struct HasCalculateTogether<T, std::void_t<decltype(&T::calculateTogether)>>
-        : std::is_same<decltype(&T::calculateTogether),
-                       bool (*)(T* const*, std::size_t, const DoubleVector&,
-                                DoubleVector* const*)> {};
+        : std::is_convertible<decltype(&T::calculateTogether),
+                              bool (*)(T* const*, std::size_t, const DoubleVector&,
+                                       DoubleVector* const*)> {};
 
     /// The same of `reductionOf`.
     template <class T, class = void>
     struct HasReductionOf : std::false_type {};
     template <class T>
     struct HasReductionOf<T, std::void_t<decltype(&T::reductionOf)>>
-        : std::is_same<decltype(&T::reductionOf), Reductions::Kind (*)(const T&)> {};
+        : std::is_convertible<decltype(&T::reductionOf), Reductions::Kind (*)(const T&)> {};
 
     /// The only argument, if its value is current, as in most functions of a sealed graph. False
     /// for all else.
