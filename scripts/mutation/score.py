@@ -33,9 +33,10 @@ PARTS = {
         GraphvizNodes InvalidExpression InvalidVariable LeafText NodeKind ParameterImpl ParentList
         ScriptFunctionImpl UnknownFunction UnknownVariable VariableImpl""",
     "operators": "BinaryOperatorImpl Operator XaryFunction",
-    "linker": "CallBinder Linker PrototypeCopier Resolver ResolverLog",
-    "optimizer": """ExpressionComplexity Optimizer OptimizerDictionnary OptimizerExpressionDataImpl
-        OptimizerExpressionDataSpecializer OptimizerExpressionKind OptimizerKeyTable""",
+    "linker": "CallBinder CandidateNames Linker PrototypeCopier Resolver ResolverLog",
+    "optimizer": """ExpressionComplexity Optimizer OptimizerDictionnary
+        OptimizerDictionnarySingleWalk OptimizerExpressionDataImpl OptimizerExpressionDataSpecializer
+        OptimizerExpressionKind OptimizerKeyTable""",
 }
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent

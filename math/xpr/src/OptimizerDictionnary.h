@@ -82,6 +82,9 @@ private:
 
     using Nodes = std::vector<ExpressionBaseImpl*>;
 
+    /// Of a definition of two operators, for which room is made.
+    static constexpr std::size_t ExpressionsPerRoot = 8;
+
     bool insertInTwoWalks(const Dictionnary& in_Dictionnary);
     bool insertInOneWalk(const Dictionnary& in_Dictionnary, const Nodes& in_vRoots);
     void releaseHeld();

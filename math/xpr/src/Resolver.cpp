@@ -14,58 +14,11 @@
 #include <velmora/math/xpr/Registry.h>
 
 #include "CallBinder.h"
+#include "CandidateNames.h"
 #include "UncheckedLinks.h"
 #include "WayBack.h"
 
 namespace Velmora::Math::Xpr {
-
-namespace {
-
-/// The names under which a placeholder is sought, one after the other: the first is mostly found,
-/// and the others needn't be made.
-class Candidates {
-public:
-    explicit Candidates(const char* in_szName) : m_strName(in_szName) {
-        const std::size_t uiPoint = m_strName.find('.');
-        if (uiPoint != std::string::npos) {
-            m_uiRest = uiPoint + 1;
-            const bool bTwoParts = m_strName.find('.', m_uiRest) == std::string::npos;
-            m_eNext = bTwoParts ? Form::Whole : Form::Rest;
-        }
-    }
-
-    /// False behind the last one.
-    bool next(std::string& out_strCandidate) {
-        switch (m_eNext) {
-        case Form::Whole:
-            out_strCandidate = m_strName;
-            m_eNext = Form::Twice;
-            return true;
-        case Form::Twice:
-            out_strCandidate.assign(m_strName, m_uiRest).append(1, '.').append(m_strName, m_uiRest);
-            m_eNext = Form::Rest;
-            return true;
-        case Form::Rest:
-            out_strCandidate.assign(m_strName, m_uiRest);
-            m_eNext = Form::None;
-            return true;
-        case Form::None:
-            break;
-        }
-        return false;
-    }
-
-private:
-    /// The name, what stands behind its first point twice, with a point between, and that once: of
-    /// a name without a point, all of it.
-    enum class Form { Whole, Twice, Rest, None };
-
-    const std::string m_strName;
-    std::size_t m_uiRest = 0;
-    Form m_eNext = Form::Twice;
-};
-
-} // namespace
 
 Resolver::Resolver(const Linker& in_Linker, const Dictionnary& in_RawExpressions)
     : ObjectWithLogger<CachedLLLogger>(CachedLLLogger("quillmark.math.xpr.Linker")),
@@ -308,8 +261,8 @@ bool Resolver::resolveCall(const Node& inout_pFunction, const ExpressionBaseImpl
 
 Handle<ExpressionBaseImpl> Resolver::findCandidate(const ExpressionBaseImpl& in_Unknown,
                                                    std::string& out_strCandidate) {
-    Candidates candidates(in_Unknown.getName());
-    while (candidates.next(out_strCandidate)) {
+    CandidateNames names(in_Unknown.getName());
+    while (names.next(out_strCandidate)) {
         m_Log.tryingCandidate(in_Unknown, out_strCandidate.c_str());
         Node pExpression(findExpression(out_strCandidate, in_Unknown));
         if (!pExpression.isNull()) {
