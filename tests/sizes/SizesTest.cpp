@@ -227,6 +227,8 @@ TEST_P(LengthTest, ALineOf10MegabytesWorksOrIsRefused) {
                   "The script has more than 1048576 definitions and operands.");
     expectRefused("\nx = f(1" + repeated(",1", 5000000) + ")", 2, 1,
                   "The script has more than 1048576 definitions and operands.");
+    expectRefused(numbered("x# = {1" + repeated(",1", 999) + "}\n", 0, 5000), 1049, 1,
+                  "The script has more than 1048576 definitions and operands.");
 }
 
 TEST_P(LengthTest, ANameOf1MegabyteWorks) {
@@ -244,6 +246,18 @@ TEST_P(LengthTest, AFileOf100MegabytesIsRefused) {
 
 TEST_P(LengthTest, AMillionDefinitionsWork) {
     expectWorks(numbered("x#=1\n", 0, 999999) + "x=1\n", 1);
+}
+
+TEST_P(LengthTest, OneDefinitionMoreThanTheLimitIsRefused) {
+    expectRefused(numbered("x#=1\n", 0, ScriptParser::MaxOperands + 1),
+                  static_cast<int>(ScriptParser::MaxOperands) + 1, 1,
+                  "The script has more than 1048576 definitions and operands.");
+}
+
+TEST_P(LengthTest, MoreSidesOfOperatorsThanTheLimitAreRefused) {
+    // Each definition has two thousand and one.
+    expectRefused(numbered("x#=1" + repeated("+1", 1000) + "\n", 0, 1000), 525, 1,
+                  "The script has more than 1048576 definitions and operands.");
 }
 
 TEST_P(LengthTest, NamesOfOneHashCostNoMoreThanOthers) {

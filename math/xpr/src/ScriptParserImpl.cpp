@@ -5,6 +5,7 @@
 #include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
+#include "OperandsAhead.h"
 #include "ScriptGrammar.h"
 #include "SkipGrammar.h"
 #include "UnknownVariable.h"
@@ -49,6 +50,7 @@ ScriptParser::ScriptParserImpl::Outcome
 ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
                                                const ScriptIterator& in_Last) {
     if (m_pSkipGrammar == nullptr) {
+        lookAhead(in_First);
         m_pSkipGrammar = std::make_unique<SkipGrammar>(in_First.getText());
     }
     if (m_pDefinition == nullptr) {
@@ -65,6 +67,19 @@ ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
         outcome.m_bFull = outcome.m_Stop == in_Last;
     }
     return outcome;
+}
+
+/// Refuses a script that has too many operands before their nodes are made. One with fewer
+/// characters can't have them.
+void ScriptParser::ScriptParserImpl::lookAhead(const ScriptIterator& in_First) {
+    const auto uiText = static_cast<std::size_t>(in_First.getTextEnd() - in_First.getText());
+    if (uiText <= ScriptParser::MaxOperands) {
+        return;
+    }
+    const auto statement = findOperandsBeyond(ScriptParser::MaxOperands, in_First);
+    if (statement) {
+        throw ScriptSyntaxError(*statement, operandsText());
+    }
 }
 
 void ScriptParser::ScriptParserImpl::readLogLevel() {

@@ -147,6 +147,8 @@ private:
     void addOperationArgument(ParsedExpression& inout_Operation,
                               const ParsedExpression& in_Operand);
 
+    static void lookAhead(const ScriptIterator& in_First);
+
     /// Ends the script with the first operand that is one too many.
     void countOperands(std::size_t in_uiCount);
 
