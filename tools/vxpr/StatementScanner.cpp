@@ -86,22 +86,29 @@ StatementScanner::Token StatementScanner::readToken(std::size_t in_uiBegin) cons
     return token;
 }
 
-std::vector<StatementScanner::Token> StatementScanner::scan(std::size_t in_uiBegin,
-                                                            bool in_bWholeScript) const {
-    std::vector<Token> vTokens;
+template <class Function>
+void StatementScanner::visit(std::size_t in_uiBegin, Range in_eRange, Function in_Function) const {
     bool bLineComment = false;
     std::size_t uiOffset = skipBlanks(in_uiBegin, bLineComment);
     while (uiOffset < m_Script.getText().size()) {
         Token token = readToken(uiOffset);
         token.m_bBehindLineComment = bLineComment;
-        vTokens.push_back(token);
         const bool bEnds =
             token.m_Kind == Token::Kind::LineEnd || m_Script.getText()[token.m_uiBegin] == ';';
-        if (bEnds && !in_bWholeScript) {
-            break;
+        if (!in_Function(token) || (bEnds && in_eRange == Range::Statement)) {
+            return;
         }
         uiOffset = skipBlanks(token.m_uiEnd, bLineComment);
     }
+}
+
+std::vector<StatementScanner::Token> StatementScanner::scan(std::size_t in_uiBegin,
+                                                            Range in_eRange) const {
+    std::vector<Token> vTokens;
+    visit(in_uiBegin, in_eRange, [&](const Token& in_Token) {
+        vTokens.push_back(in_Token);
+        return true;
+    });
     return vTokens;
 }
 
@@ -115,19 +122,28 @@ std::size_t StatementScanner::findBegin(std::size_t in_uiOffset) const {
 }
 
 std::size_t StatementScanner::findEnd(std::size_t in_uiBegin) const {
-    const std::vector<Token> vTokens = scan(in_uiBegin, false);
-    // A line comment is taken for the end that its author meant it to be.
-    for (std::size_t uiToken = 1; uiToken < vTokens.size(); ++uiToken) {
-        if (vTokens[uiToken].m_bBehindLineComment) {
-            return vTokens[uiToken - 1].m_uiEnd;
+    std::size_t uiEnd = m_Script.getText().size();
+    bool bFirst = true;
+    visit(in_uiBegin, Range::Statement, [&](const Token& in_Token) {
+        // A line comment is taken for the end that its author meant it to be.
+        const bool bGoesOn = bFirst || !in_Token.m_bBehindLineComment;
+        if (bGoesOn) {
+            uiEnd = in_Token.m_uiEnd;
         }
-    }
-    return vTokens.empty() ? m_Script.getText().size() : vTokens.back().m_uiEnd;
+        bFirst = false;
+        return bGoesOn;
+    });
+    return uiEnd;
 }
 
 std::string StatementScanner::findDefinedName(std::size_t in_uiBegin) const {
-    const std::vector<Token> vTokens = scan(in_uiBegin, false);
-    if (vTokens.size() < 2 || vTokens[0].m_Kind != Token::Kind::Word) {
+    constexpr std::size_t TokensOfAName = 2;
+    std::vector<Token> vTokens;
+    visit(in_uiBegin, Range::Statement, [&](const Token& in_Token) {
+        vTokens.push_back(in_Token);
+        return vTokens.size() != TokensOfAName;
+    });
+    if (vTokens.size() != TokensOfAName || vTokens[0].m_Kind != Token::Kind::Word) {
         return {};
     }
     if (getText(vTokens[0]) == "inputvar" && vTokens[1].m_Kind == Token::Kind::Word) {
@@ -185,7 +201,7 @@ std::string StatementScanner::describeMistake(const Token& in_Token, const Token
 }
 
 std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) const {
-    const std::vector<Token> vTokens = scan(in_uiBegin, false);
+    const std::vector<Token> vTokens = scan(in_uiBegin, Range::Statement);
     bool bParameters = false;
     for (std::size_t uiToken = 0; uiToken < vTokens.size(); ++uiToken) {
         const Token& token = vTokens[uiToken];
@@ -214,7 +230,7 @@ std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) 
 
 std::optional<SourcePosition> StatementScanner::findInput(const std::string& in_strName,
                                                           std::size_t in_uiSkipped) const {
-    const std::vector<Token> vTokens = scan(0, true);
+    const std::vector<Token> vTokens = scan(0, Range::WholeScript);
     for (std::size_t uiToken = 0; uiToken + 1 < vTokens.size(); ++uiToken) {
         if (getText(vTokens[uiToken]) == "inputvar" &&
             getText(vTokens[uiToken + 1]) == in_strName && in_uiSkipped-- == 0) {
@@ -225,7 +241,7 @@ std::optional<SourcePosition> StatementScanner::findInput(const std::string& in_
 }
 
 std::optional<SourcePosition> StatementScanner::findCharacter(char in_cCharacter) const {
-    for (const Token& token : scan(0, true)) {
+    for (const Token& token : scan(0, Range::WholeScript)) {
         if (token.m_Kind == Token::Kind::Mark &&
             m_Script.getText()[token.m_uiBegin] == in_cCharacter) {
             return toPosition(token.m_uiBegin);
@@ -236,7 +252,7 @@ std::optional<SourcePosition> StatementScanner::findCharacter(char in_cCharacter
 
 std::optional<SourcePosition>
 StatementScanner::findParameterUse(const std::string& in_strName) const {
-    const std::vector<Token> vTokens = scan(0, true);
+    const std::vector<Token> vTokens = scan(0, Range::WholeScript);
     std::size_t uiStatement = 0;
     bool bDefined = false;
     bool bInFunction = false;

@@ -48,7 +48,12 @@ private:
         bool m_bBehindLineComment = false; ///< the first of a line whose line end was commented out
     };
 
-    std::vector<Token> scan(std::size_t in_uiBegin, bool in_bWholeScript) const;
+    enum class Range { Statement, WholeScript };
+
+    /// Hands out one token after the other, as long as the function returns true.
+    template <class Function>
+    void visit(std::size_t in_uiBegin, Range in_eRange, Function in_Function) const;
+    std::vector<Token> scan(std::size_t in_uiBegin, Range in_eRange) const;
     Token readToken(std::size_t in_uiBegin) const;
     std::size_t skipBlanks(std::size_t in_uiBegin, bool& out_bLineComment) const;
     std::string getText(const Token& in_Token) const;
