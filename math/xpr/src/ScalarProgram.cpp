@@ -6,6 +6,7 @@
 
 #include "FlagBlock.h"
 #include "SealedPlanNeeds.h"
+#include "SealedPlanSteps.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -143,7 +144,7 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
     }
     for (const Index uiForward : m_vForwards) {
         Step& forward = inout_Plan.m_vSteps[uiForward];
-        inout_Plan.passOn(forward, inout_Plan.m_vSteps[forward.m_uiFirst]);
+        inout_Plan.passOn(forward, uiForward, inout_Plan.m_vSteps[forward.m_uiFirst]);
     }
     FlagBlock::add(inout_Plan.m_vValid.data() + in_Needs.m_uiFirstPlace, in_Needs.m_vFlags);
     return true;
@@ -152,7 +153,7 @@ bool SealedPlan::ScalarProgram::run(SealedPlan& inout_Plan, const Needs& in_Need
 /// The flags are set at the end, all at a time.
 void SealedPlan::ScalarProgram::readInputs(SealedPlan& inout_Plan) const {
     for (const Index uiInput : m_vNew) {
-        inout_Plan.readInput(inout_Plan.m_vSteps[uiInput]);
+        inout_Plan.readInput(inout_Plan.m_vSteps[uiInput], uiInput);
     }
 }
 

@@ -235,12 +235,12 @@ private:
     struct Needs;
 
     bool compute(Step& inout_Step);
-    void readInput(Step& inout_Step);
-    void passOn(Step& inout_Step, const Step& in_From) {
+    void readInput(Step& inout_Step, Index in_uiNode);
+    void passOn(Step& inout_Step, Index in_uiNode, const Step& in_From) {
         const DoubleVector* const pVector = in_From.m_pVector;
         if (inout_Step.m_pVector != pVector) {
             inout_Step.m_pVector = pVector;
-            nodeOf(inout_Step)->m_pValue = const_cast<DoubleVector*>(pVector);
+            m_vNodes[in_uiNode]->m_pValue = const_cast<DoubleVector*>(pVector);
         }
     }
     static bool computeScalar(Step& inout_Step, const Step* in_pSteps);

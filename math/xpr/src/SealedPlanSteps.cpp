@@ -130,14 +130,6 @@ inline bool SealedPlan::computeOperator(Step& inout_Step) {
     return computeAgain(inout_Step) || computeVectors(inout_Step);
 }
 
-/// Without the line of `getValue` in the log.
-void SealedPlan::readInput(Step& inout_Step) {
-    ExpressionBaseImpl& node = *nodeOf(inout_Step);
-    const DoubleVector* const pValue = static_cast<DomainValueNoCopyImpl&>(node).m_pVector.get();
-    inout_Step.m_pVector = pValue;
-    node.m_pValue = const_cast<DoubleVector*>(pValue);
-}
-
 /// The values of the inputs, one behind the other, where a result as long as that was. False for
 /// all else: the result is to be made anew then.
 bool SealedPlan::concatenate(Index in_uiNode) {
@@ -198,7 +190,7 @@ inline bool SealedPlan::compute(Step& inout_Step) {
     case Kind::Other:
         return computeByNode(inout_Step, placeOf(inout_Step));
     case Kind::Forward:
-        passOn(inout_Step, m_vSteps[inout_Step.m_uiFirst]);
+        passOn(inout_Step, placeOf(inout_Step), m_vSteps[inout_Step.m_uiFirst]);
         return true;
     default:
         return computeOperator(inout_Step);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <velmora/math/xpr/DomainValueNoCopyImpl.h>
+
 #include "SealedPlan.h"
 
 // What a plan does in fewer instructions than a call of it would take.
@@ -35,6 +37,13 @@ inline bool SealedPlan::computeScalar(Step& inout_Step, const Step* in_pSteps) {
     return inout_Step.m_pScalar != nullptr && inout_Step.m_eKind <= Kind::Multiply &&
            computeScalar(inout_Step, in_pSteps[inout_Step.m_uiFirst],
                          in_pSteps[inout_Step.m_uiSecond]);
+}
+
+/// Without the line of `getValue` in the log.
+inline void SealedPlan::readInput(Step& inout_Step, Index in_uiNode) {
+    auto& node = static_cast<DomainValueNoCopyImpl&>(*m_vNodes[in_uiNode]);
+    inout_Step.m_pVector = node.m_pVector.get();
+    node.m_pValue = const_cast<DoubleVector*>(inout_Step.m_pVector);
 }
 
 /// Has the input elements, and has the node a number to write over? A host may set the result as an
@@ -78,7 +87,7 @@ inline bool SealedPlan::computeOne(Index in_uiNode) {
         !computeScalar(operation, pSteps[uiFirst], pSteps[uiSecond])) {
         return false;
     }
-    passOn(variable, operation);
+    passOn(variable, in_uiNode, operation);
     pValid[uiOperation] = 1;
     pValid[in_uiNode] = 1;
     return true;

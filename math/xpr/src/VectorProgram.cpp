@@ -143,9 +143,9 @@ inline void SealedPlan::VectorProgram::computeAhead(SealedPlan& inout_Plan) cons
     std::uint8_t* const pValid = inout_Plan.flagOf(0);
     for (const Ahead& ahead : m_vAhead) {
         if (ahead.m_pSource != nullptr) {
-            inout_Plan.passOn(*ahead.m_pStep, *ahead.m_pSource);
+            inout_Plan.passOn(*ahead.m_pStep, ahead.m_uiNode, *ahead.m_pSource);
         } else {
-            inout_Plan.readInput(*ahead.m_pStep);
+            inout_Plan.readInput(*ahead.m_pStep, ahead.m_uiNode);
         }
         pValid[ahead.m_uiNode] = 1;
     }
@@ -220,7 +220,7 @@ inline bool SealedPlan::VectorProgram::computeNode(SealedPlan& inout_Plan, const
         }
         break;
     case Kind::Forward:
-        inout_Plan.passOn(step, *in_Item.m_pFirst);
+        inout_Plan.passOn(step, in_Item.m_uiNode, *in_Item.m_pFirst);
         break;
     case Kind::Concatenate:
         if (!inout_Plan.concatenate(in_Item.m_uiNode)) {
@@ -293,7 +293,7 @@ SealedPlan::Index SealedPlan::VectorProgram::computeAmongOthers(SealedPlan& inou
         if (bForward) {
             // Nobody hears of it: nothing can be disturbed.
             if (!inout_Plan.isValid(pItem->m_uiNode)) {
-                inout_Plan.passOn(*pItem->m_pStep, *pItem->m_pFirst);
+                inout_Plan.passOn(*pItem->m_pStep, pItem->m_uiNode, *pItem->m_pFirst);
                 *inout_Plan.flagOf(pItem->m_uiNode) = 1;
             }
             ++pItem;
