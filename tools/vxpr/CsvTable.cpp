@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace Vxpr {
 
@@ -57,14 +58,28 @@ bool beginsAsNumber(std::string_view in_strCell) {
     return !in_strCell.empty() && BEGINNINGS.find(in_strCell.front()) != std::string_view::npos;
 }
 
+/// What stands between the brackets of a column of one of the input's elements. Nothing for others.
+std::optional<std::string_view> findPlace(const std::string& in_strInput,
+                                          std::string_view in_strColumn) {
+    const std::size_t uiBegin = in_strInput.size() + 1;
+    if (in_strColumn.size() < uiBegin + 1 || in_strColumn[uiBegin - 1] != '[' ||
+        in_strColumn.back() != ']' || in_strColumn.substr(0, uiBegin - 1) != in_strInput) {
+        return std::nullopt;
+    }
+    return in_strColumn.substr(uiBegin, in_strColumn.size() - uiBegin - 1);
+}
+
 /// Whether a column of that name holds the input, or one element of it.
 bool isColumnOf(const std::string& in_strInput, const std::string& in_strColumn) {
-    if (in_strColumn == in_strInput) {
-        return true;
-    }
-    return in_strColumn.size() > in_strInput.size() + 2 &&
-           in_strColumn.compare(0, in_strInput.size(), in_strInput) == 0 &&
-           in_strColumn[in_strInput.size()] == '[' && in_strColumn.back() == ']';
+    return in_strColumn == in_strInput || findPlace(in_strInput, in_strColumn);
+}
+
+/// What is shown of a cell, which a file without line ends may make very long.
+std::string quote(const std::string& in_strCell) {
+    constexpr std::size_t MOST_SHOWN = 60;
+    return in_strCell.size() <= MOST_SHOWN
+               ? "'" + makePrintable(in_strCell) + "'"
+               : "'" + makePrintable(in_strCell.substr(0, MOST_SHOWN)) + "...'";
 }
 
 } // namespace
@@ -143,20 +158,51 @@ void CsvTable::split() {
 
 void CsvTable::readHeader(const std::string& in_strInput) {
     m_uiHeaderCells = m_uiCells;
-    std::vector<std::size_t> vOthers;
-    for (std::size_t uiCell = 0; uiCell < m_uiCells; ++uiCell) {
-        if (isColumnOf(in_strInput, m_vCells[uiCell])) {
-            m_vChosen.push_back(uiCell);
-        } else if (m_vCells[uiCell] != TIME) {
-            vOthers.push_back(uiCell);
-        }
+    chooseElements(in_strInput);
+    if (!m_vChosen.empty()) {
+        return;
     }
-    if (m_vChosen.empty()) {
-        m_vChosen = vOthers;
+    for (std::size_t uiCell = 0; uiCell < m_uiCells; ++uiCell) {
+        if (m_vCells[uiCell] != TIME) {
+            m_vChosen.push_back(uiCell);
+        }
     }
     if (m_vChosen.empty()) {
         fail("the header has no column for the input `" + in_strInput + "`");
     }
+}
+
+/// Chooses the columns of the input in the order of its elements, whatever that of the columns.
+void CsvTable::chooseElements(const std::string& in_strInput) {
+    std::vector<std::pair<std::uint64_t, std::size_t>> vElements;
+    for (std::size_t uiCell = 0; uiCell < m_uiCells; ++uiCell) {
+        if (isColumnOf(in_strInput, m_vCells[uiCell])) {
+            vElements.emplace_back(readPlace(in_strInput, m_vCells[uiCell]), uiCell);
+        }
+    }
+    std::sort(vElements.begin(), vElements.end());
+    for (const auto& [uiElement, uiCell] : vElements) {
+        if (uiElement < m_vChosen.size()) {
+            fail("the header has two columns for element " + std::to_string(uiElement) + " of `" +
+                 in_strInput + "`");
+        }
+        if (uiElement > m_vChosen.size()) {
+            fail("the header has a column " + quote(m_vCells[uiCell]) + ", but none for element " +
+                 std::to_string(m_vChosen.size()) + " of `" + in_strInput + "`");
+        }
+        m_vChosen.push_back(uiCell);
+    }
+}
+
+std::uint64_t CsvTable::readPlace(const std::string& in_strInput,
+                                  const std::string& in_strColumn) const {
+    const auto strPlace = findPlace(in_strInput, in_strColumn);
+    const auto place = strPlace ? readWholeNumber(*strPlace) : 0;
+    if (!place) {
+        fail("the column " + quote(in_strColumn) +
+             " has no number of an element between its brackets");
+    }
+    return *place;
 }
 
 bool CsvTable::next(std::vector<double>& out_vRow) {
@@ -182,8 +228,8 @@ bool CsvTable::next(std::vector<double>& out_vRow) {
         }
         const auto value = readNumber(m_vCells[uiCell]);
         if (!value) {
-            fail("'" + makePrintable(m_vCells[uiCell]) + "' in column " +
-                 std::to_string(uiCell + 1) + " is no number");
+            fail(quote(m_vCells[uiCell]) + " in column " + std::to_string(uiCell + 1) +
+                 " is no number");
         }
         out_vRow.push_back(*value);
         uiUsed = out_vRow.size();

@@ -10,7 +10,8 @@ namespace Vxpr {
 ///
 /// A first line without numbers, or with a column `time` or one of the input's, is a header. A
 /// header that has columns called after the input, as `bands` or `bands[0]`, `bands[1]`, chooses
-/// those; otherwise every column but `time` counts. Empty cells at the end of a row make it
+/// those, in the order of their numbers, of which none may be left out or there twice; otherwise
+/// every column but `time` counts. Empty cells at the end of a row make it
 /// shorter, any other reads as not-a-number. Quotes around a cell don't count, but what separates
 /// others is part of it.
 class CsvTable : public InputTable {
@@ -24,6 +25,8 @@ private:
     bool readLine();
     void split();
     void readHeader(const std::string& in_strInput);
+    void chooseElements(const std::string& in_strInput);
+    std::uint64_t readPlace(const std::string& in_strInput, const std::string& in_strColumn) const;
     [[noreturn]] void fail(const std::string& in_strText) const;
 
     TableFile m_File;

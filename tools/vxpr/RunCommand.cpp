@@ -27,8 +27,9 @@ INPUTS
               samples, from 0 Hz to half the sample rate. A sinusoid of amplitude A shows as A*A/2.
   Any other needs --input NAME=FILE, a table with a row for each frame: CSV (numbers divided by
   commas, semicolons, tabs or blanks; a first row without numbers is a header, and then the columns
-  called NAME or NAME[0], NAME[1]... are taken, otherwise all but `time`), or a NumPy array file
-  (.npy). A CSV table that was written by vxpr can be read back, unlike its tables of other formats.
+  called NAME or NAME[0], NAME[1]... are taken by their numbers, otherwise all but `time`), or a
+  NumPy array file (.npy). A CSV table that was written by vxpr can be read back, unlike its tables
+  of other formats.
   Inputs of one name in several scripts get one value. Without -i, the tables of all inputs make up
   the frames.
 

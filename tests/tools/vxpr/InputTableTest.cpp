@@ -59,6 +59,12 @@ const std::vector<Case> CASES = {
     {"a header without the input's name", "time,a,b\n0,1,2\n", {{1, 2}}},
     {"a header with the input's name", "time,a,pitch\n0,1,2\n", {{2}}},
     {"a header with elements of the input", "pitch[0],a,pitch[1]\n0,1,2\n", {{0, 2}}},
+    {"a header with elements in another order", "pitch[2],pitch[0],pitch[1]\n3,1,2\n", {{1, 2, 3}}},
+    {"a header with more than ten elements",
+     "pitch[10],pitch[9],pitch[8],pitch[7],pitch[6],pitch[5],pitch[4],pitch[3],pitch[2],pitch[1],"
+     "pitch[0]\n10,9,8,7,6,5,4,3,2,1,0\n",
+     {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}}},
+    {"a header with the elements of a longer name", "pitches[1],pitch[0]\n3,1\n", {{1}}},
     {"a header with a byte-order mark", "\xef\xbb\xbfpitch\n1\n", {{1}}},
     {"a header with a column that begins with a digit", "time,8k.time\n0,1\n", {{1}}},
     {"a header with the input's name among others", "1st,pitch\n0,1\n", {{1}}},
@@ -155,6 +161,34 @@ TEST(InputTableTest, AHeaderOfTimesAloneIsRefused) {
     const ScratchDirectory scratch;
     EXPECT_THAT(failToRead(scratch.write("table.csv", "time\n1\n")),
                 HasSubstr("no column for the input `pitch`"));
+}
+
+TEST(InputTableTest, ColumnsOfElementsAreRefusedWhereTheyDontMakeAVector) {
+    const ScratchDirectory scratch;
+    const auto refuse = [&](const std::string& in_strHeader) {
+        return failToRead(scratch.write("table.csv", in_strHeader + "\n1,2,3\n"));
+    };
+    EXPECT_THAT(refuse("pitch[0],pitch[3],pitch[1]"),
+                HasSubstr("line 1: the header has a column 'pitch[3]', but none for element 2 of "
+                          "`pitch`"));
+    EXPECT_THAT(refuse("pitch[1],pitch[2],pitch[3]"), HasSubstr("none for element 0 of `pitch`"));
+    EXPECT_THAT(refuse("pitch[0],pitch[1],pitch[1]"),
+                HasSubstr("two columns for element 1 of `pitch`"));
+    EXPECT_THAT(refuse("pitch,time,pitch"), HasSubstr("two columns for element 0 of `pitch`"));
+    for (const char* szPlace : {"", "x", "-1", "1.5", "18446744073709551616"}) {
+        EXPECT_THAT(refuse("pitch[0],time,pitch[" + std::string(szPlace) + "]"),
+                    HasSubstr("the column 'pitch[" + std::string(szPlace) +
+                              "]' has no number of an element between its brackets"))
+            << szPlace;
+    }
+}
+
+TEST(InputTableTest, OfALongCellTheBeginningIsShown) {
+    const ScratchDirectory scratch;
+    EXPECT_THAT(failToRead(scratch.write("table.csv", "1\n" + std::string(100, 'x') + "\n")),
+                HasSubstr("line 2: '" + std::string(60, 'x') + "...' in column 1 is no number"));
+    EXPECT_THAT(failToRead(scratch.write("table.csv", "1\n" + std::string(60, 'x') + "\n")),
+                HasSubstr("line 2: '" + std::string(60, 'x') + "' in column 1"));
 }
 
 TEST(InputTableTest, AMissingTableIsRefused) {

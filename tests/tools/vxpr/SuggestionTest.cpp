@@ -23,4 +23,29 @@ TEST(SuggestionTest, WhatIsFarFromEverythingGetsNoSuggestion) {
     EXPECT_EQ(suggestInWords("y", vNames), "");
 }
 
+TEST(SuggestionTest, TheNearestOfManyIsSuggestedWhateverTheirOrder) {
+    const std::vector<std::vector<std::string>> vOrders{
+        {"bandLevels", "bandLevel", "bandlevle", "bandLevelOfNoise"},
+        {"bandLevelOfNoise", "bandlevle", "bandLevel", "bandLevels"},
+    };
+    for (const auto& vNames : vOrders) {
+        EXPECT_EQ(suggest("bandLevle", vNames), "bandlevle");
+        EXPECT_EQ(suggest("bandLevl", vNames), "bandLevel");
+        EXPECT_EQ(suggest("badLevels", vNames), "bandLevels");
+    }
+}
+
+TEST(SuggestionTest, SwapsInARowAreFollowedToTheEnd) {
+    EXPECT_EQ(suggest("abcdefghijkl", {"badcfeghijkl"}), "badcfeghijkl");
+    EXPECT_EQ(suggest("ab", {"ba"}), "ba");
+    EXPECT_EQ(suggest("abcdef", {"abcdfe", "abcde"}), "abcdfe");
+}
+
+TEST(SuggestionTest, LongNamesAreComparedUpToALimit) {
+    const std::string strLong(127, 'x');
+    EXPECT_EQ(suggest(strLong + "y", {strLong}), strLong);
+    EXPECT_EQ(suggest(strLong + "yy", {strLong}), std::nullopt);
+    EXPECT_EQ(suggest("x", {strLong}), std::nullopt);
+}
+
 } // namespace Vxpr
