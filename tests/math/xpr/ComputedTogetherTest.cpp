@@ -99,6 +99,23 @@ public:
     }
 };
 
+/// A node that computes something else than its function.
+class NodeOfItsOwn : public UserFunctionImpl<FunctionNumbered> {
+protected:
+    bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
+        LimitedObjPtr<DoubleVector> pValue;
+        if (!UserFunctionImpl::evaluate_i(pValue)) {
+            return false;
+        }
+        m_vResult = DoubleVector{-*pValue->begin()};
+        out = &m_vResult;
+        return true;
+    }
+
+private:
+    DoubleVector m_vResult;
+};
+
 /// A concatenation of some of these, all but the last of which read x.
 class ComputedTogetherTest : public testing::Test {
 protected:
@@ -107,12 +124,12 @@ protected:
         FunctionNumbered::s_iFailing = -1;
     }
 
-    template <class F = FunctionNumbered>
+    template <class F = FunctionNumbered, class N = UserFunctionImpl<F>>
     void make(std::size_t in_uiCount) {
         setInputs(m_vOne, m_vOne);
         std::vector<Node> vFunctions;
         for (std::size_t ui = 0; ui != in_uiCount; ++ui) {
-            const Handle<UserFunctionImpl<F>> pFunction(new UserFunctionImpl<F>);
+            const Handle<N> pFunction(new N);
             bind(*pFunction, 0, Node(ui + 1 == in_uiCount ? m_pLast : m_pX));
             vFunctions.emplace_back(pFunction);
         }
@@ -179,6 +196,13 @@ TEST_F(ComputedTogetherTest, FunctionsOfADerivedClassAreNot) {
     make<FunctionDoubled>(3);
     EXPECT_EQ(computeFrames(m_vOne, m_vOne), (Values{20, 20, 20}));
     EXPECT_TRUE(FunctionNumbered::s_vTogether.empty());
+}
+
+TEST_F(ComputedTogetherTest, NodesOfADerivedClassAreNot) {
+    make<FunctionNumbered, NodeOfItsOwn>(3);
+    EXPECT_EQ(computeFrames(m_vOne, m_vOne), (Values{-10, -11, -12}));
+    EXPECT_TRUE(FunctionNumbered::s_vTogether.empty());
+    EXPECT_EQ(FunctionNumbered::s_uiAlone, 3U);
 }
 
 TEST_F(ComputedTogetherTest, FunctionsThatThrowNothingAre) {

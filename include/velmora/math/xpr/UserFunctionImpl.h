@@ -94,7 +94,10 @@ protected:
         }
     }
 
-    bool isBetterTogether() const override { return HasCalculateTogether<F>::value; }
+    bool isBetterTogether() const override {
+        // A class of the host's that derives from this one may compute otherwise.
+        return HasCalculateTogether<F>::value && typeid(*this) == typeid(UserFunctionImpl);
+    }
 
     bool evaluateTogether_i(ExpressionBaseImpl* const* in_ppNodes, std::size_t in_uiNodes,
                             LimitedObjPtr<DoubleVector>* out_pValues) override {
