@@ -127,7 +127,7 @@ void SealedPlan::noteLongWay(Index in_uiNode) {
     look(m_vSteps[in_uiNode]);
     // As long as readers are still to be computed, one of them may yet become valid above a node
     // that has failed.
-    if (m_bIntact || !m_bUsable || m_uiLongWays != 0) {
+    if (m_bIntact || !m_bUsable || m_uiLongWays != 0 || m_uiRunning != 0) {
         return;
     }
     // The look at all takes as long as the list; it is spread over as many frames.
@@ -210,7 +210,8 @@ bool SealedPlan::isReadAheadInVain(Index in_uiNode) const {
 }
 
 bool SealedPlan::invalidate(Index in_uiNode) {
-    if (m_uiRunning != 0) {
+    // A node that goes on being computed will be valid above this one.
+    if (m_uiRunning != 0 || m_uiLongWays != 0) {
         noteFailure();
         return false;
     }

@@ -69,8 +69,8 @@ public:
     bool computeOne(Index in_uiNode);
 
     /// Clears the flag of the node and of all that reads it. False, and no flag has changed, if the
-    /// plan can't: a node of the host's that does it while the plan computes may have changed what
-    /// was computed before, and the long way goes on.
+    /// plan can't: a node of the host's that does it while it is computed may have changed what was
+    /// computed before, and the long way goes on.
     bool invalidate(Index in_uiNode);
 
     /// A node has just failed. Where an evaluation goes on around the one that came to it, its

@@ -62,6 +62,10 @@ inline bool SealedPlan::computeByNode(Step& inout_Step, Index in_uiNode) {
     }
     inout_Step.m_pVector = node.m_pValue.get();
     lookAtHanded(in_uiNode);
+    if (inout_Step.m_pVector == nullptr) {
+        // What reads it will fail for that, and the recursion asks nothing beyond.
+        noteFailure();
+    }
     return true;
 }
 

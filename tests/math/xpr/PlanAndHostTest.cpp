@@ -16,6 +16,8 @@
 #include <velmora/math/xpr/Variable.h>
 
 #include "math/xpr/PlanTwins.h"
+#include "support/GraphTest.h"
+#include "support/LogCapture.h"
 
 namespace {
 
@@ -55,6 +57,11 @@ protected:
 
     static Node find(ScriptRun& inout_Run, const std::string& in_strName) {
         return Node(inout_Run.getEvaluator().getExpression(("s." + in_strName).c_str()));
+    }
+
+    /// What holds the vector that the input was set to.
+    static Node findInput(ScriptRun& inout_Run, const std::string& in_strName) {
+        return ExpressionBaseImpl::getYoungerChild(find(inout_Run, in_strName));
     }
 
     static void set(ScriptRun& inout_Run, const std::string& in_strName,
@@ -99,7 +106,7 @@ TEST_P(PlanAndHostTest, FunctionThatWasAskedForIsComputedOnceWhateverItDisturbs)
         int iCalls = 0;
         FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
             if (++iCalls == 1) {
-                ExpressionBaseImpl::getYoungerChild(find(inout_Run, "x"))->invalidate();
+                findInput(inout_Run, "x")->invalidate();
             }
         };
         const Node pFunction = ExpressionBaseImpl::getYoungerChild(find(inout_Run, "h"));
@@ -141,6 +148,43 @@ TEST_P(PlanAndHostTest, FailureOnTheWayIsReportedOnce) {
     };
     EXPECT_EQ(compare("k = 1 / a\nm = k + y\nr = onTheWay(x) + m\n", {"r", "m", "k"}, evaluateSum),
               "");
+}
+
+// The function becomes valid above what it has invalidated: a change of x doesn't climb to it.
+TEST_P(PlanAndHostTest, PlanStepsAsideForWhatIsInvalidatedAndEvaluatedOnTheWay) {
+    const auto evaluateFrames = [&](ScriptRun& inout_Run) {
+        setAll(inout_Run, m_vTwo, m_vTwo);
+        FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+            findInput(inout_Run, "x")->invalidate();
+            find(inout_Run, "m")->evaluate(m_pValue);
+        };
+        std::string strResult = PlanTwins::evaluate(*find(inout_Run, "r"));
+        FunctionOnTheWay::s_OnCalculation = [](const DoubleVector&) {};
+        findInput(inout_Run, "x")->evaluate(m_pValue);
+        set(inout_Run, "x", m_vZero);
+        return strResult + ' ' + PlanTwins::evaluate(*find(inout_Run, "r"));
+    };
+    EXPECT_EQ(compare("r = onTheWay(x * 2)\nm = y * a + 1\n", {"r", "m"}, evaluateFrames), "");
+}
+
+TEST_P(PlanAndHostTest, PlanStepsAsideForWhatIsInvalidatedInTheRecursion) {
+    const auto evaluateFrames = [&](ScriptRun& inout_Run) {
+        setAll(inout_Run, m_vTwo, m_vTwo);
+        FunctionOnTheWay::s_OnCalculation = [&](const DoubleVector&) {
+            findInput(inout_Run, "x")->invalidate();
+        };
+        std::string strResult;
+        {
+            // Inputs are read in their turn then.
+            const LogCapture log(Testing::DomainValueLogger, log4cplus::TRACE_LOG_LEVEL);
+            strResult = PlanTwins::evaluate(*find(inout_Run, "r"));
+        }
+        FunctionOnTheWay::s_OnCalculation = [](const DoubleVector&) {};
+        findInput(inout_Run, "x")->evaluate(m_pValue);
+        set(inout_Run, "x", m_vZero);
+        return strResult + ' ' + PlanTwins::evaluate(*find(inout_Run, "r"));
+    };
+    EXPECT_EQ(compare("r = onTheWay(x * y)\n", {"r"}, evaluateFrames), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(WarmUp, PlanAndHostTest, testing::Values(0, 1, 6));

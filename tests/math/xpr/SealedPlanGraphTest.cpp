@@ -291,6 +291,43 @@ TEST_F(SealedPlanGraphTest, ArgumentsThatAFunctionOfTheHostChangesAreComputedAne
     }
 }
 
+/// A host's node that may succeed without a value.
+class NodeWithoutValue : public UserFunctionImpl<FunctionPad> {
+public:
+    bool m_bHasValue = true;
+
+protected:
+    bool evaluate_i(LimitedObjPtr<DoubleVector>& out) override {
+        const bool bSuccess = UserFunctionImpl::evaluate_i(out);
+        if (!m_bHasValue) {
+            out = nullptr;
+        }
+        return bSuccess;
+    }
+};
+
+TEST_F(SealedPlanGraphTest, NothingIsComputedBehindAPartWithoutAValue) {
+    const auto pX = variable("x");
+    const DoubleVector vOne{1.0}, vTwo{2.0};
+    CountedGraph::set(pX, vOne);
+    const Handle<NodeWithoutValue> pHost(new NodeWithoutValue);
+    bind(*pHost, 0, Node(constant({1.0, 2.0})));
+    const auto pBehind = CountedGraph::operatorOver(Node(pX), Node(constant({0.0})));
+    const Handle<OperatorConcatenate> pTop(new OperatorConcatenate);
+    bindAll(*pTop, {Node(pHost), Node(pBehind)});
+    pTop->seal();
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        CountedGraph::set(pX, iFrame % 2 == 0 ? vOne : vTwo);
+        pHost->invalidate();
+        pHost->m_bHasValue = iFrame % 6 != 5;
+        pBehind->m_uiCalculations = 0;
+        LimitedObjPtr<DoubleVector> pValue;
+        EXPECT_EQ(pTop->evaluate(pValue), pHost->m_bHasValue) << iFrame;
+        EXPECT_EQ(pBehind->m_uiCalculations, pHost->m_bHasValue ? 1U : 0U) << iFrame;
+        EXPECT_EQ(takeErrors().size(), pHost->m_bHasValue ? 0U : 1U) << iFrame;
+    }
+}
+
 TEST_F(SealedPlanGraphTest, FailingNodeIsTriedForEachReader) {
     CountedGraph graph;
     evaluated(*graph.m_pTop);
