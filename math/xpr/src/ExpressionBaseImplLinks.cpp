@@ -240,7 +240,10 @@ unsigned long ExpressionBaseImpl::replaceChild(ExpressionBaseImpl& in_OldChild,
     pOldChild->removeParent(this);
     pNewChild->addParent(this);
     *iteFound = pNewChild;
-    replaceChild_i(*pOldChild, pNewChild);
+    {
+        const CheckedLinks checked;
+        replaceChild_i(*pOldChild, pNewChild);
+    }
     return static_cast<unsigned long>(std::distance(iteFound, m_Childs.rend()) - 1);
 }
 

@@ -128,11 +128,13 @@ private:
 void replaceEverywhere(ExpressionBaseImpl& inout_Old, const Handle<ExpressionBaseImpl>& in_pNew,
                        const OptimizerDictionnary& in_Index) {
     const UncheckedLinks unchecked;
-    if (in_Index.hasOneVisitEach()) {
-        // One call of `replace` passes over every second parent, and there is one entry only
-        // where otherwise each path has its own.
-        const std::vector<LimitedObjPtr<ExpressionBaseImpl>> vParents(inout_Old.getParentBegin(),
-                                                                      inout_Old.getParentEnd());
+    const auto lParents = inout_Old.getParentEnd() - inout_Old.getParentBegin();
+    constexpr std::ptrdiff_t MovedByOneCall = 2;
+    if (in_Index.hasOneVisitEach() && lParents > MovedByOneCall) {
+        // One call of `replace` passes over every second parent of more, and there is one entry
+        // only where otherwise each path has its own.
+        const std::vector<LimitedObjPtr<ExpressionBaseImpl>> vParents(
+            inout_Old.getParentBegin(), inout_Old.getParentEnd() - MovedByOneCall);
         for (const auto& pParent : vParents) {
             pParent->replaceChild(inout_Old, in_pNew, true);
         }

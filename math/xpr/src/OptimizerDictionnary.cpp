@@ -11,6 +11,7 @@
 
 #include "Ahead.h"
 #include "GraphWalk.h"
+#include "IdSet.h"
 #include "OptimizerDictionnarySingleWalk.h"
 #include "OptimizerKeys.h"
 #include "RootsAhead.h"
@@ -52,14 +53,19 @@ OptimizerDictionnary::ExpressionMap::get(const ExpressionBaseImpl& in_Expression
     return (*this)[in_Expression.getId()];
 }
 
-/// Which expressions are in the index, and which of them have their key: who has the key is in.
+/// Which expressions are in the index, and which of them have their key. Not marks at the nodes,
+/// which who reads the log may overwrite by a walk of its own.
 struct OptimizerDictionnary::Walks {
-    bool isNew(ExpressionBaseImpl& inout_Expression) const {
-        return !m_keyed.hasEntered(inout_Expression) && m_inserted.enter(inout_Expression);
+    static bool enter(IdSet& inout_Entered, const ExpressionBaseImpl& in_Expression) {
+        const bool bNew = !inout_Entered.contains(in_Expression.getId());
+        if (bNew) {
+            inout_Entered.insert(in_Expression.getId());
+        }
+        return bNew;
     }
 
-    GraphWalk m_inserted;
-    GraphWalk m_keyed;
+    IdSet m_inserted;
+    IdSet m_keyed;
 };
 
 OptimizerDictionnary::OptimizerDictionnary() {
@@ -109,10 +115,12 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     if (m_bOneVisitEach) {
         m_ExpressionMap.getKeys().shortenTexts();
     }
-    // With as many paths as nodes, most of a graph's memory would be that of its data.
-    const bool bInserted = m_bOneVisitEach && !areKeysLogged()
-                               ? insertInOneWalk(in_Dictionnary, vRoots)
-                               : insertInTwoWalks(in_Dictionnary);
+    // Most of a large graph's memory would be that of its data. Who reads the log may walk over the
+    // graph as well, in the middle of this, which the single walk wouldn't stand.
+    const bool bWatched =
+        areKeysLogged() || detail::isSiteEnabled(fileLogger(), log4cplus::DEBUG_LOG_LEVEL);
+    const bool bInserted = m_bOneVisitEach && !bWatched ? insertInOneWalk(in_Dictionnary, vRoots)
+                                                        : insertInTwoWalks(in_Dictionnary);
     if (!bInserted) {
         VELMORA_ASSERT_FAIL("insertExpression( (*iteExpr).second )");
         return false;
@@ -125,7 +133,7 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
 
 bool OptimizerDictionnary::insertInTwoWalks(const Dictionnary& in_Dictionnary) {
     m_ExpressionMap.reserve(in_Dictionnary.size() * ExpressionsPerRoot);
-    const Walks walks;
+    Walks walks;
     for (const auto& entry : in_Dictionnary) {
         const Handle<ExpressionBaseImpl> pRoot(entry.second);
         if (!insertExpression(pRoot, walks)) {
@@ -140,20 +148,23 @@ bool OptimizerDictionnary::insertInTwoWalks(const Dictionnary& in_Dictionnary) {
 bool OptimizerDictionnary::insertInOneWalk(const Dictionnary& in_Dictionnary,
                                            const Nodes& in_vRoots) {
     SingleWalk walk(*this, in_vRoots);
-    return std::all_of(in_Dictionnary.begin(), in_Dictionnary.end(), [&](const auto& in_entry) {
-        return walk.insertExpression(Handle<ExpressionBaseImpl>(in_entry.second));
-    });
+    const bool bInserted =
+        std::all_of(in_Dictionnary.begin(), in_Dictionnary.end(), [&](const auto& in_entry) {
+            return walk.insertExpression(Handle<ExpressionBaseImpl>(in_entry.second));
+        });
+    walk.reportUnknown();
+    return bInserted;
 }
 
 bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression,
-                                            const Walks& in_Walks) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
+                                            Walks& inout_Walks) {
     // Depth first along every path, in the order of the children, without recursion.
     std::vector<const Handle<ExpressionBaseImpl>*> vPending{&in_pExpression};
     while (!vPending.empty()) {
         const Handle<ExpressionBaseImpl>& pExpression = *vPending.back();
         vPending.pop_back();
-        if (m_bOneVisitEach && !pExpression.isNull() && !in_Walks.isNew(*pExpression)) {
+        if (m_bOneVisitEach && !pExpression.isNull() &&
+            !Walks::enter(inout_Walks.m_inserted, *pExpression)) {
             continue;
         }
         if (!insertNode(pExpression)) {
@@ -173,6 +184,7 @@ bool OptimizerDictionnary::insertExpression(const Handle<ExpressionBaseImpl>& in
 }
 
 bool OptimizerDictionnary::insertNode(const Handle<ExpressionBaseImpl>& in_pExpression) {
+    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
     const CountedObjPtr<OptimizerExpressionData> pData(
         in_pExpression.isNull() ? nullptr
                                 : m_ExpressionMap.newData(m_ExpressionMap, in_pExpression));
@@ -206,7 +218,7 @@ bool OptimizerDictionnary::insertFunctionInstance(
     return true;
 }
 
-void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_Walks) {
+void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, Walks& inout_Walks) {
     struct Place {
         ExpressionBaseImpl* m_pNode;
         const Handle<ExpressionBaseImpl>* m_pNextChild;
@@ -215,7 +227,7 @@ void OptimizerDictionnary::fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_
     const bool bWithText = areKeysLogged();
     std::vector<Place> vPath;
     const auto enter = [&](ExpressionBaseImpl& in_Node) {
-        if (in_Walks.m_keyed.enter(in_Node)) {
+        if (Walks::enter(inout_Walks.m_keyed, in_Node)) {
             vPath.push_back({&in_Node, in_Node.getChildBegin()});
         }
     };

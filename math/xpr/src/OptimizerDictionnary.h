@@ -88,11 +88,11 @@ private:
     bool insertInTwoWalks(const Dictionnary& in_Dictionnary);
     bool insertInOneWalk(const Dictionnary& in_Dictionnary, const Nodes& in_vRoots);
     void releaseHeld();
-    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, const Walks& in_Walks);
+    bool insertExpression(const Handle<ExpressionBaseImpl>& in_pExpression, Walks& inout_Walks);
     bool insertNode(const Handle<ExpressionBaseImpl>& in_pExpression);
     bool insertFunctionInstance(const FunctionBaseImpl& in_Function,
                                 const CountedObjPtr<OptimizerExpressionData>& in_pData);
-    void fixKeys(ExpressionBaseImpl& in_Root, const Walks& in_Walks);
+    void fixKeys(ExpressionBaseImpl& in_Root, Walks& inout_Walks);
 
     /// Entries come by the thousand and go together.
     std::pmr::monotonic_buffer_resource m_Memory;

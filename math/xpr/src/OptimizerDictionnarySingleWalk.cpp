@@ -1,6 +1,5 @@
 #include "OptimizerDictionnarySingleWalk.h"
 
-#include <velmora/FileLogger.h>
 #include <velmora/LogSite.h>
 
 #include "GraphWalk.h"
@@ -8,8 +7,6 @@
 #include "WayBack.h"
 
 namespace Velmora::Math::Xpr {
-
-VELMORA_FILE_LOGGER(fileLogger, "quillmark.math.xpr.Optimizer.Dictionnary");
 
 namespace {
 
@@ -29,7 +26,6 @@ OptimizerDictionnary::SingleWalk::SingleWalk(OptimizerDictionnary& out_Index,
 
 bool OptimizerDictionnary::SingleWalk::insertExpression(
     const Handle<ExpressionBaseImpl>& in_pRoot) {
-    VELMORA_TRACE_SCOPE(fileLogger(), "OptimizerDictionnary::insertExpression");
     if (in_pRoot.isNull()) {
         VELMORA_ASSERT_FAIL("!pData.isNull()");
         return false;
@@ -55,6 +51,12 @@ bool OptimizerDictionnary::SingleWalk::insertExpression(
     return true;
 }
 
+void OptimizerDictionnary::SingleWalk::reportUnknown() const {
+    for (std::size_t ui = 0; ui != m_uiUnknown; ++ui) {
+        VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
+    }
+}
+
 bool OptimizerDictionnary::SingleWalk::enter(const Handle<ExpressionBaseImpl>& in_pExpression) {
     ExpressionBaseImpl& node = *in_pExpression;
     if (!m_Index.m_Complexity.enter(node)) {
@@ -70,7 +72,7 @@ bool OptimizerDictionnary::SingleWalk::enter(const Handle<ExpressionBaseImpl>& i
     OptimizerExpressionDataImpl* pData = nullptr;
     if (eKind == OptimizerExpressionKind::Unknown) {
         m_Index.m_bHasUnknown = true;
-        VELMORA_ASSERT_FAIL("false && \"Unknown expression type\"");
+        ++m_uiUnknown;
     } else if (eKind == OptimizerExpressionKind::Function) {
         pData = new OptimizerExpressionDataImpl(m_Index.m_ExpressionMap, in_pExpression, eKind);
         if (pData == nullptr) {

@@ -21,6 +21,10 @@ public:
     /// To be called for one root after the other.
     bool insertExpression(const Handle<ExpressionBaseImpl>& in_pRoot);
 
+    /// Raises an assertion for each expression of an unknown kind. At the end: a host's handler may
+    /// walk over the graph.
+    void reportUnknown() const;
+
 private:
     struct Place {
         ExpressionBaseImpl* m_pNode;
@@ -42,6 +46,7 @@ private:
     OptimizerKeyTable& m_Keys;
     RootsAhead<AllLines> m_Ahead;
     std::size_t m_uiRoots = 0;
+    std::size_t m_uiUnknown = 0;
     /// By the places that the complexity gives.
     OptimizerKeyTable::Numbers m_vKeys;
     std::vector<Place> m_vPath;

@@ -21,7 +21,8 @@ std::uint64_t multiply(std::uint64_t in_uiA, std::uint64_t in_uiB) {
     return uiSum >= CheckPrime ? uiSum - CheckPrime : uiSum;
 }
 
-/// Keys of equal digest and different pieces are compared character by character, but no further.
+/// Where texts are shortened, keys of equal digest and different pieces are compared character by
+/// character no further than this, and aren't equal then.
 constexpr std::size_t MaxCompared = std::size_t(1) << 20;
 
 } // namespace
@@ -92,7 +93,7 @@ bool OptimizerKeyTable::hasText(const Key& in_Key, Number in_uiOther) const {
     Reader one(*this, in_Key);
     Reader other(*this, m_vKeys[in_uiOther]);
     std::size_t uiCompared = 0;
-    while (uiCompared < MaxCompared) {
+    while (!m_bShorten || uiCompared < MaxCompared) {
         const std::string_view svOne = one.peek();
         const std::string_view svOther = other.peek();
         if (svOne.empty() || svOther.empty()) {

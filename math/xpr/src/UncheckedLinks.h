@@ -18,8 +18,23 @@ public:
     static bool areOn() { return s_bOn; }
 
 private:
+    friend class CheckedLinks;
+
     inline static thread_local bool s_bOn = false;
 
+    bool m_bFormer;
+};
+
+/// While one lives, links are checked again: for what a host's node does in the middle of that,
+/// of which the caller knows nothing.
+class CheckedLinks {
+public:
+    CheckedLinks() : m_bFormer(UncheckedLinks::s_bOn) { UncheckedLinks::s_bOn = false; }
+    ~CheckedLinks() { UncheckedLinks::s_bOn = m_bFormer; }
+    CheckedLinks(const CheckedLinks&) = delete;
+    CheckedLinks& operator=(const CheckedLinks&) = delete;
+
+private:
     bool m_bFormer;
 };
 

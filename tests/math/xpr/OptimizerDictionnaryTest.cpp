@@ -8,9 +8,12 @@
 #include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorSlice.h>
 
+#include <log4cplus/appender.h>
+
 #include <map>
 
 #include "math/xpr/OptimizerGraphs.h"
+#include "math/xpr/src/GraphWalk.h"
 #include "support/GraphTest.h"
 
 namespace Velmora::Math::Xpr {
@@ -440,6 +443,78 @@ TEST_F(OptimizerDictionnaryTest, BeyondTheLimitTheIndexIsTheSameWhetherKeysAreLo
             EXPECT_EQ(pData->key(), (*iteLogged)->key());
             ++iteLogged;
         }
+    }
+}
+
+/// Walks over a graph, all of it, whenever a line is logged.
+class WalkingAppender : public log4cplus::Appender {
+public:
+    explicit WalkingAppender(const ExpressionBaseImpl& in_Root) : m_Root(in_Root) {}
+    ~WalkingAppender() override { destructorImpl(); }
+    void close() override {}
+
+    unsigned m_uiLines = 0;
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent&) override {
+        ++m_uiLines;
+        EXPECT_FALSE(GraphWalk::isShort(m_Root));
+        GraphWalk().collect(const_cast<ExpressionBaseImpl&>(m_Root));
+    }
+
+private:
+    const ExpressionBaseImpl& m_Root;
+};
+
+TEST_F(OptimizerDictionnaryTest, WhoReadsTheLogMayWalkOverTheGraph) {
+    constexpr int Levels = 60;
+    const auto pTop = doubled(variable("x0"), Levels);
+    Dictionnary dictionnary("d");
+    add(dictionnary, pTop);
+    for (const char* const szLogger : {OptimizerDictionnaryLogger, KeyLogger}) {
+        const LogCapture log(szLogger);
+        log4cplus::helpers::SharedObjectPtr<WalkingAppender> pAppender(new WalkingAppender(*pTop));
+        log4cplus::Logger logger = log4cplus::Logger::getInstance(szLogger);
+        logger.addAppender(log4cplus::SharedAppenderPtr(pAppender.get()));
+        OptimizerDictionnary index;
+        EXPECT_TRUE(index.initialize(dictionnary));
+        logger.removeAppender(log4cplus::SharedAppenderPtr(pAppender.get()));
+        EXPECT_EQ(listOf(index, "add").size(), std::size_t(Levels));
+        EXPECT_GE(pAppender->m_uiLines, unsigned(Levels));
+    }
+}
+
+TEST_F(OptimizerDictionnaryTest, WhoHearsOfAnUnknownKindMayWalkOverTheGraph) {
+    constexpr int Levels = 60;
+    const auto pTop = doubled(variable("x0"), Levels);
+    const Node pUnknown(new RecordingNode);
+    const Node pLast(call("f", {pUnknown, Node(pTop)}));
+    Dictionnary dictionnary("d");
+    add(dictionnary, pTop);
+    add(dictionnary, pLast);
+    OptimizerDictionnary index;
+    static const ExpressionBaseImpl* s_pTop;
+    s_pTop = pTop.get();
+    const Assertion::Handler pFormer = Assertion::setHandler(
+        [](const char*, const char*, int) { EXPECT_FALSE(GraphWalk::isShort(*s_pTop)); });
+    EXPECT_TRUE(index.initialize(dictionnary));
+    Assertion::setHandler(pFormer);
+    EXPECT_EQ(listOf(index, "add").size(), std::size_t(Levels));
+    EXPECT_EQ(listOf(index, "f").size(), 1U);
+}
+
+TEST_F(OptimizerDictionnaryTest, EachVisitIsTraced) {
+    for (const int iLevels : {2, 30}) {
+        Dictionnary dictionnary("d");
+        add(dictionnary, doubled(variable("x0"), iLevels));
+        const LogCapture log(OptimizerDictionnaryLogger, log4cplus::TRACE_LOG_LEVEL);
+        OptimizerDictionnary index;
+        ASSERT_TRUE(index.initialize(dictionnary));
+        // A variable, an operator and its two arguments for each level; along every path of two.
+        const std::size_t uiVisits = iLevels == 2 ? 16 : 4 * 30 + 1;
+        EXPECT_EQ(
+            log.count(log4cplus::TRACE_LOG_LEVEL, "ENTER: OptimizerDictionnary::insertExpression"),
+            uiVisits);
     }
 }
 

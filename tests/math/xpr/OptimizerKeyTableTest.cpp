@@ -131,6 +131,21 @@ TEST(OptimizerKeyTableTest, KeyOfAGreatTextIsFoundByItsPieces) {
     EXPECT_NE(doubled(table, "#sub", 1000).back(), uiFirst);
 }
 
+TEST(OptimizerKeyTableTest, GreatTextsOfOtherPiecesHaveOneNumberUnlessTextsAreShortened) {
+    const std::string strGreat(std::size_t(1) << 20, 'x');
+    for (const bool bShorten : {false, true}) {
+        OptimizerKeyTable table;
+        if (bShorten) {
+            table.shortenTexts();
+        }
+        const Number uiInOne = table.insert("#f" + strGreat, {});
+        const Number uiInTwo = table.insert("#f", {table.insert(strGreat, {})});
+        EXPECT_EQ(uiInOne == uiInTwo, !bShorten);
+        const Number uiOther = table.insert("#f", {table.insert(strGreat + 'y', {})});
+        EXPECT_NE(uiOther, uiInOne);
+    }
+}
+
 TEST(OptimizerKeyTableTest, HashesOfGreatTextsAreThoseOfTheWhole) {
     OptimizerKeyTable table;
     const Numbers vKeys = doubled(table, "#add", 16);

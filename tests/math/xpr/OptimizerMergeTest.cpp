@@ -293,6 +293,63 @@ TEST_F(OptimizerMergeTest, MergingAndFlatteningAskNoAncestors) {
     EXPECT_NE(pAbove->m_uiAsked, 0u);
 }
 
+/// Would like to stand above and below another when a child of it is replaced.
+class SuspiciousFunction : public RecordingFunction {
+public:
+    SuspiciousFunction() : RecordingFunction("suspicious") {}
+
+    Node m_pAbove;
+
+protected:
+    void replaceChild_i(ExpressionBaseImpl&, const Handle<ExpressionBaseImpl>&) override {
+        addChild(m_pAbove, true);
+    }
+};
+
+TEST_F(OptimizerMergeTest, LinksThatAHostMakesOnTheWayAreChecked) {
+    const Node pBest(call("f"));
+    const Handle<SuspiciousFunction> pHost(new SuspiciousFunction);
+    pHost->addChild(Node(call("f")), true);
+    const Handle<RecordingFunction> pAbove(new RecordingFunction("g"));
+    const Handle<RecordingFunction> pTop(new RecordingFunction("h"));
+    pAbove->addChild(Node(pHost), true);
+    pTop->addChild(Node(pAbove), true);
+    pHost->m_pAbove = pTop;
+    optimize({Node(variable("first", pBest)), Node(pTop)});
+    EXPECT_EQ(takeAssertions(), Texts{"!isParent( *in_pChild ) && \"Can't loop on a parent!\""});
+    EXPECT_EQ(childrenOf(*pHost), nodesOf({pBest}));
+    pHost->m_pAbove = Node();
+}
+
+/// Says how many parents it has when it is replaced.
+class ReplacedFunction : public RecordingFunction {
+public:
+    using RecordingFunction::RecordingFunction;
+
+    bool replace(const Handle<ExpressionBaseImpl>& in_pNewExpression) override {
+        m_vParents.push_back(getParentEnd() - getParentBegin());
+        return RecordingFunction::replace(in_pNewExpression);
+    }
+
+    std::vector<std::ptrdiff_t> m_vParents;
+};
+
+TEST_F(OptimizerMergeTest, TwinIsAskedToReplaceItselfAsOftenAsItIsVisited) {
+    for (const bool bBeyond : {false, true}) {
+        VisitLimit limit;
+        Dictionnary few("few");
+        Dictionnary& dictionnary = bBeyond ? limit.m_Dictionnary : few;
+        const Handle<ReplacedFunction> pTwin(new ReplacedFunction("f"));
+        add(dictionnary, variable("first", Node(call("f"))));
+        add(dictionnary, variable("second", Node(pTwin)));
+        add(dictionnary, variable("third", Node(pTwin)));
+        optimize(dictionnary);
+        EXPECT_EQ(pTwin->m_vParents,
+                  bBeyond ? (std::vector<std::ptrdiff_t>{2}) : (std::vector<std::ptrdiff_t>{2, 0}));
+        EXPECT_EQ(parentsOf(*pTwin), Nodes());
+    }
+}
+
 } // namespace
 
 } // namespace Velmora::Math::Xpr
