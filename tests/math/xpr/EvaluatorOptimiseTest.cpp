@@ -125,6 +125,37 @@ TEST_F(EvaluatorOptimiseTest, OptimisedExpressionsKeepTheNameOfTheLinkedOnes) {
     EXPECT_EQ(log.lines().back().message, "can't find expression: s.none");
 }
 
+TEST_F(EvaluatorOptimiseTest, OptimisedExpressionsAreMadeInADictionnaryOfTheirOwn) {
+    ScriptEvaluation run(TwoSums, Mode::Optimised);
+    EXPECT_TRUE(log4cplus::Logger::exists(
+        "quillmark.math.xpr.Dictionnary.evaluator.optimized_expressions"));
+}
+
+TEST_F(EvaluatorOptimiseTest, OptimizerIsConfiguredAndCopiedBehindTheOthers) {
+    LogCapture log("quillmark.math.xpr", log4cplus::TRACE_LOG_LEVEL);
+    const auto takePlaces = [&log](const Texts& in_vLines) {
+        const Texts vTrace = log.messages(log4cplus::TRACE_LOG_LEVEL);
+        std::vector<std::ptrdiff_t> vPlaces;
+        for (const std::string& strLine : in_vLines) {
+            const auto ite = std::find(vTrace.begin(), vTrace.end(), strLine);
+            EXPECT_NE(ite, vTrace.end()) << strLine;
+            vPlaces.push_back(ite - vTrace.begin());
+        }
+        return vPlaces;
+    };
+    Evaluator evaluator;
+    ASSERT_TRUE(evaluator.configure(scriptsIn("none"), {}));
+    const auto vConfigured =
+        takePlaces({"ENTER: Optimizer::Optimizer", "ENTER: Optimizer::configure"});
+    EXPECT_TRUE(std::is_sorted(vConfigured.begin(), vConfigured.end()));
+    EXPECT_TRUE(evaluator.link(true));
+    log.clear();
+    const Evaluator copy(evaluator);
+    const auto vCopied = takePlaces({"ENTER: Linker::Linker copy",
+                                     "ENTER: Optimizer::Optimizer copy", "ENTER: sealExpression"});
+    EXPECT_TRUE(std::is_sorted(vCopied.begin(), vCopied.end()));
+}
+
 TEST_F(EvaluatorOptimiseTest, FailedOptimisationLeavesTheLinkedExpressionsForGood) {
     Evaluator evaluator;
     ASSERT_TRUE(evaluator.configure(scriptsIn("none"), {}));

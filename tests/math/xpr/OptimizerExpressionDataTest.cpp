@@ -157,6 +157,18 @@ TEST_F(OptimizerExpressionDataTest, NumbersInKeysAreTheSameUnderEveryLocaleOfThe
     EXPECT_EQ(key(Node(pFunction)), "#f&rate%8000&level%0.5#frame");
 }
 
+TEST_F(OptimizerExpressionDataTest, NumbersInKeysHaveSixDigits) {
+    const auto newCall = [](const ParameterValue& in_Value) {
+        const auto pFunction = call("f");
+        newParameter(*pFunction, "p")->setValue(in_Value);
+        return Node(pFunction);
+    };
+    EXPECT_EQ(key(newCall(ParameterValue(1234567.5F))), "#f&p%1.23457e+06");
+    EXPECT_TRUE(areEqual(newCall(ParameterValue(1000000.5F)), newCall(ParameterValue(1000001.0F))));
+    EXPECT_FALSE(areEqual(newCall(ParameterValue(1.00001F)), newCall(ParameterValue(1.00002F))));
+    EXPECT_FALSE(areEqual(newCall(ParameterValue(1000000)), newCall(ParameterValue(1000001))));
+}
+
 TEST_F(OptimizerExpressionDataTest, EmptyTextIsADirectValueToo) {
     const auto pFunction = call("f");
     newParameter(*pFunction, "p")->setValue(ParameterValue(""));
@@ -190,6 +202,11 @@ TEST_F(OptimizerExpressionDataTest, LinkedParameterShowsTheDirectValueOfItsLeaf)
     newParameter(*pDirect, "p")->setValue(ParameterValue(3));
     EXPECT_EQ(key(Node(pLinked)), "#f&p%3");
     EXPECT_TRUE(areEqual(Node(pLinked), Node(pDirect)));
+    const auto pLinkedLater = call("f");
+    const auto pParameter = newParameter(*pLinkedLater, "p");
+    pParameter->setValue(ParameterValue(4));
+    pParameter->setValue(Handle<Parameter>(pLeaf));
+    EXPECT_EQ(key(Node(pLinkedLater)), "#f&p%3");
 }
 
 TEST_F(OptimizerExpressionDataTest, FunctionsAreEqualWithTheSameNameParametersAndChildren) {
@@ -405,6 +422,21 @@ TEST_F(OptimizerExpressionDataTest, InvalidationGoesDownToWhatIsHeldByTheNodeAlo
     EXPECT_TRUE(data(pShared).isValid());
     EXPECT_TRUE(data(Node(pOther)).isValid());
     EXPECT_FALSE(data(Node(argument(*pTop, 0))).isValid());
+}
+
+// Otherwise each use of a node by the one above would go down from it again.
+TEST_F(OptimizerExpressionDataTest, InvalidationGoesDownFromEachNodeOnce) {
+    std::vector<Handle<RecordingFunction>> vFunctions{call("f")};
+    data(Node(vFunctions.back()));
+    for (int i = 0; i != 60; ++i) {
+        const Node pBelow(vFunctions.back());
+        vFunctions.push_back(call("f"));
+        vFunctions.back()->addChild(pBelow, true);
+        vFunctions.back()->addChild(pBelow, true);
+        data(Node(vFunctions.back()));
+    }
+    data(Node(vFunctions.back())).invalidate();
+    EXPECT_FALSE(data(Node(vFunctions.front())).isValid());
 }
 
 TEST_F(OptimizerExpressionDataTest, DataHoldsItsExpression) {

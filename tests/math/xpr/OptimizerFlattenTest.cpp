@@ -146,6 +146,23 @@ TEST_F(OptimizerFlattenTest, FlattenedConcatenationReplacesTheNestedOneForAllIts
     EXPECT_EQ(pX->getValue(), pY->getValue());
 }
 
+TEST_F(OptimizerFlattenTest, ConcatenationOfThreeUsersIsFlattenedForEachVisit) {
+    const Node pA(constant({1.0}));
+    const Node pOuter(concatenation({Node(concatenation({pA})), pA}));
+    const auto pX = variable("x", pOuter);
+    const auto pY = variable("y", pOuter);
+    const auto pZ = variable("z", pOuter);
+    const std::size_t uiBefore = countXaryFunctions();
+    optimize({Node(pX), Node(pY), Node(pZ)});
+    EXPECT_EQ(countXaryFunctions() - uiBefore, 3U);
+    // One call moves two of three users, and comes to one of them again.
+    EXPECT_EQ(takeAssertions(), Texts{"iteFound != m_Childs.end()"});
+    for (const auto& pUser : {pX, pY, pZ}) {
+        EXPECT_EQ(valuesBoundBy(*concatenationOf(pUser)), nodesOf({pA, pA}));
+    }
+    EXPECT_EQ(parentsOf(*pOuter), Nodes());
+}
+
 TEST_F(OptimizerFlattenTest, BeyondTheLimitOfVisitsItReplacesTheNestedOneForAllItsParentsToo) {
     VisitLimit limit;
     const Node pA(constant({1.0}));

@@ -165,7 +165,7 @@ TEST_F(OptimizerTest, RunTellsItsStory) {
     EXPECT_TRUE(Optimizer().run(dictionnary, out));
     Texts vLines;
     for (const LogLine& line : log.lines()) {
-        if (line.logger == OptimizerLogger) {
+        if (line.logger == OptimizerLogger && line.level == log4cplus::DEBUG_LOG_LEVEL) {
             vLines.push_back(line.message);
         }
     }
@@ -264,6 +264,21 @@ TEST_F(OptimizerTest, IndexOfTheSecondPassIsMadeWhereSomebodySeesIt) {
     const LogCapture log(OptimizerDictionnaryLogger);
     optimize(dictionnary);
     EXPECT_EQ(log.count(log4cplus::DEBUG_LOG_LEVEL, "adding function: f"), 2u);
+    const LogCapture trace(DataLogger, log4cplus::TRACE_LOG_LEVEL);
+    const LogCapture silence(OptimizerDictionnaryLogger, log4cplus::ERROR_LOG_LEVEL);
+    optimize(dictionnary);
+    EXPECT_EQ(trace.count(log4cplus::TRACE_LOG_LEVEL, "ENTER: OptimizerExpressionDataImpl::key"),
+              2u);
+}
+
+TEST_F(OptimizerTest, EntriesAreSealedInTheirOrder) {
+    Calls vCalls;
+    Dictionnary dictionnary("in");
+    for (const char* szName : {"b", "a", "c"}) {
+        add(dictionnary, variable(szName, Node(new RecordingNode(szName, &vCalls))));
+    }
+    Optimizer().sealExpressions(dictionnary);
+    EXPECT_EQ(vCalls, (Calls{"b.seal_i", "a.seal_i", "c.seal_i"}));
 }
 
 } // namespace
