@@ -51,7 +51,7 @@ double computeLevel(Evaluator& inout_Evaluator, int in_iChannel) {
             vFrame[i] = iFrame * std::sin(0.1 * (in_iChannel + 1) * static_cast<double>(i));
         }
         pFrame->setValue(vFrame);
-        if (!pLevel->evaluate(vLevel)) {
+        if (!pLevel->evaluate(vLevel) || vLevel.empty()) {
             return std::nan("");
         }
     }

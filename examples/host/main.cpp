@@ -86,6 +86,9 @@ int run(const char* in_szScripts, const char* in_szRecording) {
         if (!loudness.computeFeatures(vLoudness) || !speech.computeFeatures(vSpeech)) {
             return EXIT_FAILURE;
         }
+        if (vLoudness.empty() || vSpeech.empty()) {
+            continue; // Something below has failed, which the log tells.
+        }
         std::cout << iFrame * 0.02 << " s: " << vLoudness[0] << " dB"
                   << (vSpeech[0] != 0.0 ? ", speech\n" : "\n");
     }

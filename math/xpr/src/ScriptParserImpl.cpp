@@ -69,8 +69,8 @@ ScriptParser::ScriptParserImpl::parseStatement(const ScriptIterator& in_First,
     return outcome;
 }
 
-/// Refuses a script that has too many operands before their nodes are made. One with fewer
-/// characters can't have them.
+/// Refuses a script that has too many operands before their nodes are made, by its commas and
+/// equals signs. One with fewer characters can't have so many.
 void ScriptParser::ScriptParserImpl::lookAhead(const ScriptIterator& in_First) {
     const auto uiText = static_cast<std::size_t>(in_First.getTextEnd() - in_First.getText());
     if (uiText <= ScriptParser::MaxOperands) {

@@ -35,7 +35,8 @@ public:
     /// it is good until the next evaluation of the graph. Whoever gets it leaves it as it is, its
     /// size above all: the next frame is written where this one stands.
     /// May hand out null with a true result: a variable or a script function whose value has
-    /// failed ever since its first evaluation.
+    /// failed ever since its first evaluation. Above what fails later it hands out what is left
+    /// there, which may have no elements.
     virtual bool evaluate(LimitedObjPtr<DoubleVector>& out) = 0;
 
     /// Writes the graph below the node in Graphviz form. True in every case: a file that can't be

@@ -169,7 +169,8 @@ public:
     Handle<ExpressionBaseImpl> copy(ExpressionImplCopier& inout_Copier) const;
 
 protected:
-    /// Hooks of the node kinds, called by this class.
+    /// Hooks of the node kinds, called by this class. What a node computes is said by `evaluate_i`:
+    /// in a sealed graph it may be called without `evaluate`, and never where the value is current.
     virtual bool configure_i(const TSHandle<VirtualFileSystem>& in_pFileSystem) = 0;
     virtual bool evaluate_i(LimitedObjPtr<DoubleVector>& out) = 0;
     virtual bool reset_i() = 0;

@@ -42,7 +42,9 @@ public:
     static constexpr std::size_t MaxOperatorDepth = 100000;
 
     /// How many definitions, arguments, elements and sides of operators one script may have
-    /// together. Each takes up to three kilobytes while the script is linked.
+    /// together. Each takes up to three kilobytes while the script is linked. A script that has
+    /// more by its commas and equals signs alone is refused as a whole, ahead of its first
+    /// definition.
     static constexpr std::size_t MaxOperands = std::size_t{1} << 20;
 
     /// How many indices one range of a slice may list.
