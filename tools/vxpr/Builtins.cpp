@@ -40,11 +40,16 @@ Builtin describe(const std::string& in_strName) {
 
 } // namespace
 
-std::string Builtin::getCall() const {
+std::vector<std::string> Builtin::getShortParameters() const {
     std::vector<std::string> vParameters;
     for (const std::string& strKey : m_vParameters) {
         vParameters.push_back(strKey.substr(strKey.rfind('.') + 1));
     }
+    return vParameters;
+}
+
+std::string Builtin::getCall() const {
+    const std::vector<std::string> vParameters = getShortParameters();
     return m_strName + (vParameters.empty() ? "" : "<" + join(vParameters, ", ") + ">") + "(" +
            join(m_vArguments, ", ") + ")";
 }

@@ -16,6 +16,9 @@ struct Builtin {
     /// The way a script calls it, such as `energy<SampleRate>(x)`: of the parameters' keys the part
     /// that tells what they mean.
     std::string getCall() const;
+
+    /// That part of the names of the parameters.
+    std::vector<std::string> getShortParameters() const;
 };
 
 /// The built-in functions of the engine, in the order of their registration.

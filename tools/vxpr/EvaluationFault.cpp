@@ -4,6 +4,10 @@
 #include "NodeText.h"
 #include "TextList.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 namespace Vxpr {
 
 namespace {
@@ -17,6 +21,26 @@ struct Explanation {
     const char* m_szNode; ///< the name of the node that the message is about
     const char* m_szMessage;
     const char* m_szText;
+};
+
+/// What a parameter can be, of those built-ins that don't say it themselves.
+struct Need {
+    std::string_view m_szParameter; ///< without what stands ahead of the last point
+    const char* m_szTaken;
+};
+
+constexpr Need NEEDS[] = {
+    {"SampleRate", "a number above 0"},
+    {"WindowSize", "a whole number above 0"},
+    {"TapeSize", "a whole number above 0, with padding values up to 4194304"},
+    {"IncludeUsedTapeSizeInOutput", "a whole number, \"true\" or \"false\""},
+    {"PaddingValues", "a number, or a text of numbers such as \"0 1\""},
+    {"DebounceValue", "a whole number from 0"},
+    {"DebounceOnValue", "a whole number from 0"},
+    {"DebounceOffValue", "a whole number from 0"},
+    {"sampleRate", "a whole number above 0"},
+    {"freq", "a number above 0 and up to half of that"},
+    {"frequency", "a number above 0 and up to half of that"},
 };
 
 constexpr Explanation EXPLANATIONS[] = {
@@ -149,6 +173,28 @@ std::string explainEvaluation(const FeatureGraph::Failure& in_Failure,
            builtin->getCall();
 }
 
+namespace {
+
+/// What the parameters are that a built-in refuses without a word, and what it takes.
+std::string describeRefused(const Builtin& in_Builtin, const FeatureGraph::Node& in_Function) {
+    const auto* pFunction = dynamic_cast<const Velmora::Math::Xpr::FunctionBaseImpl*>(&in_Function);
+    const std::vector<std::string> vValues =
+        pFunction != nullptr ? describeParameters(*pFunction) : std::vector<std::string>();
+    const std::vector<std::string> vNames = in_Builtin.getShortParameters();
+    std::vector<std::string> vTexts;
+    for (std::size_t ui = 0; ui < std::min(vNames.size(), vValues.size()); ++ui) {
+        const auto* const pNeed =
+            std::find_if(std::begin(NEEDS), std::end(NEEDS),
+                         [&](const Need& in_Need) { return in_Need.m_szParameter == vNames[ui]; });
+        vTexts.push_back(
+            vNames[ui] + " is " + vValues[ui] +
+            (pNeed == std::end(NEEDS) ? "" : std::string(" and takes ") + pNeed->m_szTaken));
+    }
+    return join(vTexts, "; ");
+}
+
+} // namespace
+
 std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
                                  const std::vector<EngineMessage>& in_vMessages) {
     std::vector<std::string> vReasons;
@@ -159,8 +205,12 @@ std::string explainConfiguration(const FeatureGraph::Node* in_pFunction,
     }
     const std::string strName = in_pFunction != nullptr ? in_pFunction->getName() : "";
     const auto builtin = Builtins::find(strName);
+    std::string strReason = vReasons.empty() ? "" : translateReason(vReasons.front());
+    if (strReason.empty() && builtin) {
+        strReason = describeRefused(*builtin, *in_pFunction);
+    }
     return (strName.empty() ? "a function" : "`" + strName + "`") + " can't use these parameters" +
-           (vReasons.empty() ? "" : " (" + translateReason(vReasons.front()) + ")") +
+           (strReason.empty() ? "" : " (" + strReason + ")") +
            (builtin ? "; call it as " + builtin->getCall() : "");
 }
 

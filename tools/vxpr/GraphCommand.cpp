@@ -3,6 +3,7 @@
 #include "EngineLog.h"
 #include "Failure.h"
 #include "FeatureSelection.h"
+#include "FileEnding.h"
 #include "GraphvizProgram.h"
 #include "GraphvizText.h"
 #include "LogOption.h"
@@ -101,14 +102,13 @@ GraphCommand::GraphCommand(CLI::App& inout_App)
 
 /// The format in the terms of `dot`; empty for its own language.
 std::string GraphCommand::chooseFormat() const {
-    const std::size_t uiPoint = m_strOutput.rfind('.');
-    const std::string strEnding =
-        uiPoint == std::string::npos ? "" : m_strOutput.substr(uiPoint + 1);
-    if (m_strOutput == "-" || strEnding == "dot" || strEnding == "gv") {
+    if (m_strOutput == "-" || hasEnding(m_strOutput, ".dot") || hasEnding(m_strOutput, ".gv")) {
         return {};
     }
-    if (strEnding == "svg" || strEnding == "png") {
-        return strEnding;
+    for (const char* szFormat : {"svg", "png"}) {
+        if (hasEnding(m_strOutput, std::string(".") + szFormat)) {
+            return szFormat;
+        }
     }
     throw Failure::ofCommandLine("-o " + m_strOutput +
                                  ": the ending says what to write; let it be .dot or .gv for text, "

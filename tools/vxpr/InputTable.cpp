@@ -1,6 +1,7 @@
 #include "InputTable.h"
 
 #include "CsvTable.h"
+#include "FileEnding.h"
 #include "NpyTable.h"
 
 namespace Vxpr {
@@ -10,9 +11,7 @@ InputTable::InputTable(const std::string& in_strPath)
 
 std::unique_ptr<InputTable> InputTable::open(const std::string& in_strInput,
                                              const std::string& in_strPath) {
-    const std::string strEnding =
-        in_strPath.size() > 4 ? in_strPath.substr(in_strPath.size() - 4) : std::string();
-    if (strEnding == ".npy") {
+    if (hasEnding(in_strPath, ".npy")) {
         return std::make_unique<NpyTable>(in_strPath);
     }
     return std::make_unique<CsvTable>(in_strInput, in_strPath);

@@ -95,11 +95,16 @@ std::string describeOperation(const FunctionBaseImpl& in_Function, const std::st
     if (const char* szSymbol = findSymbol(in_Function)) {
         return szSymbol;
     }
+    const std::vector<std::string> vParameters = describeParameters(in_Function);
+    return in_strName + (vParameters.empty() ? "" : "<" + join(vParameters, ", ") + ">");
+}
+
+std::vector<std::string> describeParameters(const FunctionBaseImpl& in_Function) {
     std::vector<std::string> vParameters;
     for (auto ite = in_Function.getParameterBegin(); ite != in_Function.getParameterEnd(); ++ite) {
         vParameters.push_back(describeParameter(*ite->second));
     }
-    return in_strName + (vParameters.empty() ? "" : "<" + join(vParameters, ", ") + ">");
+    return vParameters;
 }
 
 std::string describeArguments(const FunctionBaseImpl& in_Function) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace Vxpr {
 
@@ -14,6 +15,10 @@ namespace Vxpr {
 /// `+`, `x[i]`, `if`, or the given name with its parameters, such as `debounceOnOff<3, 12>`.
 std::string describeOperation(const Velmora::Math::Xpr::FunctionBaseImpl& in_Function,
                               const std::string& in_strName);
+
+/// The values of the function's parameters, in their order, such as `3`, `0.5` or `"a"`.
+std::vector<std::string>
+describeParameters(const Velmora::Math::Xpr::FunctionBaseImpl& in_Function);
 
 /// What a script function takes, such as `<n>(x, y)`.
 std::string describeArguments(const Velmora::Math::Xpr::FunctionBaseImpl& in_Function);

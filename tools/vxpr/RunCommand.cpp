@@ -2,6 +2,7 @@
 
 #include "EngineLog.h"
 #include "Failure.h"
+#include "FileEnding.h"
 #include "LogOption.h"
 #include "RawFormat.h"
 #include "Run.h"
@@ -100,21 +101,15 @@ InputFeed::Tables readTables(const std::vector<std::string>& in_vTables) {
     return tables;
 }
 
-bool endsWith(const std::string& in_strText, const std::string& in_strEnd) {
-    return in_strText.size() >= in_strEnd.size() &&
-           in_strText.compare(in_strText.size() - in_strEnd.size(), in_strEnd.size(), in_strEnd) ==
-               0;
-}
-
 Run::Format readFormat(const std::string& in_strFormat, const std::string& in_strOutput) {
     if (in_strFormat == "csv") {
         return Run::Format::Csv;
     }
-    if (in_strFormat == "jsonl" || (in_strFormat.empty() && (endsWith(in_strOutput, ".jsonl") ||
-                                                             endsWith(in_strOutput, ".ndjson")))) {
+    if (in_strFormat == "jsonl" || (in_strFormat.empty() && (hasEnding(in_strOutput, ".jsonl") ||
+                                                             hasEnding(in_strOutput, ".ndjson")))) {
         return Run::Format::JsonLines;
     }
-    if (in_strFormat == "npy" || (in_strFormat.empty() && endsWith(in_strOutput, ".npy"))) {
+    if (in_strFormat == "npy" || (in_strFormat.empty() && hasEnding(in_strOutput, ".npy"))) {
         return Run::Format::Npy;
     }
     return Run::Format::Csv;
@@ -176,6 +171,17 @@ RunCommand::RunCommand(CLI::App& inout_App)
     addLogOption(*m_pCommand, m_strLog);
 }
 
+/// What would be ignored is refused.
+void RunCommand::checkOptionsOfARecording() const {
+    for (const char* szOption : {"--raw", "--channel", "--rate", "--pad"}) {
+        if (m_pCommand->count(szOption) != 0) {
+            throw Failure::ofCommandLine(std::string(szOption) +
+                                         " is about a recording: give one with -i, or leave it "
+                                         "out");
+        }
+    }
+}
+
 ExitStatus RunCommand::execute() const {
     EngineLog::install(m_strLog);
     Run::Options options;
@@ -206,10 +212,12 @@ ExitStatus RunCommand::execute() const {
         throw Failure::ofCommandLine("there is nothing to run the script over: give a recording "
                                      "with -i, or tables with --input NAME=FILE");
     } else {
+        checkOptionsOfARecording();
         const FrameSize& step = hop ? *hop : frame;
         if (!step.isTime()) {
-            throw Failure::ofCommandLine("without a recording there is no sample rate: give --hop "
-                                         "as a time, such as 20ms");
+            throw Failure::ofCommandLine(std::string("without a recording there is no sample rate: "
+                                                     "give ") +
+                                         (hop ? "--hop" : "--frame") + " as a time, such as 20ms");
         }
         options.m_dTableHop = step.getSeconds();
     }

@@ -21,6 +21,8 @@ public:
     ExitStatus execute() const;
 
 private:
+    void checkOptionsOfARecording() const;
+
     CLI::App* m_pCommand;
     std::string m_strScript;
     std::vector<std::string> m_vFeatures;

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace Vxpr {
 
@@ -24,6 +28,25 @@ bool isWordPart(char in_c) {
 }
 bool isDigit(char in_c) {
     return std::isdigit(static_cast<unsigned char>(in_c)) != 0;
+}
+
+/// What is wrong with a number, in the way in which the language writes them: whole ones have 32
+/// bits between < and >, and may be hexadecimal there.
+std::string describeNumber(const std::string& in_strNumber, bool in_bWholeParameter) {
+    const bool bHexadecimal = in_strNumber.compare(0, 2, "0x") == 0;
+    if (!in_bWholeParameter) {
+        return bHexadecimal ? "hexadecimal numbers stand between < and > only; write a decimal one"
+                            : "";
+    }
+    if (!bHexadecimal && !std::all_of(in_strNumber.begin(), in_strNumber.end(), isDigit)) {
+        return {};
+    }
+    errno = 0;
+    const unsigned long long ullValue = std::strtoull(in_strNumber.c_str(), nullptr, 0);
+    return errno == 0 && ullValue <= std::numeric_limits<std::uint32_t>::max()
+               ? ""
+               : "this is too large for a whole number between < and >, which has 32 bits; with a "
+                 "point, as in 1e10 or 10000000000.0, it is of another kind";
 }
 
 } // namespace
@@ -189,9 +212,19 @@ std::string StatementScanner::describeMistake(const Token& in_Token, const Token
     if (strMark == "\\") {
         return "a `\\` continues a line only as its very last character";
     }
+    const bool bEndsStatement = in_pNext == nullptr || in_pNext->m_Kind == Token::Kind::LineEnd ||
+                                m_Script.getText()[in_pNext->m_uiBegin] == ';';
+    if (bEndsStatement && std::strchr("+-*/=,", strMark[0]) != nullptr) {
+        return "a value is missing behind `" + strMark +
+               "`; a line goes on in the next one behind "
+               "a `\\`";
+    }
     const bool bOperandBefore =
         in_pBefore != nullptr && (in_pBefore->m_Kind != Token::Kind::Mark ||
                                   std::strchr(")]}", getText(*in_pBefore)[0]) != nullptr);
+    if (strMark == "<" && bOperandBefore && in_pBefore->m_Kind != Token::Kind::Word) {
+        return NO_COMPARING;
+    }
     const bool bNumberFollows = !strNext.empty() && (isDigit(strNext[0]) || strNext[0] == '.');
     if (strMark == "-" && !bOperandBefore && !bNumberFollows) {
         return "there is no minus sign for values, only for numbers: write 0 - x for -x, and -2 "
@@ -217,6 +250,10 @@ std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) 
             strText = describeMistake(token, pBefore, pNext);
         }
         const std::string strToken = getText(token);
+        if (strText.empty() && token.m_Kind == Token::Kind::Number) {
+            const bool bPointFollows = pNext != nullptr && getText(*pNext) == ".";
+            strText = describeNumber(strToken, bParameters && !bPointFollows);
+        }
         if (strText.empty() && strToken == ">" && !bParameters) {
             strText = NO_COMPARING;
         }

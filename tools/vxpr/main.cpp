@@ -61,16 +61,37 @@ ExitStatus execute(const Vxpr::RunCommand& in_Run, const Vxpr::CheckCommand& in_
         Vxpr::suggestInWords(strFound, vCommands) + "; run vxpr --help for more information");
 }
 
+/// What the parser says, and which option may have been meant.
+[[noreturn]] void refuseOptions(const CLI::App& in_Command, const CLI::ParseError& in_Error) {
+    const std::vector<std::string> vUnknown = in_Command.remaining();
+    std::string strSuggestion;
+    if (!vUnknown.empty()) {
+        std::vector<std::string> vOptions;
+        for (const CLI::Option* pOption : in_Command.get_options()) {
+            for (const std::string& strName : pOption->get_lnames()) {
+                vOptions.push_back("--" + strName);
+            }
+        }
+        strSuggestion = Vxpr::suggestInWords(vUnknown.front(), vOptions);
+    }
+    throw Vxpr::Failure::ofCommandLine(Vxpr::makePrintable(in_Error.what()) + strSuggestion +
+                                       "; run vxpr " + in_Command.get_name() +
+                                       " --help for more information");
+}
+
 ExitStatus endParsing(const CLI::App& in_App, const CLI::ParseError& in_Error) {
     if (in_Error.get_exit_code() != 0 && in_App.get_subcommands().empty()) {
         refuseWithoutCommand(in_App);
     }
+    if (in_Error.get_exit_code() != 0) {
+        refuseOptions(*in_App.get_subcommands().front(), in_Error);
+    }
     std::ostringstream result;
-    const int iStatus = in_App.exit(in_Error, result, std::cerr);
+    in_App.exit(in_Error, result, std::cerr);
     Vxpr::Output output("-");
     output.append(result.str());
     output.commit();
-    return iStatus == 0 ? ExitStatus::Done : ExitStatus::CommandLineAtFault;
+    return ExitStatus::Done;
 }
 
 ExitStatus parseAndExecute(int in_iArguments, char** in_pArguments) {

@@ -173,7 +173,26 @@ TEST_F(CheckCommandTest, ANameThatIsDefinedTwiceIsShownAtItsSecondPlace) {
 TEST_F(CheckCommandTest, ParametersAreTried) {
     EXPECT_THAT(
         runVxpr({"check", writeScript("inputvar x\na = slidingWindow<-1>(x)\n")}).m_strErrors,
-        HasSubstr("s.xpr:2:5: error: `slidingWindow` can't use these parameters"));
+        HasSubstr("s.xpr:2:5: error: `slidingWindow` can't use these parameters (WindowSize "
+                  "is -1 and takes a whole number above 0); call it as "
+                  "slidingWindow<WindowSize>(x)"));
+}
+
+TEST_F(CheckCommandTest, ParametersThatAreRefusedWithoutAWordAreShownWithWhatTheyTake) {
+    for (const Mistake& mistake : {
+             Mistake{"energy<\"a\">(x)", "(SampleRate is \"a\" and takes a number above 0)"},
+             Mistake{"debounce<1.5>(x)", "(DebounceValue is 1.5 and takes a whole number from 0)"},
+             Mistake{"debounceOnOff<2, -1>(x)", "(DebounceOnValue is 2 and takes a whole number "
+                                                "from 0; DebounceOffValue is -1 and takes a whole"},
+             Mistake{"tappedDelay<3, 0, \"b\">(x)",
+                     "PaddingValues is \"b\" and takes a number, or"},
+             Mistake{"amDemodulate<8000, 0>(x)", "freq is 0 and takes a number above 0 and up to"},
+             Mistake{"f<0>(x)\nf<n>(y) = slidingWindow<n>(y)", "(WindowSize is 0 and takes"},
+         }) {
+        const ProcessResult result = runVxpr(
+            {"check", writeScript(std::string("inputvar x\na = ") + mistake.m_szScript + "\n")});
+        EXPECT_THAT(result.m_strErrors, HasSubstr(mistake.m_szMessage)) << mistake.m_szScript;
+    }
 }
 
 TEST_F(CheckCommandTest, ParametersThatAreRefusedAreToldOnlyOfTheirFunction) {
@@ -182,9 +201,9 @@ TEST_F(CheckCommandTest, ParametersThatAreRefusedAreToldOnlyOfTheirFunction) {
                                       "b = {a, slidingWindow<0>(a)}\nc = slidingWindow<0>(x)\n")})
             .m_strErrors;
     EXPECT_THAT(strErrors, HasSubstr("s.xpr:3:9: error: `slidingWindow` can't use these "
-                                     "parameters; call it as slidingWindow<"));
+                                     "parameters (WindowSize is 0 and takes"));
     EXPECT_THAT(strErrors, HasSubstr("s.xpr:4:5: error: `slidingWindow` can't use these "
-                                     "parameters; call it as slidingWindow<"));
+                                     "parameters (WindowSize is 0 and takes"));
 }
 
 TEST_F(CheckCommandTest, EveryFunctionThatRefusesItsParametersIsShown) {
@@ -268,6 +287,22 @@ TEST_F(CheckCommandTest, CommonMistakesAreToldInTheTermsOfTheLanguage) {
                      "2:7: error: the language has no operators for comparing"},
              Mistake{"inputvar a\nx = a > 2\n",
                      "2:7: error: the language has no operators for comparing"},
+             Mistake{"x = 1 < 2\n", "1:7: error: the language has no operators for comparing"},
+             Mistake{"inputvar a\nx = (a + 1)<2\n",
+                     "2:12: error: the language has no operators for comparing"},
+             Mistake{"x = 0x10\n", "1:5: error: hexadecimal numbers stand between < and > only"},
+             Mistake{"inputvar a\nx = energy<4294967296>(a)\n",
+                     "2:12: error: this is too large for a whole number between < and >"},
+             Mistake{"inputvar a\nx = energy<0x100000000>(a)\n",
+                     "2:12: error: this is too large for a whole number between < and >"},
+             Mistake{"inputvar a\nx = energy<99999999999999999999>(a)\n",
+                     "2:12: error: this is too large for a whole number between < and >"},
+             Mistake{"inputvar a\nx = energy<99999999999.0>(a) +\n",
+                     "2:30: error: a value is missing behind `+`"},
+             Mistake{"a =\n", "1:3: error: a value is missing behind `=`"},
+             Mistake{"a = 1 -;b = 2\n", "1:7: error: a value is missing behind `-`"},
+             Mistake{"a = {1,\n2}\n", "1:7: error: a value is missing behind `,`; a line goes on "
+                                      "in the next one behind a `\\`"},
              Mistake{"inputvar a\nx = energy<8000>(a) > 2\n",
                      "2:21: error: the language has no operators for comparing"},
              Mistake{"inputvar a\nx = a ** 2\n", "2:7: error: there is no power operator"},

@@ -263,6 +263,8 @@ TEST_F(RunCommandTest, TheFormFollowsTheEndingOrTheWish) {
     }
     runOverTable(strScript, "1\n", {"-o", m_Scratch.getPath("o.npy")});
     EXPECT_THAT(readFile(m_Scratch.getPath("o.npy")), StartsWith("\x93NUMPY"));
+    runOverTable(strScript, "1\n", {"-o", m_Scratch.getPath("o.NPY")});
+    EXPECT_THAT(readFile(m_Scratch.getPath("o.NPY")), StartsWith("\x93NUMPY"));
     runOverTable(strScript, "1\n", {"-o", m_Scratch.getPath("p.npy"), "--format", "csv"});
     EXPECT_EQ(readFile(m_Scratch.getPath("p.npy")), "time,a\n0,1\n");
 }
@@ -271,6 +273,49 @@ TEST_F(RunCommandTest, AnNpyFileCantGoThroughAPipe) {
     const ProcessResult result = runOverTable("inputvar x\na = x\n", "1\n", {"--format", "npy"});
     EXPECT_EQ(result.m_iStatus, 2);
     EXPECT_THAT(result.m_strErrors, HasSubstr("give a file with -o FILE"));
+}
+
+TEST_F(RunCommandTest, WhatTheParserRefusesIsToldLikeOtherErrors) {
+    const std::string strScript = writeScript("a = 1\n");
+    const auto refuse = [&](const std::vector<std::string>& in_vMore) {
+        std::vector<std::string> vArguments{"run", strScript};
+        vArguments.insert(vArguments.end(), in_vMore.begin(), in_vMore.end());
+        const ProcessResult result = runVxpr(vArguments);
+        EXPECT_EQ(result.m_iStatus, 2);
+        EXPECT_EQ(result.m_strOutput, "");
+        EXPECT_THAT(result.m_strErrors, StartsWith("vxpr: error: "));
+        EXPECT_THAT(result.m_strErrors, HasSubstr("; run vxpr run --help for more information\n"));
+        return result.m_strErrors;
+    };
+    EXPECT_THAT(refuse({"--fram", "20ms"}), HasSubstr("--fram"));
+    EXPECT_THAT(refuse({"--fram", "20ms"}), HasSubstr("; did you mean `--frame`?"));
+    EXPECT_THAT(refuse({"--format", "xyz"}), HasSubstr("--format: xyz not in {csv,jsonl,npy}"));
+    EXPECT_THAT(refuse({"--channel", "0"}), HasSubstr("--channel: "));
+    EXPECT_THAT(runVxpr({"check"}).m_strErrors,
+                HasSubstr("vxpr: error: SCRIPT is required; run vxpr check --help"));
+}
+
+TEST_F(RunCommandTest, WhatIsAboutARecordingIsRefusedWithoutOne) {
+    const std::string strScript = "inputvar x\na = x\n";
+    const std::vector<std::vector<std::string>> vCases{
+        {"--raw", "s16le,8000,1"}, {"--channel", "1"}, {"--rate", "8000"}, {"--pad"}};
+    for (const auto& vOptions : vCases) {
+        const ProcessResult result = runOverTable(strScript, "1\n", vOptions);
+        EXPECT_EQ(result.m_iStatus, 2);
+        EXPECT_THAT(result.m_strErrors,
+                    HasSubstr(vOptions.front() + " is about a recording: give one with -i"));
+    }
+}
+
+TEST_F(RunCommandTest, WithoutARecordingTheStepIsATime) {
+    const std::string strScript = writeScript("inputvar x\na = x\n");
+    const std::string strTable = "x=" + m_Scratch.write("x.csv", "1\n2\n");
+    for (const std::string strOption : {"--frame", "--hop"}) {
+        EXPECT_EQ(runVxpr({"run", strScript, "--input", strTable, strOption, "1s"}).m_strOutput,
+                  "time,a\n0,1\n1,2\n");
+        EXPECT_THAT(runVxpr({"run", strScript, "--input", strTable, strOption, "160"}).m_strErrors,
+                    HasSubstr("there is no sample rate: give " + strOption + " as a time"));
+    }
 }
 
 TEST_F(RunCommandTest, TheOutputNeverReplacesWhatIsRead) {
