@@ -34,6 +34,9 @@ public:
     std::optional<std::uint64_t> getLength() const override;
     bool isLive() const override { return m_bLive; }
 
+    /// What it is read from.
+    int getDescriptor() const { return m_iFile; }
+
     /// The samples read so far.
     std::uint64_t getPosition() const { return m_uiPosition; }
 

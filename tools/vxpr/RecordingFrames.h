@@ -32,6 +32,9 @@ public:
     bool isLive() const override { return m_Recording.isLive(); }
     void checkEnd(std::uint64_t in_uiFrames) const override;
 
+    /// As Recording::getDescriptor.
+    int getDescriptor() const { return m_Recording.getDescriptor(); }
+
     /// As Recording::describeTruncation.
     std::string describeTruncation() const { return m_Recording.describeTruncation(); }
 

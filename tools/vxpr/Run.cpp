@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "FeatureSelection.h"
 #include "JsonLinesWriter.h"
+#include "LiveEnd.h"
 #include "NpyWriter.h"
 #include "NumberText.h"
 #include "Progress.h"
@@ -136,20 +137,26 @@ ExitStatus Run::execute() {
     }
     Output output(m_Options.m_strOutput);
     Table table(makeWriter(output), m_vColumns);
+    const auto* pRecording = dynamic_cast<const RecordingFrames*>(pFrames.get());
+    const LiveEnd end(pRecording != nullptr && pRecording->isLive() ? pRecording->getDescriptor()
+                                                                    : -1);
     const std::uint64_t uiFrames = evaluateFrames(*pFrames, feed, row, table, output);
+    if (uiFrames == 0) {
+        end.goOn();
+    }
     pFrames->checkEnd(uiFrames);
     table.finish();
     reportOverlong(table);
     output.commit();
     reportEnd(row, uiFrames, feed);
-    const auto* pRecording = dynamic_cast<const RecordingFrames*>(pFrames.get());
-    if (pRecording != nullptr && !pRecording->describeTruncation().empty()) {
+    if (pRecording != nullptr && !end.hasCome() && !pRecording->describeTruncation().empty()) {
         report(Diagnostic::Severity::Error,
                pRecording->describeTruncation() + "; the table covers what is there");
     }
     if (m_pStatistics) {
         std::fputs(m_pStatistics->format().c_str(), stderr);
     }
+    end.goOn();
     return m_Printer.hasErrors() ? ExitStatus::DataAtFault : ExitStatus::Done;
 }
 

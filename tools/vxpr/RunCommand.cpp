@@ -42,7 +42,8 @@ FRAMES
 RECORDINGS
   What libsndfile reads: WAV of every sample format, FLAC, Ogg and others. From a pipe (-i -) comes
   a WAV file, or with --raw samples without a header, as ENCODING,RATE,CHANNELS; each row is written
-  as soon as its frame has come.
+  as soon as its frame has come. Ctrl-C ends such a recording: what has come is written, also to
+  -o FILE, and vxpr then ends as other programs do. A second one breaks off.
 
 TABLES
   A first column `time` holds the start of the frame in seconds; then come the features in their

@@ -1,10 +1,14 @@
 #include "RunTest.h"
 
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <string>
+#include <vector>
 
 namespace Vxpr {
 
@@ -158,6 +162,96 @@ TEST_F(RunStreamTest, ProgressIsntShownWhereItDisturbs) {
     EXPECT_EQ(runVxpr({"run", strScript, "-i", strShort}, options).m_strErrors, "");
     options.m_bOutputOnTerminal = true;
     EXPECT_EQ(runVxpr({"run", strScript, "-i", strLong}, options).m_strErrors, "");
+}
+
+/// A run over samples from a pipe that goes on until a signal comes.
+class LiveRun {
+public:
+    explicit LiveRun(std::vector<std::string> in_vArguments) {
+        EXPECT_EQ(pipe(m_Samples.data()), 0);
+        EXPECT_EQ(pipe(m_Errors.data()), 0);
+        std::vector<char*> vArguments;
+        for (std::string& strArgument : in_vArguments) {
+            vArguments.push_back(strArgument.data());
+        }
+        vArguments.push_back(nullptr);
+        m_Process = fork();
+        if (m_Process == 0) {
+            dup2(m_Samples[0], STDIN_FILENO);
+            dup2(m_Errors[1], STDERR_FILENO);
+            for (const int iFile : {m_Samples[0], m_Samples[1], m_Errors[0], m_Errors[1]}) {
+                close(iFile);
+            }
+            execv(VXPR_PROGRAM, vArguments.data());
+            _exit(127);
+        }
+        close(m_Samples[0]);
+        close(m_Errors[1]);
+    }
+
+    ~LiveRun() {
+        close(m_Samples[1]);
+        close(m_Errors[0]);
+    }
+
+    /// Returns when all of it has been taken.
+    void feed(const std::string& in_strSamples) {
+        EXPECT_EQ(write(m_Samples[1], in_strSamples.data(), in_strSamples.size()),
+                  static_cast<ssize_t>(in_strSamples.size()));
+        for (int iWaiting = 1; iWaiting != 0; usleep(1000)) {
+            ASSERT_EQ(ioctl(m_Samples[1], FIONREAD, &iWaiting), 0);
+        }
+    }
+
+    /// The status, and what stood on the standard error, once the signal has ended the run.
+    int end(int in_iSignal, std::string& out_strErrors) {
+        kill(m_Process, in_iSignal);
+        std::array<char, 4096> buffer{};
+        for (ssize_t iRead = 1; iRead > 0;) {
+            iRead = read(m_Errors[0], buffer.data(), buffer.size());
+            out_strErrors.append(buffer.data(),
+                                 static_cast<std::size_t>(std::max<ssize_t>(iRead, 0)));
+        }
+        int iStatus = 0;
+        waitpid(m_Process, &iStatus, 0);
+        return iStatus;
+    }
+
+private:
+    std::array<int, 2> m_Samples{};
+    std::array<int, 2> m_Errors{};
+    pid_t m_Process = -1;
+};
+
+TEST_F(RunStreamTest, ASignalEndsALiveRecordingAndLosesNothing) {
+    const std::string strScript = writeScript("inputvar frame\na = frame[0]\n");
+    const std::string strOutput = m_Scratch.getPath("out.csv");
+    for (const int iSignal : {SIGINT, SIGTERM}) {
+        LiveRun run({"vxpr", "run", strScript, "-i", "-", "--raw", "s16le,8000,1", "--frame", "2",
+                     "--stats", "-o", strOutput});
+        run.feed(std::string("\x00\x40\x00\xc0\x00\x20\x00\x10\x00\x10", 10));
+        std::string strErrors;
+        const int iStatus = run.end(iSignal, strErrors);
+        EXPECT_TRUE(WIFSIGNALED(iStatus));
+        EXPECT_EQ(WTERMSIG(iStatus), iSignal);
+        EXPECT_EQ(readFile(strOutput), "time,a\n0,0.5\n0.00025,0.25\n");
+        EXPECT_THAT(strErrors, HasSubstr("evaluations"));
+        EXPECT_THAT(strErrors, testing::Not(HasSubstr("error")));
+        unlink(strOutput.c_str());
+    }
+}
+
+TEST_F(RunStreamTest, ASignalInTheMiddleOfAPromisedLengthIsNoError) {
+    const std::string strScript = writeScript("inputvar frame\na = frame[0]\n");
+    const std::string strWave = m_Scratch.getPath("long.wav");
+    writeWave(strWave, std::vector<double>(8000, 0.5));
+    const std::string strOutput = m_Scratch.getPath("out.csv");
+    LiveRun run({"vxpr", "run", strScript, "-i", "-", "--frame", "80", "-o", strOutput});
+    run.feed(readFile(strWave).substr(0, 8000));
+    std::string strErrors;
+    EXPECT_TRUE(WIFSIGNALED(run.end(SIGINT, strErrors)));
+    EXPECT_EQ(strErrors, "");
+    EXPECT_THAT(readFile(strOutput), HasSubstr("\n0.01,0.5\n"));
 }
 
 TEST_F(RunStreamTest, AnInterruptedRunLeavesNoFile) {
