@@ -77,9 +77,17 @@ bool isColumnOf(const std::string& in_strInput, const std::string& in_strColumn)
 /// What is shown of a cell, which a file without line ends may make very long.
 std::string quote(const std::string& in_strCell) {
     constexpr std::size_t MOST_SHOWN = 60;
-    return in_strCell.size() <= MOST_SHOWN
-               ? "'" + makePrintable(in_strCell) + "'"
-               : "'" + makePrintable(in_strCell.substr(0, MOST_SHOWN)) + "...'";
+    if (in_strCell.size() <= MOST_SHOWN) {
+        return "'" + makePrintable(in_strCell) + "'";
+    }
+    const auto continuesCharacter = [](char in_c) {
+        return (static_cast<unsigned char>(in_c) & 0xc0U) == 0x80U;
+    };
+    std::size_t uiEnd = MOST_SHOWN;
+    while (uiEnd > 0 && continuesCharacter(in_strCell[uiEnd])) {
+        --uiEnd;
+    }
+    return "'" + makePrintable(in_strCell.substr(0, uiEnd)) + "...'";
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace Vxpr {
 /// A first line without numbers, or with a column `time` or one of the input's, is a header. A
 /// header that has columns called after the input, as `bands` or `bands[0]`, `bands[1]`, chooses
 /// those, in the order of their numbers, of which none may be left out or there twice; otherwise
-/// every column but `time` counts. Empty cells at the end of a row make it
+/// every column but `time` counts. Empty cells behind the last element make a row
 /// shorter, any other reads as not-a-number. Quotes around a cell don't count, but what separates
 /// others is part of it.
 class CsvTable : public InputTable {

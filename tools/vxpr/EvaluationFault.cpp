@@ -32,7 +32,7 @@ struct Need {
 constexpr Need NEEDS[] = {
     {"SampleRate", "a number above 0"},
     {"WindowSize", "a whole number above 0"},
-    {"TapeSize", "a whole number above 0, with padding values up to 4194304"},
+    {"TapeSize", "a whole number above 0, and up to 4194304 where there are padding values"},
     {"IncludeUsedTapeSizeInOutput", "a whole number, \"true\" or \"false\""},
     {"PaddingValues", "a number, or a text of numbers such as \"0 1\""},
     {"DebounceValue", "a whole number from 0"},

@@ -200,11 +200,32 @@ bool LinkedScript::link(const ScriptText& in_Script, const NameScope& in_Scope) 
                          m_Evaluator.addScript(stream, in_Script.getPath().c_str()) &&
                          m_Evaluator.link(m_Options.m_bOptimize);
     const std::vector<EngineMessage> vMessages = EngineLog::take();
-    addFaults(FaultReader(m_Library, in_Script, in_Scope).read(vMessages));
+    std::vector<Diagnostic> vFaults = FaultReader(m_Library, in_Script, in_Scope).read(vMessages);
+    // The engine looks for what is missing in the file itself, with the statements that have been
+    // taken out.
+    vFaults.erase(
+        std::remove_if(vFaults.begin(), vFaults.end(),
+                       [&](const Diagnostic& in_Fault) { return isTakenOut(in_Fault, in_Script); }),
+        vFaults.end());
+    addFaults(vFaults);
     if (!bLinked && m_vFaults.empty()) {
         reportUnexplained(vMessages);
     }
     return bLinked;
+}
+
+/// Does the fault lie in a statement of the script that in_Readable doesn't have any more?
+bool LinkedScript::isTakenOut(const Diagnostic& in_Fault, const ScriptText& in_Readable) {
+    const ScriptText* pScript = m_Library.find(m_strName);
+    if (pScript == nullptr || !in_Fault.m_Position ||
+        in_Fault.m_Position->m_strScript != m_strName) {
+        return false;
+    }
+    const StatementScanner scanner(*pScript);
+    const std::size_t uiBegin =
+        scanner.findBegin(pScript->getOffset(in_Fault.m_Position->m_Position));
+    const std::size_t uiSize = scanner.findEnd(uiBegin) - uiBegin;
+    return pScript->getText().compare(uiBegin, uiSize, in_Readable.getText(), uiBegin, uiSize) != 0;
 }
 
 /// The engine's own words are better than none.

@@ -54,6 +54,7 @@ private:
     ScriptText parse(const ScriptText& in_Script, NameScope& inout_Scope);
     ScriptText dropRepeated(const ScriptText& in_Script);
     bool link(const ScriptText& in_Script, const NameScope& in_Scope);
+    bool isTakenOut(const Diagnostic& in_Fault, const ScriptText& in_Readable);
     void reportUnexplained(const std::vector<EngineMessage>& in_vMessages);
     std::string getDirectory() const;
     std::string makeSearchPath() const;

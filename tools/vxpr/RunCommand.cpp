@@ -172,9 +172,14 @@ RunCommand::RunCommand(CLI::App& inout_App)
     addLogOption(*m_pCommand, m_strLog);
 }
 
-/// What would be ignored is refused.
+/// What would be ignored is refused: rows of tables have a step, which --hop or --frame gives, and
+/// no size.
 void RunCommand::checkOptionsOfARecording() const {
-    for (const char* szOption : {"--raw", "--channel", "--rate", "--pad"}) {
+    std::vector<const char*> vOptions{"--raw", "--channel", "--rate", "--pad"};
+    if (m_pCommand->count("--hop") != 0) {
+        vOptions.push_back("--frame");
+    }
+    for (const char* szOption : vOptions) {
         if (m_pCommand->count(szOption) != 0) {
             throw Failure::ofCommandLine(std::string(szOption) +
                                          " is about a recording: give one with -i, or leave it "

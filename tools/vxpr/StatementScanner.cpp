@@ -32,21 +32,26 @@ bool isDigit(char in_c) {
 
 /// What is wrong with a number, in the way in which the language writes them: whole ones have 32
 /// bits between < and >, and may be hexadecimal there.
-std::string describeNumber(const std::string& in_strNumber, bool in_bWholeParameter) {
-    const bool bHexadecimal = in_strNumber.compare(0, 2, "0x") == 0;
-    if (!in_bWholeParameter) {
-        return bHexadecimal ? "hexadecimal numbers stand between < and > only; write a decimal one"
-                            : "";
+std::string describeNumber(const std::string& in_strNumber, bool in_bWholeParameter,
+                           bool in_bNegative) {
+    const std::string strBegin = in_strNumber.substr(0, 2);
+    const bool bHexadecimal = strBegin == "0x" || strBegin == "0X";
+    if (bHexadecimal && (!in_bWholeParameter || strBegin == "0X")) {
+        return "hexadecimal numbers stand between < and > only, and begin with 0x; write a decimal "
+               "one elsewhere";
     }
-    if (!bHexadecimal && !std::all_of(in_strNumber.begin(), in_strNumber.end(), isDigit)) {
+    if (!in_bWholeParameter ||
+        (!bHexadecimal && !std::all_of(in_strNumber.begin(), in_strNumber.end(), isDigit))) {
         return {};
     }
+    constexpr unsigned long long MOST = std::numeric_limits<std::uint32_t>::max();
+    constexpr unsigned long long MOST_BELOW_ZERO = MOST / 2 + 1;
     errno = 0;
     const unsigned long long ullValue = std::strtoull(in_strNumber.c_str(), nullptr, 0);
-    return errno == 0 && ullValue <= std::numeric_limits<std::uint32_t>::max()
+    return errno == 0 && ullValue <= (in_bNegative ? MOST_BELOW_ZERO : MOST)
                ? ""
                : "this is too large for a whole number between < and >, which has 32 bits; with a "
-                 "point, as in 1e10 or 10000000000.0, it is of another kind";
+                 "point, as in 10000000000.0, it is of another kind";
 }
 
 } // namespace
@@ -251,8 +256,11 @@ std::optional<Diagnostic> StatementScanner::findMistake(std::size_t in_uiBegin) 
         }
         const std::string strToken = getText(token);
         if (strText.empty() && token.m_Kind == Token::Kind::Number) {
-            const bool bPointFollows = pNext != nullptr && getText(*pNext) == ".";
-            strText = describeNumber(strToken, bParameters && !bPointFollows);
+            const auto isMark = [this](const Token* in_pToken, const char* in_szMark) {
+                return in_pToken != nullptr && getText(*in_pToken) == in_szMark;
+            };
+            const bool bPoint = isMark(pNext, ".") || isMark(pBefore, ".");
+            strText = describeNumber(strToken, bParameters && !bPoint, isMark(pBefore, "-"));
         }
         if (strText.empty() && strToken == ">" && !bParameters) {
             strText = NO_COMPARING;

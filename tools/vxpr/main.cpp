@@ -63,16 +63,16 @@ ExitStatus execute(const Vxpr::RunCommand& in_Run, const Vxpr::CheckCommand& in_
 
 /// What the parser says, and which option may have been meant.
 [[noreturn]] void refuseOptions(const CLI::App& in_Command, const CLI::ParseError& in_Error) {
-    const std::vector<std::string> vUnknown = in_Command.remaining();
     std::string strSuggestion;
-    if (!vUnknown.empty()) {
+    if (dynamic_cast<const CLI::ExtrasError*>(&in_Error) != nullptr) {
+        const std::string strUnknown = in_Command.remaining().front();
         std::vector<std::string> vOptions;
         for (const CLI::Option* pOption : in_Command.get_options()) {
             for (const std::string& strName : pOption->get_lnames()) {
                 vOptions.push_back("--" + strName);
             }
         }
-        strSuggestion = Vxpr::suggestInWords(vUnknown.front(), vOptions);
+        strSuggestion = Vxpr::suggestInWords(strUnknown.substr(0, strUnknown.find('=')), vOptions);
     }
     throw Vxpr::Failure::ofCommandLine(Vxpr::makePrintable(in_Error.what()) + strSuggestion +
                                        "; run vxpr " + in_Command.get_name() +

@@ -209,7 +209,7 @@ bool ExpressionBaseImpl::checkNewChild(const Handle<ExpressionBaseImpl>& in_pNew
 
 ExpressionBaseImpl::Loop
 ExpressionBaseImpl::findLoop(const Handle<ExpressionBaseImpl>& in_pChild) const {
-    if (UncheckedLinks::areOn()) {
+    if (UncheckedLinks::areOnFor(*in_pChild)) {
         return Loop::None;
     }
     if (isParent(*in_pChild)) {

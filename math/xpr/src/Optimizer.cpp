@@ -127,7 +127,7 @@ private:
 /// Puts a node in the place of another below all of its parents, none of which stands below it.
 void replaceEverywhere(ExpressionBaseImpl& inout_Old, const Handle<ExpressionBaseImpl>& in_pNew,
                        const OptimizerDictionnary& in_Index) {
-    const UncheckedLinks unchecked;
+    const UncheckedLinks unchecked(*in_pNew);
     const auto lParents = inout_Old.getParentEnd() - inout_Old.getParentBegin();
     constexpr std::ptrdiff_t MovedByOneCall = 2;
     if (in_Index.hasOneVisitEach() && lParents > MovedByOneCall) {
@@ -145,13 +145,17 @@ void replaceEverywhere(ExpressionBaseImpl& inout_Old, const Handle<ExpressionBas
 /// Merges the instances of one key into the first of those with the highest complexity.
 class Merger {
 public:
-    explicit Merger(OptimizerDictionnary& inout_Index)
-        : m_Index(inout_Index), m_Complexity(inout_Index.getComplexity()) {}
+    explicit Merger(OptimizerDictionnary& inout_Index) : m_Index(inout_Index) {}
 
     void merge(const Instances& in_Similar) {
         if (in_Similar.size() == 1) {
             return;
         }
+        // Who reads the log may have walked over the graph since the last counts.
+        ExpressionComplexity fresh;
+        m_pComplexity = detail::isSiteEnabled(fileLogger(), log4cplus::DEBUG_LOG_LEVEL)
+                            ? &fresh
+                            : &m_Index.getComplexity();
         const Data pBest = findBest(in_Similar);
         for (const auto& iteSimilar : in_Similar) {
             const Data& pOther = *iteSimilar;
@@ -168,8 +172,8 @@ private:
             const Data& pOther = *iteSimilar;
             // Entries of one expression need no count.
             if (pOther->getExpression()->getId() != pBest->getExpression()->getId() &&
-                m_Complexity.of(*pBest->getExpression()) <
-                    m_Complexity.of(*pOther->getExpression())) {
+                m_pComplexity->of(*pBest->getExpression()) <
+                    m_pComplexity->of(*pOther->getExpression())) {
                 pBest = pOther;
             }
         }
@@ -177,15 +181,16 @@ private:
     }
 
     void replace(ExpressionBaseImpl& inout_Other, const Handle<ExpressionBaseImpl>& in_pBest) {
-        if (m_Complexity.of(inout_Other) != m_Complexity.of(*in_pBest)) {
-            m_Complexity.forgetAbove(inout_Other);
+        if (m_pComplexity->of(inout_Other) != m_pComplexity->of(*in_pBest)) {
+            m_pComplexity->forgetAbove(inout_Other);
         }
         // No node comes below itself: the key of what stands above one is longer than its own.
         replaceEverywhere(inout_Other, in_pBest, m_Index);
     }
 
-    const OptimizerDictionnary& m_Index;
-    ExpressionComplexity& m_Complexity;
+    OptimizerDictionnary& m_Index;
+    /// Good for one group of instances.
+    ExpressionComplexity* m_pComplexity = nullptr;
 };
 
 } // namespace

@@ -114,9 +114,12 @@ bool SealedPlan::areInputsValid(Index in_uiNode) const {
                        [this](Index in_uiInput) { return isValid(in_uiInput); });
 }
 
+/// What reads a valid node without a value fails for that, and the recursion asks nothing beyond.
 bool SealedPlan::isIntact() const {
     for (Index uiNode = 0; uiNode != m_vSteps.size(); ++uiNode) {
-        if (m_vSteps[uiNode].m_bPlanned && isValid(uiNode) && !areInputsValid(uiNode)) {
+        const Step& step = m_vSteps[uiNode];
+        if (step.m_bPlanned && isValid(uiNode) &&
+            (step.m_pVector == nullptr || !areInputsValid(uiNode))) {
             return false;
         }
     }

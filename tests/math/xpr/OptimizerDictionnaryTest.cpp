@@ -8,12 +8,10 @@
 #include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorSlice.h>
 
-#include <log4cplus/appender.h>
-
 #include <map>
 
 #include "math/xpr/OptimizerGraphs.h"
-#include "math/xpr/src/GraphWalk.h"
+#include "math/xpr/WalkingReader.h"
 #include "support/GraphTest.h"
 
 namespace Velmora::Math::Xpr {
@@ -446,26 +444,6 @@ TEST_F(OptimizerDictionnaryTest, BeyondTheLimitTheIndexIsTheSameWhetherKeysAreLo
     }
 }
 
-/// Walks over a graph, all of it, whenever a line is logged.
-class WalkingAppender : public log4cplus::Appender {
-public:
-    explicit WalkingAppender(const ExpressionBaseImpl& in_Root) : m_Root(in_Root) {}
-    ~WalkingAppender() override { destructorImpl(); }
-    void close() override {}
-
-    unsigned m_uiLines = 0;
-
-protected:
-    void append(const log4cplus::spi::InternalLoggingEvent&) override {
-        ++m_uiLines;
-        EXPECT_FALSE(GraphWalk::isShort(m_Root));
-        GraphWalk().collect(const_cast<ExpressionBaseImpl&>(m_Root));
-    }
-
-private:
-    const ExpressionBaseImpl& m_Root;
-};
-
 TEST_F(OptimizerDictionnaryTest, WhoReadsTheLogMayWalkOverTheGraph) {
     constexpr int Levels = 60;
     const auto pTop = doubled(variable("x0"), Levels);
@@ -473,14 +451,11 @@ TEST_F(OptimizerDictionnaryTest, WhoReadsTheLogMayWalkOverTheGraph) {
     add(dictionnary, pTop);
     for (const char* const szLogger : {OptimizerDictionnaryLogger, KeyLogger}) {
         const LogCapture log(szLogger);
-        log4cplus::helpers::SharedObjectPtr<WalkingAppender> pAppender(new WalkingAppender(*pTop));
-        log4cplus::Logger logger = log4cplus::Logger::getInstance(szLogger);
-        logger.addAppender(log4cplus::SharedAppenderPtr(pAppender.get()));
+        const WalkingReader reader(szLogger, *pTop);
         OptimizerDictionnary index;
         EXPECT_TRUE(index.initialize(dictionnary));
-        logger.removeAppender(log4cplus::SharedAppenderPtr(pAppender.get()));
         EXPECT_EQ(listOf(index, "add").size(), std::size_t(Levels));
-        EXPECT_GE(pAppender->m_uiLines, unsigned(Levels));
+        EXPECT_GE(reader.countLines(), unsigned(Levels));
     }
 }
 

@@ -15,6 +15,7 @@
 #include <velmora/math/xpr/OperatorIf.h>
 #include <velmora/math/xpr/OperatorMultiply.h>
 #include <velmora/math/xpr/OperatorPlus.h>
+#include <velmora/math/xpr/Optimizer.h>
 #include <velmora/math/xpr/Registry.h>
 #include <velmora/math/xpr/SingleVariableFunctionImpl.h>
 #include <velmora/math/xpr/UserFunctionImpl.h>
@@ -306,25 +307,58 @@ protected:
     }
 };
 
-TEST_F(SealedPlanGraphTest, NothingIsComputedBehindAPartWithoutAValue) {
-    const auto pX = variable("x");
-    const DoubleVector vOne{1.0}, vTwo{2.0};
-    CountedGraph::set(pX, vOne);
-    const Handle<NodeWithoutValue> pHost(new NodeWithoutValue);
-    bind(*pHost, 0, Node(constant({1.0, 2.0})));
-    const auto pBehind = CountedGraph::operatorOver(Node(pX), Node(constant({0.0})));
-    const Handle<OperatorConcatenate> pTop(new OperatorConcatenate);
-    bindAll(*pTop, {Node(pHost), Node(pBehind)});
-    pTop->seal();
-    for (int iFrame = 0; iFrame != 12; ++iFrame) {
-        CountedGraph::set(pX, iFrame % 2 == 0 ? vOne : vTwo);
-        pHost->invalidate();
-        pHost->m_bHasValue = iFrame % 6 != 5;
-        pBehind->m_uiCalculations = 0;
+/// A concatenation of such a node and an operator, and another feature of the same plan.
+struct GraphWithoutAValue {
+    GraphWithoutAValue() {
+        CountedGraph::set(m_pX, m_vOne);
+        bind(*m_pHost, 0, Node(constant({1.0, 2.0})));
+        bindAll(*m_pTop, {Node(m_pHost), Node(m_pBehind)});
+        Dictionnary dictionnary("in");
+        dictionnary.add(Handle<Expression>(variable("top", Node(m_pTop))), false);
+        dictionnary.add(Handle<Expression>(variable("other", m_pOther)), false);
+        Optimizer().sealExpressions(dictionnary);
+    }
+
+    /// Is the operator computed, and the concatenation, in a frame of the host's node?
+    bool evaluate(int in_iFrame) {
+        CountedGraph::set(m_pX, in_iFrame % 2 == 0 ? m_vOne : m_vTwo);
+        m_pBehind->m_uiCalculations = 0;
         LimitedObjPtr<DoubleVector> pValue;
-        EXPECT_EQ(pTop->evaluate(pValue), pHost->m_bHasValue) << iFrame;
-        EXPECT_EQ(pBehind->m_uiCalculations, pHost->m_bHasValue ? 1U : 0U) << iFrame;
-        EXPECT_EQ(takeErrors().size(), pHost->m_bHasValue ? 0U : 1U) << iFrame;
+        const bool bEvaluated = m_pTop->evaluate(pValue);
+        EXPECT_EQ(m_pBehind->m_uiCalculations, bEvaluated ? 1U : 0U) << in_iFrame;
+        EXPECT_TRUE(m_pOther->evaluate(pValue));
+        return bEvaluated;
+    }
+
+    const DoubleVector m_vOne{1.0};
+    const DoubleVector m_vTwo{2.0};
+    const Handle<VariableImpl> m_pX = variable("x");
+    const Handle<NodeWithoutValue> m_pHost{new NodeWithoutValue};
+    const Handle<RecordingBinary> m_pBehind =
+        CountedGraph::operatorOver(Node(m_pX), Node(constant({0.0})));
+    const Handle<OperatorConcatenate> m_pTop{new OperatorConcatenate};
+    const Node m_pOther{binary<OperatorPlus>(Node(m_pX), Node(constant({1.0})))};
+};
+
+TEST_F(SealedPlanGraphTest, NothingIsComputedBehindAPartWithoutAValue) {
+    GraphWithoutAValue graph;
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        graph.m_pHost->invalidate();
+        graph.m_pHost->m_bHasValue = iFrame % 6 != 5;
+        EXPECT_EQ(graph.evaluate(iFrame), graph.m_pHost->m_bHasValue) << iFrame;
+        EXPECT_EQ(takeErrors().size(), graph.m_pHost->m_bHasValue ? 0U : 1U) << iFrame;
+    }
+}
+
+TEST_F(SealedPlanGraphTest, NothingIsComputedBehindAPartThatStaysWithoutAValue) {
+    GraphWithoutAValue graph;
+    for (int iFrame = 0; iFrame != 12; ++iFrame) {
+        if (iFrame == 4 || iFrame == 10) {
+            graph.m_pHost->m_bHasValue = iFrame == 10;
+            graph.m_pHost->invalidate();
+        }
+        EXPECT_EQ(graph.evaluate(iFrame), graph.m_pHost->m_bHasValue) << iFrame;
+        EXPECT_EQ(takeErrors().size(), graph.m_pHost->m_bHasValue ? 0U : 1U) << iFrame;
     }
 }
 

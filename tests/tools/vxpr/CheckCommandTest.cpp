@@ -178,6 +178,19 @@ TEST_F(CheckCommandTest, ParametersAreTried) {
                   "slidingWindow<WindowSize>(x)"));
 }
 
+TEST_F(CheckCommandTest, AFaultyStatementWhoseNameIsUsedIsShownOnce) {
+    for (const char* szStatement : {"t = 1 +", "t = 0x10", "t = {1 ? 2}", "t = (1"}) {
+        const ProcessResult result =
+            runVxpr({"check", writeScript(std::string(szStatement) + "\ninputvar x\nb = x * t\n")});
+        const std::string strFirst = "s.xpr:1:";
+        const std::size_t uiFirst = result.m_strErrors.find(strFirst);
+        EXPECT_NE(uiFirst, std::string::npos) << szStatement;
+        EXPECT_EQ(result.m_strErrors.find(strFirst, uiFirst + 1), std::string::npos)
+            << result.m_strErrors;
+        EXPECT_EQ(result.m_iStatus, 1);
+    }
+}
+
 TEST_F(CheckCommandTest, ParametersThatAreRefusedWithoutAWordAreShownWithWhatTheyTake) {
     for (const Mistake& mistake : {
              Mistake{"energy<\"a\">(x)", "(SampleRate is \"a\" and takes a number above 0)"},
@@ -290,6 +303,15 @@ TEST_F(CheckCommandTest, CommonMistakesAreToldInTheTermsOfTheLanguage) {
              Mistake{"x = 1 < 2\n", "1:7: error: the language has no operators for comparing"},
              Mistake{"inputvar a\nx = (a + 1)<2\n",
                      "2:12: error: the language has no operators for comparing"},
+             Mistake{"inputvar a\nx = energy<3.14159265358979>(a) +\n",
+                     "2:33: error: a value is missing behind `+`"},
+             Mistake{"inputvar a\nx = vad<-50.12345678901, 2>(a) )\n",
+                     "2:31: error: the definition should end here"},
+             Mistake{"inputvar a\nx = slidingWindow<-2147483649>(a)\n",
+                     "2:20: error: this is too large for a whole number"},
+             Mistake{"inputvar a\nx = slidingWindow<0X10>(a)\n",
+                     "2:19: error: hexadecimal numbers stand between < and > only, and begin with"},
+             Mistake{"x = 0X10\n", "1:5: error: hexadecimal numbers stand between < and > only"},
              Mistake{"x = 0x10\n", "1:5: error: hexadecimal numbers stand between < and > only"},
              Mistake{"inputvar a\nx = energy<4294967296>(a)\n",
                      "2:12: error: this is too large for a whole number between < and >"},

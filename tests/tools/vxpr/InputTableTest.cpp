@@ -189,6 +189,9 @@ TEST(InputTableTest, OfALongCellTheBeginningIsShown) {
                 HasSubstr("line 2: '" + std::string(60, 'x') + "...' in column 1 is no number"));
     EXPECT_THAT(failToRead(scratch.write("table.csv", "1\n" + std::string(60, 'x') + "\n")),
                 HasSubstr("line 2: '" + std::string(60, 'x') + "' in column 1"));
+    EXPECT_THAT(failToRead(scratch.write("table.csv",
+                                         "1\nx" + std::string(58, 'x') + "\xc3\xa4\xc3\xa4\n")),
+                HasSubstr("line 2: '" + std::string(59, 'x') + "...' in column 1"));
 }
 
 TEST(InputTableTest, AMissingTableIsRefused) {

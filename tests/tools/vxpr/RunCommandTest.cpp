@@ -289,7 +289,10 @@ TEST_F(RunCommandTest, WhatTheParserRefusesIsToldLikeOtherErrors) {
     };
     EXPECT_THAT(refuse({"--fram", "20ms"}), HasSubstr("--fram"));
     EXPECT_THAT(refuse({"--fram", "20ms"}), HasSubstr("; did you mean `--frame`?"));
+    EXPECT_THAT(refuse({"--fram=20ms"}), HasSubstr("; did you mean `--frame`?"));
     EXPECT_THAT(refuse({"--format", "xyz"}), HasSubstr("--format: xyz not in {csv,jsonl,npy}"));
+    EXPECT_THAT(refuse({"--fram", "20ms", "--format", "xyz"}),
+                HasSubstr("--format: xyz not in {csv,jsonl,npy}; run"));
     EXPECT_THAT(refuse({"--channel", "0"}), HasSubstr("--channel: "));
     EXPECT_THAT(runVxpr({"check"}).m_strErrors,
                 HasSubstr("vxpr: error: SCRIPT is required; run vxpr check --help"));
@@ -297,8 +300,11 @@ TEST_F(RunCommandTest, WhatTheParserRefusesIsToldLikeOtherErrors) {
 
 TEST_F(RunCommandTest, WhatIsAboutARecordingIsRefusedWithoutOne) {
     const std::string strScript = "inputvar x\na = x\n";
-    const std::vector<std::vector<std::string>> vCases{
-        {"--raw", "s16le,8000,1"}, {"--channel", "1"}, {"--rate", "8000"}, {"--pad"}};
+    const std::vector<std::vector<std::string>> vCases{{"--raw", "s16le,8000,1"},
+                                                       {"--channel", "1"},
+                                                       {"--rate", "8000"},
+                                                       {"--pad"},
+                                                       {"--frame", "1s"}};
     for (const auto& vOptions : vCases) {
         const ProcessResult result = runOverTable(strScript, "1\n", vOptions);
         EXPECT_EQ(result.m_iStatus, 2);
