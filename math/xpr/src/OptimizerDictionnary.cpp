@@ -127,7 +127,7 @@ bool OptimizerDictionnary::initialize(const Dictionnary& in_Dictionnary) {
     }
     VELMORA_LOG_DEBUG(fileLogger(), "\nadded: \n"
                                         << m_mapFunctions.size() << " function(s)\n"
-                                        << m_uiExpressions << " expression(s)\n");
+                                        << m_ExpressionMap.size() << " expression(s)\n");
     return true;
 }
 
@@ -141,7 +141,6 @@ bool OptimizerDictionnary::insertInTwoWalks(const Dictionnary& in_Dictionnary) {
         }
         fixKeys(*pRoot, walks);
     }
-    m_uiExpressions = m_ExpressionMap.size();
     return true;
 }
 

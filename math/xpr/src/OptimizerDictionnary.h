@@ -100,7 +100,6 @@ private:
     ExpressionMap m_ExpressionMap{&m_Memory};
     bool m_bOneVisitEach = false;
     bool m_bHasUnknown = false;
-    std::size_t m_uiExpressions = 0;
     ExpressionComplexity m_Complexity;
     /// Data that isn't in the expression map.
     struct Held {

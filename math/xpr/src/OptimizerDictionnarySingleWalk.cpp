@@ -67,7 +67,6 @@ bool OptimizerDictionnary::SingleWalk::enter(const Handle<ExpressionBaseImpl>& i
     }
     m_Ahead.enter(node);
     m_vKeys.push_back(NoKey);
-    ++m_Index.m_uiExpressions;
     const OptimizerExpressionKind eKind = m_Index.m_ExpressionMap.getKinds().of(node);
     OptimizerExpressionDataImpl* pData = nullptr;
     if (eKind == OptimizerExpressionKind::Unknown) {

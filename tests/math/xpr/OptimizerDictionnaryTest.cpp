@@ -13,6 +13,7 @@
 #include "math/xpr/OptimizerGraphs.h"
 #include "math/xpr/WalkingReader.h"
 #include "support/GraphTest.h"
+#include "support/PunctuatedLocale.h"
 
 namespace Velmora::Math::Xpr {
 
@@ -491,6 +492,21 @@ TEST_F(OptimizerDictionnaryTest, EachVisitIsTraced) {
             log.count(log4cplus::TRACE_LOG_LEVEL, "ENTER: OptimizerDictionnary::insertExpression"),
             uiVisits);
     }
+}
+
+TEST_F(OptimizerDictionnaryTest, NumbersInADumpAreTheSameUnderEveryLocaleOfTheHost) {
+    Dictionnary dictionnary("d");
+    Node pLast(call("f"));
+    // The number of the last node has several groups of digits.
+    while (pLast->getId() < 1000) {
+        pLast = Node(call("f"));
+    }
+    add(dictionnary, pLast);
+    OptimizerDictionnary index;
+    ASSERT_TRUE(index.initialize(dictionnary));
+    const GlobalPunctuation punctuation;
+    EXPECT_NE(index.dump().find("xprID=\"" + std::to_string(pLast->getId()) + "\""),
+              std::string::npos);
 }
 
 TEST_F(OptimizerDictionnaryTest, DumpOfGreatKeysEnds) {
