@@ -43,6 +43,7 @@ ScriptParser::ScriptParserImpl::ScriptParserImpl() {
 }
 
 ScriptParser::ScriptParserImpl::~ScriptParserImpl() {
+    readLogLevel();
     VELMORA_TRACE_SCOPE(m_Logger, "ScriptParserImpl::~ScriptParserImpl");
 }
 

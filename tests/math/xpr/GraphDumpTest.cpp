@@ -3,6 +3,7 @@
 #include <velmora/math/xpr/OperatorPlus.h>
 #include <velmora/math/xpr/ScriptFunctionImpl.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -308,6 +309,26 @@ TEST_F(GraphDumpTest, NodeUnderTwoParentsIsWrittenOncePerPath) {
     pSum->getLeftArgument()->setValue(Handle<Expression>(pConstant));
     pSum->getRightArgument()->setValue(Handle<Expression>(pConstant));
     EXPECT_EQ(countOf(dumped(*pSum), textOf(*pConstant)), 2u);
+}
+
+TEST_F(GraphDumpTest, DumpIsDrawnWithANodeThatIsWrittenTwice) {
+    const auto pVariable = variable("x");
+    bind(*pVariable, constant({1.0}));
+    const Handle<OperatorPlus> pSum(new OperatorPlus);
+    pSum->getLeftArgument()->setValue(Handle<Expression>(pVariable));
+    pSum->getRightArgument()->setValue(Handle<Expression>(pVariable));
+    const std::string strFile = m_Directory.path("graph.dot");
+    const std::string strText = dumped(*pSum);
+    EXPECT_EQ(countOf(strText, textOf(*pVariable)), 2u);
+    EXPECT_EQ(countOf(strText, "{"), countOf(strText, "}"));
+    if (std::system("command -v dot >/dev/null") == 0) {
+        const std::string strDraw = "dot -Tsvg -o '" + strFile + ".svg' '" + strFile + "' 2>&1";
+        EXPECT_EQ(std::system(strDraw.c_str()), 0);
+        std::ifstream picture(strFile + ".svg");
+        const std::string strPicture(std::istreambuf_iterator<char>(picture), {});
+        EXPECT_EQ(
+            countOf(strPicture, std::string("<title>") + pVariable->getDotName() + "</title>"), 1u);
+    }
 }
 
 TEST_F(GraphDumpTest, GraphOfTooManyPathsIsWrittenOncePerNodeWithTheSameEdges) {

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -430,6 +432,25 @@ TEST(ScriptGraphTest, EveryActionIsTraced) {
     EXPECT_EQ(countTraces(vLines, "ScriptParserImpl::ScriptParserImpl"), 2U);
     EXPECT_EQ(countTraces(vLines, "ScriptParserImpl::~ScriptParserImpl"), 2U);
     EXPECT_EQ(countTraces(vLines, "ScriptParserImpl::definition::definition"), 2U);
+}
+
+TEST(ScriptGraphTest, EndOfAParserIsTracedByTheLevelAtItsEnd) {
+    const auto linesAtTheEnd = [](log4cplus::LogLevel in_LevelBefore,
+                                  log4cplus::LogLevel in_LevelAtTheEnd) {
+        std::istringstream text("x = 1\n");
+        auto pParser = std::make_unique<ScriptParser>();
+        {
+            const LogCapture log(ParserLogger, in_LevelBefore);
+            pParser->initialize(text, "s.xpr", "dir");
+            pParser->getExpression();
+        }
+        const LogCapture log(ParserLogger, in_LevelAtTheEnd);
+        pParser.reset();
+        return countTraces(log.messages(log4cplus::TRACE_LOG_LEVEL),
+                           "ScriptParserImpl::~ScriptParserImpl");
+    };
+    EXPECT_EQ(linesAtTheEnd(log4cplus::ERROR_LOG_LEVEL, log4cplus::TRACE_LOG_LEVEL), 2U);
+    EXPECT_EQ(linesAtTheEnd(log4cplus::TRACE_LOG_LEVEL, log4cplus::ERROR_LOG_LEVEL), 0U);
 }
 
 TEST(ScriptGraphTest, NothingOutlivesTheDefinitions) {
